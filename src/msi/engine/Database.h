@@ -1,0 +1,113 @@
+#pragma once
+// The installer database engine: a whole database held in memory. Opening reads the
+// container directory, the string pool and every table; stream contents (binary cells,
+// cabinets, signatures) stay in the file and are read on demand. Commit writes a complete
+// new file beside the target and renames it into place.
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "msi/engine/Result.h"
+#include "msi/engine/StringPool.h"
+#include "msi/engine/Table.h"
+#include "storage/CompoundFile.h"
+#include "storage/FileSystem.h"
+#include "storage/SummaryInformation.h"
+
+namespace odlex::engine {
+
+class Database {
+ public:
+  enum class OpenMode { kReadOnly, kUpdate, kCreate };
+
+  // Opens `path`. kCreate makes a new empty database (the file is written on commit).
+  // A damaged or foreign file gives kInstallPackageInvalid with the reason in `error`.
+  static std::unique_ptr<Database> open(storage::FileSystem& fs, const std::filesystem::path& path,
+                                        OpenMode mode, Error& error);
+  // Opens `source` for reading; commit writes to `output`, never to `source`.
+  static std::unique_ptr<Database> openInto(storage::FileSystem& fs,
+                                            const std::filesystem::path& source,
+                                            const std::filesystem::path& output, Error& error);
+  ~Database();
+
+  const std::filesystem::path& path() const { return outputPath_; }
+  const std::filesystem::path& sourcePath() const { return sourcePath_; }
+  bool readOnly() const { return mode_ == OpenMode::kReadOnly; }
+
+  std::uint32_t codePage() const { return codePage_; }
+  void setCodePage(std::uint32_t codePage) { codePage_ = codePage; }
+
+  StringPool& strings() { return strings_; }
+  const StringPool& strings() const { return strings_; }
+
+  // Persistent tables in _Tables order.
+  std::size_t tableCount() const { return tables_.size(); }
+  Table& table(std::size_t index) { return *tables_[index]; }
+  const Table& table(std::size_t index) const { return *tables_[index]; }
+  Table* findTable(std::u16string_view name);
+  const Table* findTable(std::u16string_view name) const;
+  // Adds an empty table. Fails with kAlreadyExists, or kInvalidParameter for a bad name or
+  // column list (no key column, duplicate names, a key column after a non-key column).
+  Table* createTable(std::u16string name, std::vector<Column> columns, Error& error);
+  // Removes a table and the streams of its binary cells.
+  bool dropTable(std::u16string_view name);
+
+  // The catalog tables _Tables, _Columns, _Streams and _Storages as read-only snapshots
+  // (binary cells of _Streams/_Storages name their data by the row's Name). Null for any
+  // other name.
+  std::unique_ptr<Table> catalogView(std::u16string_view name);
+
+  // Streams of the _Streams table, by their decoded names ("Binary.Icon", ...).
+  std::vector<std::u16string> streamNames() const;
+  bool hasStream(std::u16string_view name) const;
+  bool readStream(std::u16string_view name, std::vector<std::uint8_t>& out, Error& error) const;
+  void setStream(std::u16string name, std::vector<std::uint8_t> data);
+  bool removeStream(std::u16string_view name);
+
+  // Sub-storages of the _Storages table (embedded transforms and the like).
+  std::vector<std::u16string> storageNames() const;
+  bool readStorage(std::u16string_view name, storage::CompoundNode& out, Error& error) const;
+  void setStorage(std::u16string name, storage::CompoundNode storage);
+  bool removeStorage(std::u16string_view name);
+
+  // Summary information; absent in a database that never had the stream.
+  const std::optional<storage::SummaryInformation>& summary() const { return summary_; }
+  void setSummary(storage::SummaryInformation info) { summary_ = std::move(info); }
+
+  // Writes the database to path(): a new file beside it, renamed into place. kAccessDenied
+  // when opened read-only. On failure the existing file is untouched.
+  std::uint32_t commit(Error& error);
+  // Writes a complete copy to `target` the same way, whatever the open mode.
+  std::uint32_t saveAs(const std::filesystem::path& target, Error& error);
+
+ private:
+  struct StreamSlot;
+  struct StorageSlot;
+  class Loader;
+  class Writer;
+
+  Database(storage::FileSystem& fs, OpenMode mode);
+
+  storage::FileSystem& fs_;
+  OpenMode mode_;
+  std::filesystem::path sourcePath_;
+  std::filesystem::path outputPath_;
+  std::unique_ptr<storage::CompoundFileReader> reader_;
+  storage::Clsid rootClsid_{};
+  std::uint32_t codePage_ = 0;
+  StringPool strings_;
+  std::vector<std::unique_ptr<Table>> tables_;
+  std::vector<StreamSlot> streams_;
+  std::vector<StorageSlot> storages_;
+  // Root streams the database does not interpret (digital signatures and the like), kept
+  // byte for byte under their encoded names.
+  std::vector<StreamSlot> preserved_;
+  std::optional<storage::SummaryInformation> summary_;
+};
+
+}  // namespace odlex::engine

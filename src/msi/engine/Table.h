@@ -1,0 +1,83 @@
+#pragma once
+// One table of the database as held in memory: its columns and its rows. A row is a run of
+// 32-bit cells, one per column:
+//   text columns    - the StringPool id (0 = null);
+//   integer columns - the value as int32, kNullInteger (0x80000000) = null;
+//   binary columns  - 0 = null, 1 = the row has a stream, named by streamName().
+// Rows are kept in insertion order in memory and sorted by primary key when written.
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "msi/engine/Column.h"
+
+namespace odlex::engine {
+
+class StringPool;
+
+constexpr std::int32_t kNullInteger = INT32_MIN;
+
+class Table {
+ public:
+  Table(std::u16string name, std::vector<Column> columns);
+
+  const std::u16string& name() const { return name_; }
+  const std::vector<Column>& columns() const { return columns_; }
+  std::size_t columnCount() const { return columns_.size(); }
+  // Number of leading key columns (at least 1 for a valid table).
+  std::size_t keyCount() const { return keyCount_; }
+  // Index of the column called `name`, or -1.
+  int columnIndex(std::u16string_view name) const;
+
+  std::size_t rowCount() const { return columns_.empty() ? 0 : cells_.size() / columns_.size(); }
+  std::span<const std::uint32_t> row(std::size_t index) const {
+    return {cells_.data() + index * columns_.size(), columns_.size()};
+  }
+  std::span<std::uint32_t> row(std::size_t index) {
+    return {cells_.data() + index * columns_.size(), columns_.size()};
+  }
+  std::uint32_t cell(std::size_t row, std::size_t column) const {
+    return cells_[row * columns_.size() + column];
+  }
+  void setCell(std::size_t row, std::size_t column, std::uint32_t value) {
+    cells_[row * columns_.size() + column] = value;
+  }
+
+  // Typed reads of one cell.
+  bool isNull(std::size_t row, std::size_t column) const;
+  std::int32_t integer(std::size_t row, std::size_t column) const {
+    return static_cast<std::int32_t>(cell(row, column));
+  }
+  std::u16string_view text(const StringPool& pool, std::size_t row, std::size_t column) const;
+
+  // Appends a row of nulls and returns its index.
+  std::size_t addRow();
+  // Appends a complete row of cells (columnCount() of them).
+  void appendRow(std::span<const std::uint32_t> cells);
+  void removeRow(std::size_t index);
+  void clearRows() { cells_.clear(); }
+  void reserveRows(std::size_t rows) { cells_.reserve(rows * columns_.size()); }
+
+  // Index of the row whose key cells equal `key` (keyCount() cells), or -1. Linear: the
+  // table-object layer keeps its own indexes for repeated lookups.
+  std::ptrdiff_t findRow(std::span<const std::uint32_t> key) const;
+  // Sorts rows by their key cells as the installer orders them on disk: raw cell values,
+  // text by string id, integers by value with null first.
+  void sortByKey();
+
+  // The name of the stream that holds the binary cell of `row`: the table name and the key
+  // values joined with '.', integers in decimal.
+  std::u16string streamName(const StringPool& pool, std::size_t row) const;
+
+ private:
+  std::u16string name_;
+  std::vector<Column> columns_;
+  std::size_t keyCount_ = 0;
+  std::vector<std::uint32_t> cells_;
+};
+
+}  // namespace odlex::engine
