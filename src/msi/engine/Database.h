@@ -88,10 +88,12 @@ class Database {
  private:
   struct StreamSlot;
   struct StorageSlot;
-  class Loader;
-  class Writer;
 
   Database(storage::FileSystem& fs, OpenMode mode);
+  bool load(Error& error);
+  // Copies an entry of the opened file (a stream, or a storage with everything in it).
+  bool readStoredNode(std::uint32_t entry, storage::CompoundNode& out, Error& error) const;
+  bool buildImage(std::vector<std::uint8_t>& image, Error& error);
 
   storage::FileSystem& fs_;
   OpenMode mode_;

@@ -26,7 +26,6 @@ class StringPool {
   std::uint32_t size() const { return static_cast<std::uint32_t>(strings_.size()); }
 
   // Loading: append strings in id order (id 1 first). Empty entries keep their id unused.
-  void reserve(std::size_t count);
   void appendLoaded(std::u16string text);
   void clear();
 

@@ -4,7 +4,7 @@
 //   text columns    - the StringPool id (0 = null);
 //   integer columns - the value as int32, kNullInteger (0x80000000) = null;
 //   binary columns  - 0 = null, 1 = the row has a stream, named by streamName().
-// Rows are kept in insertion order in memory and sorted by primary key when written.
+// Rows are kept in insertion order in memory and written in primary-key order.
 
 #include <cstddef>
 #include <cstdint>
@@ -60,6 +60,8 @@ class Table {
   void appendRow(std::span<const std::uint32_t> cells);
   void removeRow(std::size_t index);
   void clearRows() { cells_.clear(); }
+  // Makes the table `rows` rows long; new rows are all zero cells, to be filled in.
+  void resizeRows(std::size_t rows) { cells_.resize(rows * columns_.size()); }
   void reserveRows(std::size_t rows) { cells_.reserve(rows * columns_.size()); }
 
   // Index of the row whose key cells equal `key` (keyCount() cells), or -1. Linear: the
@@ -68,6 +70,8 @@ class Table {
   // Sorts rows by their key cells as the installer orders them on disk: raw cell values,
   // text by string id, integers by value with null first.
   void sortByKey();
+  // Row indexes in that order, leaving the rows where they are.
+  std::vector<std::size_t> keyOrder() const;
 
   // The name of the stream that holds the binary cell of `row`: the table name and the key
   // values joined with '.', integers in decimal.

@@ -1,0 +1,223 @@
+#include "msi/engine/Database.h"
+
+#include <algorithm>
+#include <set>
+
+#include "msi/engine/Catalog.h"
+#include "msi/engine/DatabaseSlots.h"
+#include "msi/engine/Text.h"
+#include "storage/StreamName.h"
+
+namespace odlex::engine {
+
+namespace {
+constexpr std::size_t kMaxColumns = 32;
+
+bool validColumnType(const Column& column) {
+  if (column.isInteger()) {
+    unsigned size = column.type & column_type::kSizeMask;
+    return size == 2 || size == 4;
+  }
+  return true;
+}
+}  // namespace
+
+Database::Database(storage::FileSystem& fs, OpenMode mode) : fs_(fs), mode_(mode) {}
+
+Database::~Database() = default;
+
+Table* Database::findTable(std::u16string_view name) {
+  for (auto& table : tables_) {
+    if (table->name() == name) return table.get();
+  }
+  return nullptr;
+}
+
+const Table* Database::findTable(std::u16string_view name) const {
+  return const_cast<Database*>(this)->findTable(name);
+}
+
+Table* Database::createTable(std::u16string name, std::vector<Column> columns, Error& error) {
+  auto fail = [&error](std::uint32_t code, std::string text) -> Table* {
+    error = Error{code, std::move(text)};
+    return nullptr;
+  };
+  const std::string where = "table " + toUtf8(name);
+  if (name.empty() || !storage::encodeStreamName(name, true)) {
+    return fail(kInvalidParameter, where + ": the name is empty or too long to store");
+  }
+  if (name.starts_with(u"_Streams") || name == u"_Tables" || name == u"_Columns" ||
+      name == u"_Storages" || name == u"_StringPool" || name == u"_StringData") {
+    return fail(kInvalidParameter, where + ": the name is reserved for the database itself");
+  }
+  if (findTable(name)) return fail(kAlreadyExists, where + " already exists");
+  if (columns.empty() || columns.size() > kMaxColumns) {
+    return fail(kInvalidParameter, where + ": a table has 1 to 32 columns, not " +
+                                       std::to_string(columns.size()));
+  }
+  if (!columns.front().key()) return fail(kInvalidParameter, where + ": the first column is not a key");
+  std::set<std::u16string> names;
+  bool keysEnded = false;
+  for (const Column& column : columns) {
+    const std::string what = where + ", column " + toUtf8(column.name);
+    if (column.name.empty() || !names.insert(column.name).second) {
+      return fail(kInvalidParameter, what + ": empty or duplicate column name");
+    }
+    if (column.key() && keysEnded) {
+      return fail(kInvalidParameter, what + ": key columns must come first");
+    }
+    keysEnded = !column.key();
+    if (!validColumnType(column)) {
+      return fail(kInvalidParameter, what + ": integers are 2 or 4 bytes wide");
+    }
+  }
+  tables_.push_back(std::make_unique<Table>(std::move(name), std::move(columns)));
+  return tables_.back().get();
+}
+
+bool Database::dropTable(std::u16string_view name) {
+  auto found = std::find_if(tables_.begin(), tables_.end(),
+                            [name](const auto& table) { return table->name() == name; });
+  if (found == tables_.end()) return false;
+  std::u16string prefix = std::u16string(name) + u'.';
+  std::erase_if(streams_, [&prefix](const StreamSlot& slot) { return slot.name.starts_with(prefix); });
+  tables_.erase(found);
+  return true;
+}
+
+std::unique_ptr<Table> Database::catalogView(std::u16string_view name) {
+  if (name == u"_Tables") {
+    auto view = std::make_unique<Table>(u"_Tables", tablesCatalogColumns());
+    for (const auto& table : tables_) {
+      view->appendRow(std::vector<std::uint32_t>{strings_.intern(table->name())});
+    }
+    return view;
+  }
+  if (name == u"_Columns") {
+    auto view = std::make_unique<Table>(u"_Columns", columnsCatalogColumns());
+    for (const auto& table : tables_) {
+      std::uint32_t tableId = strings_.intern(table->name());
+      std::int32_t number = 0;
+      for (const Column& column : table->columns()) {
+        if (column.temporary()) continue;
+        view->appendRow(std::vector<std::uint32_t>{
+            tableId, static_cast<std::uint32_t>(++number), strings_.intern(column.name),
+            static_cast<std::uint32_t>(static_cast<std::int16_t>(column.type))});
+      }
+    }
+    return view;
+  }
+  if (name == u"_Streams" || name == u"_Storages") {
+    auto view = std::make_unique<Table>(std::u16string(name), streamsCatalogColumns());
+    auto names = name == u"_Streams" ? streamNames() : storageNames();
+    for (const auto& entry : names) {
+      view->appendRow(std::vector<std::uint32_t>{strings_.intern(entry), 1});
+    }
+    return view;
+  }
+  return nullptr;
+}
+
+std::vector<std::u16string> Database::streamNames() const {
+  std::vector<std::u16string> names;
+  for (const StreamSlot& slot : streams_) names.push_back(slot.name);
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+bool Database::hasStream(std::u16string_view name) const {
+  return std::any_of(streams_.begin(), streams_.end(),
+                     [name](const StreamSlot& slot) { return slot.name == name; });
+}
+
+bool Database::readStream(std::u16string_view name, std::vector<std::uint8_t>& out,
+                          Error& error) const {
+  for (const StreamSlot& slot : streams_) {
+    if (slot.name != name) continue;
+    if (slot.data) {
+      out = *slot.data;
+      return true;
+    }
+    std::string reason;
+    if (reader_->readStream(slot.entry, out, reason)) return true;
+    error = Error{kReadFault, "stream " + toUtf8(name) + ": " + reason};
+    return false;
+  }
+  error = Error{kFileNotFound, "no stream named " + toUtf8(name)};
+  return false;
+}
+
+void Database::setStream(std::u16string name, std::vector<std::uint8_t> data) {
+  for (StreamSlot& slot : streams_) {
+    if (slot.name == name) {
+      slot.data = std::move(data);
+      return;
+    }
+  }
+  streams_.push_back(StreamSlot{std::move(name), {}, kNoEntry, std::move(data)});
+}
+
+bool Database::removeStream(std::u16string_view name) {
+  return std::erase_if(streams_, [name](const StreamSlot& slot) { return slot.name == name; }) > 0;
+}
+
+std::vector<std::u16string> Database::storageNames() const {
+  std::vector<std::u16string> names;
+  for (const StorageSlot& slot : storages_) names.push_back(slot.name);
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+bool Database::readStorage(std::u16string_view name, storage::CompoundNode& out,
+                           Error& error) const {
+  for (const StorageSlot& slot : storages_) {
+    if (slot.name != name) continue;
+    if (slot.replacement) {
+      out = *slot.replacement;
+      return true;
+    }
+    return readStoredNode(slot.entry, out, error);
+  }
+  error = Error{kFileNotFound, "no storage named " + toUtf8(name)};
+  return false;
+}
+
+void Database::setStorage(std::u16string name, storage::CompoundNode storage) {
+  for (StorageSlot& slot : storages_) {
+    if (slot.name == name) {
+      slot.replacement = std::move(storage);
+      return;
+    }
+  }
+  storages_.push_back(StorageSlot{std::move(name), {}, kNoEntry, std::move(storage)});
+}
+
+bool Database::removeStorage(std::u16string_view name) {
+  return std::erase_if(storages_, [name](const StorageSlot& slot) { return slot.name == name; }) >
+         0;
+}
+
+bool Database::readStoredNode(std::uint32_t entry, storage::CompoundNode& out, Error& error) const {
+  const storage::CompoundEntry& source = reader_->entries().at(entry);
+  out.name = source.name;
+  out.isStorage = source.isStorage;
+  out.clsid = source.clsid;
+  out.stateBits = source.stateBits;
+  out.created = source.created;
+  out.modified = source.modified;
+  out.children.clear();
+  if (!source.isStorage) {
+    std::string reason;
+    if (reader_->readStream(entry, out.data, reason)) return true;
+    error = Error{kReadFault, "stream " + toUtf8(source.name) + ": " + reason};
+    return false;
+  }
+  // The reader has checked that the storage tree has no cycles.
+  for (std::uint32_t child : source.children) {
+    out.children.emplace_back();
+    if (!readStoredNode(child, out.children.back(), error)) return false;
+  }
+  return true;
+}
+
+}  // namespace odlex::engine

@@ -1,0 +1,103 @@
+#include "msi/engine/Table.h"
+
+#include <algorithm>
+#include <numeric>
+
+#include "msi/engine/StringPool.h"
+
+namespace odlex::engine {
+
+Table::Table(std::u16string name, std::vector<Column> columns)
+    : name_(std::move(name)), columns_(std::move(columns)) {
+  while (keyCount_ < columns_.size() && columns_[keyCount_].key()) ++keyCount_;
+}
+
+int Table::columnIndex(std::u16string_view name) const {
+  for (std::size_t i = 0; i < columns_.size(); ++i) {
+    if (columns_[i].name == name) return static_cast<int>(i);
+  }
+  return -1;
+}
+
+bool Table::isNull(std::size_t row, std::size_t column) const {
+  std::uint32_t value = cell(row, column);
+  return columns_[column].isInteger() ? static_cast<std::int32_t>(value) == kNullInteger
+                                      : value == 0;
+}
+
+std::u16string_view Table::text(const StringPool& pool, std::size_t row,
+                                std::size_t column) const {
+  return pool.get(cell(row, column));
+}
+
+std::size_t Table::addRow() {
+  std::size_t index = rowCount();
+  for (const Column& column : columns_) {
+    cells_.push_back(column.isInteger() ? static_cast<std::uint32_t>(kNullInteger) : 0);
+  }
+  return index;
+}
+
+void Table::appendRow(std::span<const std::uint32_t> cells) {
+  cells_.insert(cells_.end(), cells.begin(), cells.end());
+}
+
+void Table::removeRow(std::size_t index) {
+  auto first = cells_.begin() + static_cast<std::ptrdiff_t>(index * columns_.size());
+  cells_.erase(first, first + static_cast<std::ptrdiff_t>(columns_.size()));
+}
+
+std::ptrdiff_t Table::findRow(std::span<const std::uint32_t> key) const {
+  for (std::size_t r = 0, rows = rowCount(); r < rows; ++r) {
+    auto cells = row(r);
+    if (std::equal(key.begin(), key.end(), cells.begin())) return static_cast<std::ptrdiff_t>(r);
+  }
+  return -1;
+}
+
+std::vector<std::size_t> Table::keyOrder() const {
+  std::vector<std::size_t> order(rowCount());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  auto keyLess = [this](std::size_t a, std::size_t b) {
+    for (std::size_t c = 0; c < keyCount_; ++c) {
+      std::uint32_t x = cell(a, c), y = cell(b, c);
+      if (columns_[c].isInteger()) {
+        // Integers are ordered by value with null (the smallest int32) first.
+        auto sx = static_cast<std::int32_t>(x), sy = static_cast<std::int32_t>(y);
+        if (sx != sy) return sx < sy;
+      } else if (x != y) {
+        return x < y;
+      }
+    }
+    return false;
+  };
+  std::stable_sort(order.begin(), order.end(), keyLess);
+  return order;
+}
+
+void Table::sortByKey() {
+  std::vector<std::size_t> order = keyOrder();
+  std::vector<std::uint32_t> sorted;
+  sorted.reserve(cells_.size());
+  for (std::size_t r : order) {
+    auto cells = row(r);
+    sorted.insert(sorted.end(), cells.begin(), cells.end());
+  }
+  cells_ = std::move(sorted);
+}
+
+std::u16string Table::streamName(const StringPool& pool, std::size_t row) const {
+  std::u16string name = name_;
+  for (std::size_t c = 0; c < keyCount_; ++c) {
+    name += u'.';
+    if (columns_[c].isInteger()) {
+      std::string digits = std::to_string(integer(row, c));
+      name.append(digits.begin(), digits.end());
+    } else {
+      name += text(pool, row, c);
+    }
+  }
+  return name;
+}
+
+}  // namespace odlex::engine
