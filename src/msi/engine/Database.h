@@ -75,9 +75,13 @@ class Database {
   void setStorage(std::u16string name, storage::CompoundNode storage);
   bool removeStorage(std::u16string_view name);
 
-  // Summary information; absent in a database that never had the stream.
+  // Summary information; absent in a database that never had the stream. Until it is
+  // replaced, saving writes the stream exactly as it was read.
   const std::optional<storage::SummaryInformation>& summary() const { return summary_; }
-  void setSummary(storage::SummaryInformation info) { summary_ = std::move(info); }
+  void setSummary(storage::SummaryInformation info) {
+    summary_ = std::move(info);
+    summaryStream_.clear();
+  }
 
   // Writes the database to path(): a new file beside it, renamed into place. kAccessDenied
   // when opened read-only. On failure the existing file is untouched.
@@ -110,6 +114,7 @@ class Database {
   // byte for byte under their encoded names.
   std::vector<StreamSlot> preserved_;
   std::optional<storage::SummaryInformation> summary_;
+  std::vector<std::uint8_t> summaryStream_;  // as read, while unchanged
 };
 
 }  // namespace odlex::engine

@@ -183,6 +183,7 @@ bool Database::load(Error& error) {
       return fail("summary information: " + reason);
     }
     summary_ = std::move(info);
+    summaryStream_ = std::move(bytes);
   }
   return true;
 }

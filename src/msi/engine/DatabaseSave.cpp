@@ -142,8 +142,8 @@ bool Database::buildImage(std::vector<std::uint8_t>& image, Error& error) {
   }
 
   if (summary_) {
-    std::vector<std::uint8_t> summaryBytes;
-    if (!storage::writeSummaryInformation(*summary_, summaryBytes, reason)) {
+    std::vector<std::uint8_t> summaryBytes = summaryStream_;
+    if (summaryBytes.empty() && !storage::writeSummaryInformation(*summary_, summaryBytes, reason)) {
       error = Error{kFunctionFailed, "summary information: " + reason};
       return false;
     }

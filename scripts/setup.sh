@@ -1,0 +1,28 @@
+#!/usr/bin/env bash
+# Installs the Debian packages that building, testing and benchmarking odlex need, when
+# they are missing. msitools, wixl and libmsi are test oracles only; nothing links them.
+set -euo pipefail
+
+packages=(
+  cmake make g++ pkg-config           # build
+  libpcre2-dev libssl-dev             # product dependencies
+  libgtest-dev libgmock-dev           # tests
+  msitools wixl                       # independent readers and writers the tests compare with
+  clang libclang-rt-dev               # fuzz target (libFuzzer)
+  libbenchmark-dev libmsi-dev         # benchmarks and their peer
+)
+
+missing=()
+for package in "${packages[@]}"; do
+  if ! dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "install ok installed"; then
+    missing+=("$package")
+  fi
+done
+
+if [ ${#missing[@]} -gt 0 ]; then
+  echo "setup: installing ${missing[*]}"
+  sudo=""
+  [ "$(id -u)" -ne 0 ] && sudo="sudo"
+  $sudo apt-get update -qq
+  DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"
+fi
