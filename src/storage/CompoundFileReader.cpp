@@ -1,0 +1,525 @@
+// Reads the compound file container. Every number taken from the file is checked before it is
+// used: sector indices against the sectors the file really has, chains against cycles, sizes
+// against what their chains can hold, directory links against the directory's length.
+
+#include <algorithm>
+#include <cstring>
+
+#include "storage/CompoundFile.h"
+#include "storage/CompoundFileFormat.h"
+#include "storage/MemoryFileSystem.h"
+
+namespace odlex::storage {
+namespace {
+
+using namespace cfb;
+
+std::string utf16ToDisplay(std::u16string_view name) {
+  std::string text;
+  for (char16_t unit : name) {
+    if (unit >= 0x20 && unit < 0x7F) {
+      text += static_cast<char>(unit);
+    } else {
+      static const char digits[] = "0123456789ABCDEF";
+      text += "\\u";
+      for (int shift = 12; shift >= 0; shift -= 4)
+        text += digits[(unit >> shift) & 0xF];
+    }
+  }
+  return text;
+}
+
+std::uint64_t ceilDiv(std::uint64_t value, std::uint64_t unit) {
+  return (value + unit - 1) / unit;
+}
+
+// One chain of sectors (or mini sectors) through an allocation table.
+struct ChainRequest {
+  const std::vector<std::uint32_t>* table;
+  std::uint32_t bound;  // indices must be below this
+  std::uint32_t start;
+  std::uint64_t maxLength;  // stop after this many links (the length the data needs)
+  const char* unit;         // "sector" or "mini sector", for messages
+};
+
+bool followChain(const ChainRequest& request, std::vector<std::uint32_t>& chain,
+                 std::string& error) {
+  chain.clear();
+  std::vector<bool> visited(request.bound, false);
+  std::uint32_t current = request.start;
+  while (current != kEndOfChain && chain.size() < request.maxLength) {
+    if (current >= request.bound) {
+      error = std::string(request.unit) + " index " + std::to_string(current) + " out of range (" +
+              std::to_string(request.bound) + " " + request.unit + "s available)";
+      return false;
+    }
+    if (visited[current]) {
+      error = std::string(request.unit) + " chain loops back to " + request.unit + " " +
+              std::to_string(current);
+      return false;
+    }
+    visited[current] = true;
+    chain.push_back(current);
+    current = (*request.table)[current];
+  }
+  return true;
+}
+
+class Reader final : public CompoundFileReader {
+ public:
+  explicit Reader(std::unique_ptr<ReadableFile> file)
+      : file_(std::move(file)), fileSize_(file_->size()) {}
+
+  bool load(std::string& error) {
+    return readHeader(error) && readFat(error) && readMiniFat(error) && readDirectory(error) &&
+           readMiniStreamLocation(error) && buildTree(error);
+  }
+
+  std::uint16_t majorVersion() const override { return major_; }
+  const std::vector<CompoundEntry>& entries() const override { return entries_; }
+
+  bool readStream(std::uint32_t index, std::vector<std::uint8_t>& out,
+                  std::string& error) const override {
+    out.clear();
+    if (index >= entries_.size() || entries_[index].isStorage) {
+      error = "entry " + std::to_string(index) + " is not a stream";
+      return false;
+    }
+    const std::uint64_t size = entries_[index].size;
+    if (size == 0)
+      return true;
+    const bool inMiniStream = size < kMiniStreamCutoff;
+    const std::uint32_t unitSize = inMiniStream ? kMiniSectorSize : sectorSize_;
+    ChainRequest request{inMiniStream ? &miniFat_ : &fat_, inMiniStream ? miniBound_ : fatBound_,
+                         starts_[index], ceilDiv(size, unitSize),
+                         inMiniStream ? "mini sector" : "sector"};
+    std::vector<std::uint32_t> chain;
+    if (!followChain(request, chain, error) ||
+        !requireLength(chain, request.maxLength, size, error)) {
+      error = entryLabel(directoryIndex_[index], entries_[index].name) + ": " + error;
+      return false;
+    }
+    std::vector<std::uint64_t> offsets(chain.size());
+    for (std::size_t i = 0; i < chain.size(); ++i) {
+      offsets[i] = inMiniStream ? miniSectorOffset(chain[i]) : sectorOffset(chain[i]);
+    }
+    out.resize(static_cast<std::size_t>(size));
+    if (!readUnits(offsets, unitSize, out.data(), out.size(), error)) {
+      out.clear();
+      return false;
+    }
+    return true;
+  }
+
+ private:
+  static std::string entryLabel(std::uint32_t index, std::u16string_view name = {}) {
+    std::string label = "directory entry " + std::to_string(index);
+    if (!name.empty())
+      label += " (\"" + utf16ToDisplay(name) + "\")";
+    return label;
+  }
+
+  static bool requireLength(const std::vector<std::uint32_t>& chain, std::uint64_t needed,
+                            std::uint64_t size, std::string& error) {
+    if (chain.size() >= needed)
+      return true;
+    error = "size " + std::to_string(size) + " needs " + std::to_string(needed) +
+            " sectors but its chain has only " + std::to_string(chain.size());
+    return false;
+  }
+
+  std::uint64_t sectorOffset(std::uint32_t sector) const {
+    return (static_cast<std::uint64_t>(sector) + 1) * sectorSize_;
+  }
+
+  std::uint64_t miniSectorOffset(std::uint32_t miniSector) const {
+    const std::uint64_t position = static_cast<std::uint64_t>(miniSector) * kMiniSectorSize;
+    return sectorOffset(miniStreamSectors_[position / sectorSize_]) + position % sectorSize_;
+  }
+
+  // Reads `length` bytes made of units (sectors or mini sectors) starting at the given file
+  // offsets, merging neighbouring units into one read. Bytes past the end of a file whose last
+  // sector is cut short read as zero.
+  bool readUnits(const std::vector<std::uint64_t>& offsets, std::uint32_t unitSize,
+                 std::uint8_t* out, std::size_t length, std::string& error) const {
+    std::size_t done = 0;
+    std::size_t i = 0;
+    while (done < length) {
+      const std::uint64_t runStart = offsets[i];
+      std::size_t runLength = std::min<std::size_t>(unitSize, length - done);
+      ++i;
+      while (done + runLength < length && offsets[i] == runStart + runLength) {
+        runLength += std::min<std::size_t>(unitSize, length - done - runLength);
+        ++i;
+      }
+      if (!readClamped(runStart, out + done, runLength, error))
+        return false;
+      done += runLength;
+    }
+    return true;
+  }
+
+  bool readClamped(std::uint64_t offset, std::uint8_t* out, std::size_t length,
+                   std::string& error) const {
+    const std::uint64_t available = offset < fileSize_ ? fileSize_ - offset : 0;
+    const std::size_t present =
+        static_cast<std::size_t>(std::min<std::uint64_t>(length, available));
+    if (present > 0 && !file_->readAt(offset, out, present, error))
+      return false;
+    std::memset(out + present, 0, length - present);
+    return true;
+  }
+
+  bool readSectors(const std::vector<std::uint32_t>& sectors, std::vector<std::uint8_t>& out,
+                   std::string& error) const {
+    std::vector<std::uint64_t> offsets(sectors.size());
+    for (std::size_t i = 0; i < sectors.size(); ++i)
+      offsets[i] = sectorOffset(sectors[i]);
+    out.resize(sectors.size() * sectorSize_);
+    return readUnits(offsets, sectorSize_, out.data(), out.size(), error);
+  }
+
+  static void decodeTable(const std::vector<std::uint8_t>& bytes,
+                          std::vector<std::uint32_t>& table) {
+    table.resize(bytes.size() / 4);
+    for (std::size_t i = 0; i < table.size(); ++i)
+      table[i] = load32(&bytes[i * 4]);
+  }
+
+  bool readHeader(std::string& error) {
+    if (fileSize_ < kHeaderSize) {
+      error = "file too small for a compound file header (" + std::to_string(fileSize_) +
+              " bytes, need " + std::to_string(kHeaderSize) + ")";
+      return false;
+    }
+    if (!file_->readAt(0, header_, kHeaderSize, error))
+      return false;
+    if (std::memcmp(header_, kSignature, sizeof kSignature) != 0) {
+      error = "not a compound file: signature mismatch";
+      return false;
+    }
+    if (load16(header_ + header::kByteOrder) != kByteOrderMark) {
+      error = "header: byte order mark is not 0xFFFE";
+      return false;
+    }
+    major_ = load16(header_ + header::kMajorVersion);
+    const std::uint16_t sectorShift = load16(header_ + header::kSectorShift);
+    if (major_ != 3 && major_ != 4) {
+      error = "header: unsupported major version " + std::to_string(major_);
+      return false;
+    }
+    const std::uint16_t expectedShift = major_ == 3 ? 9 : 12;
+    if (sectorShift != expectedShift) {
+      error = "header: sector shift " + std::to_string(sectorShift) + " does not match version " +
+              std::to_string(major_) + " (expected " + std::to_string(expectedShift) + ")";
+      return false;
+    }
+    if (load16(header_ + header::kMiniSectorShift) != kMiniSectorShift) {
+      error = "header: mini sector shift " +
+              std::to_string(load16(header_ + header::kMiniSectorShift)) + " is not 6";
+      return false;
+    }
+    if (load32(header_ + header::kMiniStreamCutoff) != kMiniStreamCutoff) {
+      error = "header: mini stream cutoff " +
+              std::to_string(load32(header_ + header::kMiniStreamCutoff)) + " is not 4096";
+      return false;
+    }
+    sectorSize_ = 1u << sectorShift;
+    if (fileSize_ < sectorSize_) {
+      error = "file too small for a version " + std::to_string(major_) + " header (" +
+              std::to_string(fileSize_) + " bytes)";
+      return false;
+    }
+    const std::uint64_t sectors = ceilDiv(fileSize_ - sectorSize_, sectorSize_);
+    sectorCount_ = static_cast<std::uint32_t>(
+        std::min<std::uint64_t>(sectors, static_cast<std::uint64_t>(kMaxRegularSector) + 1));
+    return true;
+  }
+
+  bool readFat(std::string& error) {
+    const std::uint32_t fatCount = load32(header_ + header::kFatSectorCount);
+    if (fatCount > sectorCount_) {
+      error = "header: " + std::to_string(fatCount) + " FAT sectors declared but the file has " +
+              std::to_string(sectorCount_) + " sectors";
+      return false;
+    }
+    std::vector<std::uint32_t> fatSectors;
+    fatSectors.reserve(fatCount);
+    for (std::uint32_t i = 0; i < std::min(fatCount, kHeaderDifatEntries); ++i) {
+      fatSectors.push_back(load32(header_ + header::kDifat + 4 * i));
+    }
+    if (!readDifatSectors(fatCount, fatSectors, error))
+      return false;
+    for (std::size_t i = 0; i < fatSectors.size(); ++i) {
+      if (fatSectors[i] >= sectorCount_) {
+        error = "DIFAT entry " + std::to_string(i) + ": FAT sector index " +
+                std::to_string(fatSectors[i]) + " out of range (file has " +
+                std::to_string(sectorCount_) + " sectors)";
+        return false;
+      }
+    }
+    std::vector<std::uint8_t> bytes;
+    if (!readSectors(fatSectors, bytes, error))
+      return false;
+    decodeTable(bytes, fat_);
+    fatBound_ = static_cast<std::uint32_t>(std::min<std::size_t>(fat_.size(), sectorCount_));
+    return true;
+  }
+
+  // Collects the FAT sector indices beyond the 109 held in the header from the DIFAT chain.
+  bool readDifatSectors(std::uint32_t fatCount, std::vector<std::uint32_t>& fatSectors,
+                        std::string& error) const {
+    const std::uint32_t perSector = sectorSize_ / 4 - 1;
+    std::vector<bool> visited(sectorCount_, false);
+    std::uint32_t current = load32(header_ + header::kFirstDifatSector);
+    std::vector<std::uint8_t> bytes;
+    while (fatSectors.size() < fatCount) {
+      if (current >= sectorCount_) {
+        error = "DIFAT sector index " + std::to_string(current) + " out of range (file has " +
+                std::to_string(sectorCount_) + " sectors, " + std::to_string(fatSectors.size()) +
+                " of " + std::to_string(fatCount) + " FAT sectors found)";
+        return false;
+      }
+      if (visited[current]) {
+        error = "DIFAT chain loops back to sector " + std::to_string(current);
+        return false;
+      }
+      visited[current] = true;
+      if (!readSectors({current}, bytes, error))
+        return false;
+      for (std::uint32_t i = 0; i < perSector && fatSectors.size() < fatCount; ++i) {
+        fatSectors.push_back(load32(&bytes[4 * i]));
+      }
+      current = load32(&bytes[4 * perSector]);
+    }
+    return true;
+  }
+
+  bool readMiniFat(std::string& error) {
+    std::vector<std::uint32_t> chain;
+    const ChainRequest request{&fat_, fatBound_, load32(header_ + header::kFirstMiniFatSector),
+                               sectorCount_, "sector"};
+    if (!followChain(request, chain, error)) {
+      error = "mini FAT: " + error;
+      return false;
+    }
+    std::vector<std::uint8_t> bytes;
+    if (!readSectors(chain, bytes, error))
+      return false;
+    decodeTable(bytes, miniFat_);
+    return true;
+  }
+
+  bool readDirectory(std::string& error) {
+    const std::uint32_t first = load32(header_ + header::kFirstDirectorySector);
+    if (first == kEndOfChain) {
+      error = "header: the file has no directory";
+      return false;
+    }
+    std::vector<std::uint32_t> chain;
+    const ChainRequest request{&fat_, fatBound_, first, sectorCount_, "sector"};
+    if (!followChain(request, chain, error)) {
+      error = "directory: " + error;
+      return false;
+    }
+    if (!readSectors(chain, directory_, error))
+      return false;
+    directoryCount_ = static_cast<std::uint32_t>(directory_.size() / kDirectoryEntrySize);
+    return true;
+  }
+
+  const std::uint8_t* rawEntry(std::uint32_t index) const {
+    return &directory_[static_cast<std::size_t>(index) * kDirectoryEntrySize];
+  }
+
+  std::uint64_t entrySize(const std::uint8_t* raw) const {
+    const std::uint64_t size = load64(raw + entry::kSize);
+    return major_ == 3 ? (size & 0xFFFFFFFFu) : size;
+  }
+
+  bool readMiniStreamLocation(std::string& error) {
+    const std::uint8_t* root = rawEntry(0);
+    if (root[entry::kType] != kTypeRoot) {
+      error = "directory entry 0: object type " + std::to_string(root[entry::kType]) +
+              " is not the root storage";
+      return false;
+    }
+    miniStreamSize_ = entrySize(root);
+    if (miniStreamSize_ == 0)
+      return true;
+    if (miniStreamSize_ > static_cast<std::uint64_t>(sectorCount_) * sectorSize_) {
+      error = "directory entry 0: mini stream size " + std::to_string(miniStreamSize_) +
+              " larger than the file";
+      return false;
+    }
+    const ChainRequest request{&fat_, fatBound_, load32(root + entry::kStartSector),
+                               ceilDiv(miniStreamSize_, sectorSize_), "sector"};
+    if (!followChain(request, miniStreamSectors_, error) ||
+        !requireLength(miniStreamSectors_, request.maxLength, miniStreamSize_, error)) {
+      error = "mini stream: " + error;
+      return false;
+    }
+    miniBound_ = static_cast<std::uint32_t>(
+        std::min<std::uint64_t>(miniFat_.size(), ceilDiv(miniStreamSize_, kMiniSectorSize)));
+    return true;
+  }
+
+  bool decodeName(std::uint32_t index, std::u16string& name, std::string& error) const {
+    const std::uint8_t* raw = rawEntry(index);
+    const std::uint16_t bytes = load16(raw + entry::kNameLength);
+    if (bytes < 2 || bytes > 2 * (kMaxNameUnits + 1) || bytes % 2 != 0) {
+      error = entryLabel(index) + ": name length " + std::to_string(bytes) +
+              " is not an even byte count between 2 and 64";
+      return false;
+    }
+    const std::size_t units = bytes / 2 - 1;
+    name.resize(units);
+    for (std::size_t i = 0; i < units; ++i) {
+      name[i] = static_cast<char16_t>(load16(raw + entry::kName + 2 * i));
+      if (name[i] == 0) {
+        error = entryLabel(index) + ": name ends before its stated length";
+        return false;
+      }
+    }
+    if (load16(raw + entry::kName + 2 * units) != 0) {
+      error = entryLabel(index) + ": name is not NUL-terminated at its stated length";
+      return false;
+    }
+    return true;
+  }
+
+  bool decodeEntry(std::uint32_t index, CompoundEntry& out, std::string& error) const {
+    const std::uint8_t* raw = rawEntry(index);
+    if (!decodeName(index, out.name, error))
+      return false;
+    const std::uint8_t type = raw[entry::kType];
+    if (index != 0 && type != kTypeStorage && type != kTypeStream) {
+      error = entryLabel(index, out.name) + ": object type " + std::to_string(type) +
+              " is not a storage or a stream";
+      return false;
+    }
+    out.isStorage = type != kTypeStream;
+    std::memcpy(out.clsid.data(), raw + entry::kClsid, out.clsid.size());
+    out.stateBits = load32(raw + entry::kStateBits);
+    out.created = load64(raw + entry::kCreated);
+    out.modified = load64(raw + entry::kModified);
+    if (out.isStorage)
+      return true;
+    out.size = entrySize(raw);
+    const bool inMiniStream = out.size < kMiniStreamCutoff;
+    const std::uint64_t limit =
+        inMiniStream ? miniStreamSize_ : static_cast<std::uint64_t>(sectorCount_) * sectorSize_;
+    if (out.size > limit) {
+      error = entryLabel(index, out.name) + ": stream size " + std::to_string(out.size) +
+              " larger than the " + (inMiniStream ? "mini stream" : "file");
+      return false;
+    }
+    return true;
+  }
+
+  struct PendingLink {
+    std::uint32_t target;
+    std::uint32_t from;
+    const char* field;
+  };
+
+  // Checks a link to another directory entry and marks it as used; each entry may be reached
+  // only once, which rules out cycles and shared subtrees.
+  bool claim(const PendingLink& link, std::vector<bool>& visited, std::string& error) const {
+    if (link.target >= directoryCount_) {
+      error = entryLabel(link.from) + ": " + link.field + " index " + std::to_string(link.target) +
+              " out of range (" + std::to_string(directoryCount_) + " entries)";
+      return false;
+    }
+    if (visited[link.target]) {
+      error = entryLabel(link.from) + ": " + link.field + " index " + std::to_string(link.target) +
+              " leads to an entry already reached (cycle or shared subtree)";
+      return false;
+    }
+    visited[link.target] = true;
+    return true;
+  }
+
+  // Gathers every storage's children by walking its sibling tree in order, storage by storage
+  // through a work list, so neither deep nesting nor damaged links can recurse or loop.
+  bool buildTree(std::string& error) {
+    std::vector<bool> visited(directoryCount_, false);
+    visited[0] = true;
+    entries_.emplace_back();
+    if (!decodeEntry(0, entries_[0], error))
+      return false;
+    starts_.push_back(0);
+    directoryIndex_.push_back(0);
+    std::vector<std::uint32_t> storages{0};  // indices into entries_
+    std::vector<std::uint32_t> stack;
+    for (std::size_t next = 0; next < storages.size(); ++next) {
+      const std::uint32_t parent = storages[next];
+      const std::uint32_t parentDirectory = directoryIndex_[parent];
+      std::uint32_t current = load32(rawEntry(parentDirectory) + entry::kChild);
+      PendingLink link{current, parentDirectory, "child"};
+      while (current != kNoStream || !stack.empty()) {
+        while (current != kNoStream) {
+          if (!claim(link, visited, error))
+            return false;
+          stack.push_back(current);
+          current = load32(rawEntry(current) + entry::kLeft);
+          link = {current, stack.back(), "left sibling"};
+        }
+        const std::uint32_t directoryIndex = stack.back();
+        stack.pop_back();
+        const auto added = static_cast<std::uint32_t>(entries_.size());
+        entries_.emplace_back();
+        if (!decodeEntry(directoryIndex, entries_.back(), error))
+          return false;
+        entries_[parent].children.push_back(added);
+        starts_.push_back(load32(rawEntry(directoryIndex) + entry::kStartSector));
+        directoryIndex_.push_back(directoryIndex);
+        if (entries_.back().isStorage)
+          storages.push_back(added);
+        current = load32(rawEntry(directoryIndex) + entry::kRight);
+        link = {current, directoryIndex, "right sibling"};
+      }
+    }
+    return true;
+  }
+
+  std::unique_ptr<ReadableFile> file_;
+  std::uint64_t fileSize_;
+  std::uint8_t header_[kHeaderSize] = {};
+  std::uint16_t major_ = 0;
+  std::uint32_t sectorSize_ = 0;
+  std::uint32_t sectorCount_ = 0;
+  std::vector<std::uint32_t> fat_;
+  std::uint32_t fatBound_ = 0;
+  std::vector<std::uint32_t> miniFat_;
+  std::uint32_t miniBound_ = 0;
+  std::vector<std::uint8_t> directory_;
+  std::uint32_t directoryCount_ = 0;
+  std::uint64_t miniStreamSize_ = 0;
+  std::vector<std::uint32_t> miniStreamSectors_;
+  std::vector<CompoundEntry> entries_;
+  std::vector<std::uint32_t> starts_;          // first (mini) sector, per entry
+  std::vector<std::uint32_t> directoryIndex_;  // position in the file's directory, per entry
+};
+
+}  // namespace
+
+std::unique_ptr<CompoundFileReader> CompoundFileReader::open(std::unique_ptr<ReadableFile> file,
+                                                             std::string& error) {
+  if (!file) {
+    error = "no file to read";
+    return nullptr;
+  }
+  auto reader = std::make_unique<Reader>(std::move(file));
+  if (!reader->load(error))
+    return nullptr;
+  return reader;
+}
+
+std::unique_ptr<CompoundFileReader> CompoundFileReader::openBytes(std::vector<std::uint8_t> bytes,
+                                                                  std::string& error) {
+  auto shared = std::make_shared<const std::vector<std::uint8_t>>(std::move(bytes));
+  return open(std::make_unique<MemoryReadableFile>(std::move(shared)), error);
+}
+
+}  // namespace odlex::storage

@@ -1,0 +1,360 @@
+// Writes a tree of storages and streams as one compound file image. The layout is fixed by the
+// tree alone (same tree, same bytes): FAT sectors, DIFAT sectors, directory, mini FAT, mini
+// stream, then the large streams in directory order.
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+#include "storage/CompoundFile.h"
+#include "storage/CompoundFileFormat.h"
+#include "storage/CompoundFileNames.h"
+#include "storage/CompoundFileTree.h"
+
+namespace odlex::storage {
+namespace {
+
+using namespace cfb;
+
+std::uint64_t ceilDiv(std::uint64_t value, std::uint64_t unit) {
+  return (value + unit - 1) / unit;
+}
+
+std::string displayName(std::u16string_view name) {
+  std::string text;
+  for (char16_t unit : name)
+    text += (unit >= 0x20 && unit < 0x7F) ? static_cast<char>(unit) : '?';
+  return text;
+}
+
+struct DirectoryEntry {
+  const CompoundNode* node;
+  std::uint32_t left = kNoStream;
+  std::uint32_t right = kNoStream;
+  std::uint32_t child = kNoStream;
+  std::uint8_t color = kBlack;
+  std::uint32_t start = kEndOfChain;  // first sector or mini sector of a stream
+};
+
+// Flattens the tree into directory order: the root, then each storage's children in name
+// order, storage by storage, with the sibling links of every storage's tree filled in.
+bool flatten(const CompoundNode& root, std::vector<DirectoryEntry>& entries, std::string& error) {
+  entries.push_back(DirectoryEntry{&root});
+  std::vector<const CompoundNode*> sorted;
+  std::vector<SiblingNode> tree;
+  for (std::size_t next = 0; next < entries.size(); ++next) {
+    const CompoundNode& parent = *entries[next].node;
+    if (!parent.isStorage) {
+      if (!parent.children.empty()) {
+        error = "stream \"" + displayName(parent.name) + "\" cannot have children";
+        return false;
+      }
+      continue;
+    }
+    sorted.clear();
+    for (const CompoundNode& child : parent.children) {
+      if (child.name.empty() || child.name.size() > kMaxNameUnits ||
+          child.name.find(u'\0') != std::u16string::npos) {
+        error = "entry name \"" + displayName(child.name) + "\" in storage \"" +
+                displayName(parent.name) + "\" must have 1 to 31 units and no NUL";
+        return false;
+      }
+      sorted.push_back(&child);
+    }
+    std::sort(sorted.begin(), sorted.end(), [](const CompoundNode* a, const CompoundNode* b) {
+      return compareEntryNames(a->name, b->name) < 0;
+    });
+    for (std::size_t i = 1; i < sorted.size(); ++i) {
+      if (compareEntryNames(sorted[i - 1]->name, sorted[i]->name) == 0) {
+        error = "storage \"" + displayName(parent.name) + "\" holds \"" +
+                displayName(sorted[i - 1]->name) + "\" and \"" + displayName(sorted[i]->name) +
+                "\", which differ only in case";
+        return false;
+      }
+    }
+    if (entries.size() + sorted.size() > kMaxRegularSector) {
+      error = "too many entries for one compound file";
+      return false;
+    }
+    const auto first = static_cast<std::uint32_t>(entries.size());
+    const auto count = static_cast<std::uint32_t>(sorted.size());
+    const auto toIndex = [first](std::uint32_t position) {
+      return position == kNoStream ? kNoStream : first + position;
+    };
+    entries[next].child = toIndex(arrangeSiblings(count, tree));
+    for (std::uint32_t i = 0; i < count; ++i) {
+      DirectoryEntry added{sorted[i]};
+      added.left = toIndex(tree[i].left);
+      added.right = toIndex(tree[i].right);
+      added.color = tree[i].color;
+      entries.push_back(added);
+    }
+  }
+  return true;
+}
+
+// Where each region of the file starts, in sectors.
+struct Layout {
+  std::uint32_t sectorSize = 0;
+  std::uint32_t fatSectors = 0;
+  std::uint32_t difatSectors = 0;
+  std::uint32_t directoryStart = 0, directorySectors = 0;
+  std::uint32_t miniFatStart = 0, miniFatSectors = 0;
+  std::uint32_t miniStreamStart = 0, miniStreamSectors = 0;
+  std::uint32_t dataStart = 0, dataSectors = 0;
+  std::uint32_t miniSectors = 0;
+  std::uint64_t totalSectors = 0;
+};
+
+class Writer {
+ public:
+  Writer(std::uint16_t major, std::vector<DirectoryEntry>& entries, std::vector<std::uint8_t>& out)
+      : major_(major), entries_(entries), out_(out) {
+    layout_.sectorSize = major == 3 ? 512 : 4096;
+  }
+
+  bool run(std::string& error) {
+    if (!planStreams(error) || !planLayout(error))
+      return false;
+    out_.assign((layout_.totalSectors + 1) * layout_.sectorSize, 0);
+    writeHeader();
+    writeFat();
+    writeDifat();
+    writeDirectory();
+    writeMiniFatAndStreams();
+    return true;
+  }
+
+ private:
+  std::uint8_t* sector(std::uint64_t index) {
+    return out_.data() + (index + 1) * layout_.sectorSize;
+  }
+
+  bool planStreams(std::string& error) {
+    std::uint64_t miniSectors = 0;
+    std::uint64_t dataSectors = 0;
+    for (DirectoryEntry& entry : entries_) {
+      const std::uint64_t size = entry.node->isStorage ? 0 : entry.node->data.size();
+      if (entry.node->isStorage && !entry.node->data.empty()) {
+        error = "storage \"" + displayName(entry.node->name) + "\" cannot hold data";
+        return false;
+      }
+      if (major_ == 3 && size > std::numeric_limits<std::uint32_t>::max()) {
+        error = "stream \"" + displayName(entry.node->name) + "\" is too large for version 3";
+        return false;
+      }
+      if (size == 0)
+        continue;
+      if (size < kMiniStreamCutoff) {
+        entry.start = static_cast<std::uint32_t>(miniSectors);
+        miniSectors += ceilDiv(size, kMiniSectorSize);
+      } else {
+        entry.start = static_cast<std::uint32_t>(dataSectors);  // relative until laid out
+        dataSectors += ceilDiv(size, layout_.sectorSize);
+      }
+    }
+    if (dataSectors > kMaxRegularSector || miniSectors > kMaxRegularSector) {
+      error = "streams too large for one compound file";
+      return false;
+    }
+    layout_.miniSectors = static_cast<std::uint32_t>(miniSectors);
+    layout_.dataSectors = static_cast<std::uint32_t>(dataSectors);
+    return true;
+  }
+
+  bool planLayout(std::string& error) {
+    Layout& l = layout_;
+    const std::uint64_t ss = l.sectorSize;
+    l.directorySectors =
+        static_cast<std::uint32_t>(ceilDiv(entries_.size() * kDirectoryEntrySize, ss));
+    l.miniFatSectors = static_cast<std::uint32_t>(ceilDiv(l.miniSectors * 4ull, ss));
+    l.miniStreamSectors =
+        static_cast<std::uint32_t>(ceilDiv(l.miniSectors * std::uint64_t{kMiniSectorSize}, ss));
+    const std::uint64_t contents =
+        std::uint64_t{l.directorySectors} + l.miniFatSectors + l.miniStreamSectors + l.dataSectors;
+    // The FAT must also describe its own sectors and the DIFAT sectors: grow both until stable.
+    std::uint64_t fat = 0;
+    std::uint64_t difat = 0;
+    for (;;) {
+      const std::uint64_t neededFat = ceilDiv(contents + fat + difat, ss / 4);
+      const std::uint64_t neededDifat = neededFat > kHeaderDifatEntries
+                                            ? ceilDiv(neededFat - kHeaderDifatEntries, ss / 4 - 1)
+                                            : 0;
+      if (neededFat == fat && neededDifat == difat)
+        break;
+      fat = neededFat;
+      difat = neededDifat;
+    }
+    l.totalSectors = contents + fat + difat;
+    if (l.totalSectors > kMaxRegularSector) {
+      error = "streams too large for one compound file";
+      return false;
+    }
+    l.fatSectors = static_cast<std::uint32_t>(fat);
+    l.difatSectors = static_cast<std::uint32_t>(difat);
+    l.directoryStart = l.fatSectors + l.difatSectors;
+    l.miniFatStart = l.directoryStart + l.directorySectors;
+    l.miniStreamStart = l.miniFatStart + l.miniFatSectors;
+    l.dataStart = l.miniStreamStart + l.miniStreamSectors;
+    return true;
+  }
+
+  void writeHeader() {
+    std::uint8_t* h = out_.data();
+    std::memcpy(h, kSignature, sizeof kSignature);
+    store16(h + header::kMinorVersion, cfb::kMinorVersion);
+    store16(h + header::kMajorVersion, major_);
+    store16(h + header::kByteOrder, kByteOrderMark);
+    store16(h + header::kSectorShift, major_ == 3 ? 9 : 12);
+    store16(h + header::kMiniSectorShift, cfb::kMiniSectorShift);
+    store32(h + header::kDirectorySectorCount, major_ == 3 ? 0 : layout_.directorySectors);
+    store32(h + header::kFatSectorCount, layout_.fatSectors);
+    store32(h + header::kFirstDirectorySector, layout_.directoryStart);
+    store32(h + header::kMiniStreamCutoff, kMiniStreamCutoff);
+    store32(h + header::kFirstMiniFatSector,
+            layout_.miniFatSectors ? layout_.miniFatStart : kEndOfChain);
+    store32(h + header::kMiniFatSectorCount, layout_.miniFatSectors);
+    store32(h + header::kFirstDifatSector, layout_.difatSectors ? layout_.fatSectors : kEndOfChain);
+    store32(h + header::kDifatSectorCount, layout_.difatSectors);
+    for (std::uint32_t i = 0; i < kHeaderDifatEntries; ++i) {
+      store32(h + header::kDifat + 4 * i, i < layout_.fatSectors ? i : kFreeSector);
+    }
+  }
+
+  static void chain(std::vector<std::uint32_t>& table, std::uint32_t start, std::uint32_t count) {
+    for (std::uint32_t i = 0; i < count; ++i) {
+      table[start + i] = i + 1 < count ? start + i + 1 : kEndOfChain;
+    }
+  }
+
+  static void storeTable(const std::vector<std::uint32_t>& table, std::uint8_t* out) {
+    for (std::size_t i = 0; i < table.size(); ++i)
+      store32(out + 4 * i, table[i]);
+  }
+
+  void writeFat() {
+    const Layout& l = layout_;
+    std::vector<std::uint32_t> fat(std::size_t{l.fatSectors} * (l.sectorSize / 4), kFreeSector);
+    std::fill_n(fat.begin(), l.fatSectors, kFatSector);
+    std::fill_n(fat.begin() + l.fatSectors, l.difatSectors, kDifatSector);
+    chain(fat, l.directoryStart, l.directorySectors);
+    chain(fat, l.miniFatStart, l.miniFatSectors);
+    chain(fat, l.miniStreamStart, l.miniStreamSectors);
+    for (const DirectoryEntry& entry : entries_) {
+      const std::uint64_t size = entry.node->data.size();
+      if (!entry.node->isStorage && size >= kMiniStreamCutoff) {
+        chain(fat, l.dataStart + entry.start,
+              static_cast<std::uint32_t>(ceilDiv(size, l.sectorSize)));
+      }
+    }
+    storeTable(fat, sector(0));
+  }
+
+  void writeDifat() {
+    const Layout& l = layout_;
+    const std::uint32_t perSector = l.sectorSize / 4 - 1;
+    std::uint32_t fatIndex = kHeaderDifatEntries;
+    for (std::uint32_t d = 0; d < l.difatSectors; ++d) {
+      std::uint8_t* bytes = sector(l.fatSectors + d);
+      for (std::uint32_t i = 0; i < perSector; ++i, ++fatIndex) {
+        store32(bytes + 4 * i, fatIndex < l.fatSectors ? fatIndex : kFreeSector);
+      }
+      const bool last = d + 1 == l.difatSectors;
+      store32(bytes + 4 * perSector, last ? kEndOfChain : l.fatSectors + d + 1);
+    }
+  }
+
+  void writeDirectory() {
+    const Layout& l = layout_;
+    std::uint8_t* base = sector(l.directoryStart);
+    const std::size_t slots = std::size_t{l.directorySectors} * l.sectorSize / kDirectoryEntrySize;
+    for (std::size_t i = 0; i < slots; ++i) {
+      std::uint8_t* raw = base + i * kDirectoryEntrySize;
+      store32(raw + entry::kLeft, kNoStream);
+      store32(raw + entry::kRight, kNoStream);
+      store32(raw + entry::kChild, kNoStream);
+      if (i < entries_.size())
+        writeEntry(entries_[i], i == 0, raw);
+    }
+  }
+
+  void writeEntry(const DirectoryEntry& e, bool isRoot, std::uint8_t* raw) const {
+    const CompoundNode& node = *e.node;
+    const std::u16string_view name = isRoot ? std::u16string_view(u"Root Entry") : node.name;
+    for (std::size_t i = 0; i < name.size(); ++i)
+      store16(raw + 2 * i, name[i]);
+    store16(raw + entry::kNameLength, static_cast<std::uint16_t>(2 * (name.size() + 1)));
+    raw[entry::kType] = isRoot ? kTypeRoot : node.isStorage ? kTypeStorage : kTypeStream;
+    raw[entry::kColor] = e.color;
+    store32(raw + entry::kLeft, e.left);
+    store32(raw + entry::kRight, e.right);
+    store32(raw + entry::kChild, e.child);
+    std::memcpy(raw + entry::kClsid, node.clsid.data(), node.clsid.size());
+    store32(raw + entry::kStateBits, node.stateBits);
+    store64(raw + entry::kCreated, node.created);
+    store64(raw + entry::kModified, node.modified);
+    if (isRoot) {
+      const bool hasMini = layout_.miniSectors > 0;
+      store32(raw + entry::kStartSector, hasMini ? layout_.miniStreamStart : kEndOfChain);
+      store64(raw + entry::kSize, std::uint64_t{layout_.miniSectors} * kMiniSectorSize);
+    } else if (!node.isStorage) {
+      const std::uint64_t size = node.data.size();
+      const std::uint32_t start = size >= kMiniStreamCutoff ? layout_.dataStart + e.start : e.start;
+      store32(raw + entry::kStartSector, size == 0 ? kEndOfChain : start);
+      store64(raw + entry::kSize, size);
+    }
+  }
+
+  void writeMiniFatAndStreams() {
+    const Layout& l = layout_;
+    std::vector<std::uint32_t> miniFat(std::size_t{l.miniFatSectors} * (l.sectorSize / 4),
+                                       kFreeSector);
+    std::uint8_t* miniStream = sector(l.miniStreamStart);
+    for (const DirectoryEntry& entry : entries_) {
+      const std::vector<std::uint8_t>& data = entry.node->data;
+      if (entry.node->isStorage || data.empty())
+        continue;
+      if (data.size() < kMiniStreamCutoff) {
+        chain(miniFat, entry.start,
+              static_cast<std::uint32_t>(ceilDiv(data.size(), kMiniSectorSize)));
+        std::memcpy(miniStream + std::size_t{entry.start} * kMiniSectorSize, data.data(),
+                    data.size());
+      } else {
+        std::memcpy(sector(l.dataStart + entry.start), data.data(), data.size());
+      }
+    }
+    if (l.miniFatSectors > 0)
+      storeTable(miniFat, sector(l.miniFatStart));
+  }
+
+  std::uint16_t major_;
+  std::vector<DirectoryEntry>& entries_;
+  std::vector<std::uint8_t>& out_;
+  Layout layout_;
+};
+
+}  // namespace
+
+bool writeCompoundFile(const CompoundNode& root, std::vector<std::uint8_t>& out, std::string& error,
+                       std::uint16_t majorVersion) {
+  out.clear();
+  if (majorVersion != 3 && majorVersion != 4) {
+    error = "cannot write compound file version " + std::to_string(majorVersion);
+    return false;
+  }
+  if (!root.isStorage) {
+    error = "the root of a compound file must be a storage";
+    return false;
+  }
+  std::vector<DirectoryEntry> entries;
+  if (!flatten(root, entries, error))
+    return false;
+  Writer writer(majorVersion, entries, out);
+  if (!writer.run(error)) {
+    out.clear();
+    return false;
+  }
+  return true;
+}
+
+}  // namespace odlex::storage

@@ -1,0 +1,92 @@
+#include "storage/MemoryFileSystem.h"
+
+#include <cstring>
+
+namespace odlex::storage {
+
+bool MemoryReadableFile::readAt(std::uint64_t offset, void* buffer, std::size_t length,
+                                std::string& error) {
+  const std::uint64_t size = bytes_->size();
+  if (offset > size || length > size - offset) {
+    error = "read past the end of an in-memory file (offset " + std::to_string(offset) +
+            ", length " + std::to_string(length) + ", size " + std::to_string(size) + ")";
+    return false;
+  }
+  if (length > 0)
+    std::memcpy(buffer, bytes_->data() + offset, length);
+  return true;
+}
+
+std::unique_ptr<ReadableFile> MemoryFileSystem::openRead(const std::filesystem::path& path,
+                                                         std::string& error) {
+  const auto found = files_.find(path);
+  if (found == files_.end()) {
+    error = "cannot open " + path.string() + ": No such file or directory";
+    return nullptr;
+  }
+  return std::make_unique<MemoryReadableFile>(found->second);
+}
+
+bool MemoryFileSystem::writeFile(const std::filesystem::path& path,
+                                 std::span<const std::uint8_t> bytes, std::string& error) {
+  if (!hasFolder(path.parent_path()) || folders_.count(path) != 0) {
+    error = "cannot create " + path.string() + ": No such file or directory";
+    return false;
+  }
+  files_[path] = std::make_shared<const std::vector<std::uint8_t>>(bytes.begin(), bytes.end());
+  return true;
+}
+
+bool MemoryFileSystem::rename(const std::filesystem::path& from, const std::filesystem::path& to,
+                              std::string& error) {
+  const auto found = files_.find(from);
+  if (found == files_.end() || !hasFolder(to.parent_path())) {
+    error = "cannot rename " + from.string() + " to " + to.string() + ": No such file or directory";
+    return false;
+  }
+  auto bytes = found->second;
+  files_.erase(found);
+  files_[to] = std::move(bytes);
+  return true;
+}
+
+bool MemoryFileSystem::remove(const std::filesystem::path& path, std::string& error) {
+  if (files_.erase(path) == 0) {
+    error = "cannot remove " + path.string() + ": No such file or directory";
+    return false;
+  }
+  return true;
+}
+
+bool MemoryFileSystem::exists(const std::filesystem::path& path) {
+  return files_.count(path) != 0 || folders_.count(path) != 0;
+}
+
+bool MemoryFileSystem::createDirectories(const std::filesystem::path& path, std::string& error) {
+  for (std::filesystem::path folder = path; !folder.empty() && folder != folder.root_path();
+       folder = folder.parent_path()) {
+    if (files_.count(folder) != 0) {
+      error = "cannot create directory " + path.string() + ": " + folder.string() + " is a file";
+      return false;
+    }
+  }
+  for (std::filesystem::path folder = path; !folder.empty() && folder != folder.root_path();
+       folder = folder.parent_path()) {
+    folders_.insert(folder);
+  }
+  return true;
+}
+
+std::vector<std::filesystem::path> MemoryFileSystem::files() const {
+  std::vector<std::filesystem::path> paths;
+  paths.reserve(files_.size());
+  for (const auto& [path, bytes] : files_)
+    paths.push_back(path);
+  return paths;
+}
+
+bool MemoryFileSystem::hasFolder(const std::filesystem::path& path) const {
+  return path.empty() || path == path.root_path() || folders_.count(path) != 0;
+}
+
+}  // namespace odlex::storage

@@ -1,0 +1,85 @@
+#include "common/FaultyFileSystem.h"
+
+namespace odlex::test {
+namespace {
+
+class FaultyReadableFile final : public storage::ReadableFile {
+ public:
+  FaultyReadableFile(std::unique_ptr<storage::ReadableFile> inner, FaultyFileSystem& owner)
+      : inner_(std::move(inner)), owner_(owner) {}
+
+  std::uint64_t size() const override { return inner_->size(); }
+  bool readAt(std::uint64_t offset, void* buffer, std::size_t length, std::string& error) override {
+    if (owner_.injectFault("readAt", error))
+      return false;
+    return inner_->readAt(offset, buffer, length, error);
+  }
+
+ private:
+  std::unique_ptr<storage::ReadableFile> inner_;
+  FaultyFileSystem& owner_;
+};
+
+}  // namespace
+
+void FaultyFileSystem::failAtCall(std::uint64_t call) {
+  failAt_ = call;
+  calls_ = 0;
+}
+
+bool FaultyFileSystem::injectFault(const char* operation, std::string& error) {
+  ++calls_;
+  if (calls_ != failAt_)
+    return false;
+  error =
+      std::string("injected failure of ") + operation + " (call " + std::to_string(calls_) + ")";
+  return true;
+}
+
+std::unique_ptr<storage::ReadableFile> FaultyFileSystem::openRead(const std::filesystem::path& path,
+                                                                  std::string& error) {
+  if (injectFault("openRead", error))
+    return nullptr;
+  auto file = inner_.openRead(path, error);
+  if (!file)
+    return nullptr;
+  return std::make_unique<FaultyReadableFile>(std::move(file), *this);
+}
+
+bool FaultyFileSystem::writeFile(const std::filesystem::path& path,
+                                 std::span<const std::uint8_t> bytes, std::string& error) {
+  if (injectFault("writeFile", error)) {
+    std::string ignored;
+    inner_.writeFile(path, bytes.first(bytes.size() / 2), ignored);
+    return false;
+  }
+  return inner_.writeFile(path, bytes, error);
+}
+
+bool FaultyFileSystem::rename(const std::filesystem::path& from, const std::filesystem::path& to,
+                              std::string& error) {
+  if (injectFault("rename", error))
+    return false;
+  return inner_.rename(from, to, error);
+}
+
+bool FaultyFileSystem::remove(const std::filesystem::path& path, std::string& error) {
+  if (injectFault("remove", error))
+    return false;
+  return inner_.remove(path, error);
+}
+
+bool FaultyFileSystem::exists(const std::filesystem::path& path) {
+  std::string ignored;
+  if (injectFault("exists", ignored))
+    return false;
+  return inner_.exists(path);
+}
+
+bool FaultyFileSystem::createDirectories(const std::filesystem::path& path, std::string& error) {
+  if (injectFault("createDirectories", error))
+    return false;
+  return inner_.createDirectories(path, error);
+}
+
+}  // namespace odlex::test

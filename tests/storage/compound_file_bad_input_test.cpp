@@ -1,0 +1,252 @@
+// Damaged containers: each must be refused with a message saying what is wrong, never crash,
+// hang or allocate more than the file's size.
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "common/FaultyFileSystem.h"
+#include "storage/CompoundFile.h"
+#include "storage/CompoundFileFormat.h"
+#include "storage/MemoryFileSystem.h"
+
+namespace odlex::storage {
+namespace {
+
+using namespace cfb;
+
+CompoundNode node(std::u16string name, std::size_t size) {
+  CompoundNode result;
+  result.name = std::move(name);
+  result.data.assign(size, 0x5A);
+  return result;
+}
+
+// A small valid version 3 file whose parts the tests find through its header, then damage.
+class Image {
+ public:
+  explicit Image(std::size_t bigStreamSize = 5000) {
+    CompoundNode root;
+    root.isStorage = true;
+    CompoundNode sub = node(u"sub", 0);
+    sub.isStorage = true;
+    root.children = {node(u"big", bigStreamSize), node(u"small", 100), sub};
+    std::string error;
+    EXPECT_TRUE(writeCompoundFile(root, bytes, error)) << error;
+  }
+
+  std::size_t sectorOffset(std::uint32_t sector) const { return (sector + 1) * 512u; }
+  std::uint32_t headerField(std::size_t offset) const { return load32(&bytes[offset]); }
+  void setHeaderField(std::size_t offset, std::uint32_t value) { store32(&bytes[offset], value); }
+
+  std::uint32_t fatEntry(std::uint32_t sector) const {
+    return load32(&bytes[sectorOffset(headerField(header::kDifat)) + 4 * sector]);
+  }
+  void setFatEntry(std::uint32_t sector, std::uint32_t value) {
+    store32(&bytes[sectorOffset(headerField(header::kDifat)) + 4 * sector], value);
+  }
+  void setMiniFatEntry(std::uint32_t miniSector, std::uint32_t value) {
+    store32(&bytes[sectorOffset(headerField(header::kFirstMiniFatSector)) + 4 * miniSector], value);
+  }
+
+  // The raw directory entry with this name (the root is "Root Entry"), in the first sector.
+  std::uint8_t* entry(std::u16string_view name) {
+    std::uint8_t* first = &bytes[sectorOffset(headerField(header::kFirstDirectorySector))];
+    for (std::size_t i = 0; i < 4; ++i) {
+      std::uint8_t* raw = first + i * kDirectoryEntrySize;
+      std::u16string found;
+      for (std::size_t unit = 0; unit + 1 < load16(raw + entry::kNameLength) / 2u; ++unit) {
+        found += static_cast<char16_t>(load16(raw + 2 * unit));
+      }
+      if (found == name)
+        return raw;
+    }
+    ADD_FAILURE() << "no such entry";
+    return first;
+  }
+
+  std::vector<std::uint8_t> bytes;
+};
+
+std::string openError(const std::vector<std::uint8_t>& bytes) {
+  std::string error;
+  auto reader = CompoundFileReader::openBytes(bytes, error);
+  EXPECT_FALSE(reader) << "damaged file was accepted";
+  EXPECT_FALSE(error.empty());
+  return error;
+}
+
+// Opens fine but reading the named stream fails; returns the message.
+std::string streamError(const std::vector<std::uint8_t>& bytes, std::u16string_view name) {
+  std::string error;
+  auto reader = CompoundFileReader::openBytes(bytes, error);
+  if (!reader)
+    return "open failed: " + error;
+  const auto& entries = reader->entries();
+  for (std::uint32_t i = 0; i < entries.size(); ++i) {
+    if (entries[i].name != name)
+      continue;
+    std::vector<std::uint8_t> data;
+    EXPECT_FALSE(reader->readStream(i, data, error)) << "damaged stream was read";
+    EXPECT_TRUE(data.empty());
+    return error;
+  }
+  return "no such stream";
+}
+
+#define EXPECT_CONTAINS(text, part) \
+  EXPECT_NE(std::string(text).find(part), std::string::npos) << "message: " << (text)
+
+TEST(CompoundFileBadInput, HeaderProblems) {
+  EXPECT_CONTAINS(openError({}), "too small");
+  EXPECT_CONTAINS(openError(std::vector<std::uint8_t>(511, 0)), "too small");
+
+  Image signature;
+  signature.bytes[3] ^= 0xFF;
+  EXPECT_CONTAINS(openError(signature.bytes), "signature");
+
+  Image shift;
+  store16(&shift.bytes[header::kSectorShift], 12);
+  EXPECT_CONTAINS(openError(shift.bytes), "sector shift 12 does not match version 3");
+
+  Image version4;
+  store16(&version4.bytes[header::kMajorVersion], 4);
+  store16(&version4.bytes[header::kSectorShift], 12);
+  version4.bytes.resize(4000);
+  EXPECT_CONTAINS(openError(version4.bytes), "too small for a version 4 header");
+
+  Image cutoff;
+  cutoff.setHeaderField(header::kMiniStreamCutoff, 512);
+  EXPECT_CONTAINS(openError(cutoff.bytes), "mini stream cutoff 512");
+
+  Image fatCount;
+  fatCount.setHeaderField(header::kFatSectorCount, 0x40000000);
+  EXPECT_CONTAINS(openError(fatCount.bytes), "FAT sectors declared");
+}
+
+TEST(CompoundFileBadInput, SectorTablesPointingAstray) {
+  Image fatPastEnd;
+  fatPastEnd.setHeaderField(header::kDifat, 99999);
+  EXPECT_CONTAINS(openError(fatPastEnd.bytes), "FAT sector index 99999 out of range");
+
+  Image directoryCycle;
+  const std::uint32_t directory = directoryCycle.headerField(header::kFirstDirectorySector);
+  directoryCycle.setFatEntry(directory, directory);
+  EXPECT_CONTAINS(openError(directoryCycle.bytes), "directory: sector chain loops back");
+
+  Image streamCycle;
+  const std::uint32_t start = load32(streamCycle.entry(u"big") + entry::kStartSector);
+  streamCycle.setFatEntry(start + 2, start + 1);
+  EXPECT_CONTAINS(streamError(streamCycle.bytes, u"big"), "loops back to sector");
+
+  Image freeInChain;
+  freeInChain.setFatEntry(start + 3, kFreeSector);
+  EXPECT_CONTAINS(streamError(freeInChain.bytes, u"big"), "out of range");
+
+  Image miniBeyond;
+  const std::uint32_t miniStart = load32(miniBeyond.entry(u"small") + entry::kStartSector);
+  miniBeyond.setMiniFatEntry(miniStart, 500);
+  EXPECT_CONTAINS(streamError(miniBeyond.bytes, u"small"), "mini sector index 500 out of range");
+}
+
+TEST(CompoundFileBadInput, DifatChainPastTheEnd) {
+  Image large(8u << 20);
+  ASSERT_GT(large.headerField(header::kFatSectorCount), kHeaderDifatEntries);
+  large.setHeaderField(header::kFirstDifatSector, 0x7FFFFFF0);
+  EXPECT_CONTAINS(openError(large.bytes), "DIFAT sector index 2147483632 out of range");
+}
+
+TEST(CompoundFileBadInput, DirectoryProblems) {
+  Image childRange;
+  store32(childRange.entry(u"Root Entry") + entry::kChild, 4096);
+  EXPECT_CONTAINS(openError(childRange.bytes), "directory entry 0: child index 4096 out of range");
+
+  Image siblingCycle;
+  const std::uint32_t top = load32(siblingCycle.entry(u"Root Entry") + entry::kChild);
+  store32(siblingCycle.entry(u"small") + entry::kRight, top);
+  EXPECT_CONTAINS(openError(siblingCycle.bytes), "already reached");
+
+  Image selfChild;  // a storage that contains itself
+  store32(selfChild.entry(u"sub") + entry::kChild, top);
+  EXPECT_CONTAINS(openError(selfChild.bytes), "already reached");
+
+  Image tooLarge;
+  store32(tooLarge.entry(u"big") + entry::kSize, 1u << 30);
+  EXPECT_CONTAINS(openError(tooLarge.bytes), "stream size 1073741824 larger than the file");
+
+  Image beyondChain;
+  store32(beyondChain.entry(u"big") + entry::kSize, 5000 + 3 * 512);
+  EXPECT_CONTAINS(streamError(beyondChain.bytes, u"big"),
+                  "needs 13 sectors but its chain has only 10");
+
+  Image beyondMini;
+  store32(beyondMini.entry(u"small") + entry::kSize, 4000);
+  EXPECT_CONTAINS(openError(beyondMini.bytes), "larger than the mini stream");
+
+  Image nameLength;
+  store16(nameLength.entry(u"small") + entry::kNameLength, 40);
+  EXPECT_CONTAINS(openError(nameLength.bytes), "name ends before its stated length");
+
+  Image oddLength;
+  store16(oddLength.entry(u"small") + entry::kNameLength, 66);
+  EXPECT_CONTAINS(openError(oddLength.bytes), "name length 66");
+
+  Image rootType;
+  rootType.entry(u"Root Entry")[entry::kType] = kTypeStorage;
+  EXPECT_CONTAINS(openError(rootType.bytes), "not the root storage");
+
+  Image unusedChild;
+  unusedChild.entry(u"big")[entry::kType] = kTypeUnused;
+  EXPECT_CONTAINS(openError(unusedChild.bytes), "is not a storage or a stream");
+}
+
+TEST(CompoundFileBadInput, ReadFailuresAreReported) {
+  MemoryFileSystem fs;
+  std::string error;
+  ASSERT_TRUE(fs.writeFile("pkg.msi", Image().bytes, error));
+  test::FaultyFileSystem faulty(fs);
+  for (std::uint64_t failAt = 1;; ++failAt) {
+    ASSERT_LT(failAt, 50u);
+    faulty.failAtCall(failAt);
+    auto file = faulty.openRead("pkg.msi", error);
+    std::unique_ptr<CompoundFileReader> reader;
+    if (file)
+      reader = CompoundFileReader::open(std::move(file), error);
+    CompoundNode tree;
+    if (reader && readCompoundTree(*reader, 0, tree, error)) {
+      EXPECT_FALSE(faulty.failed());
+      EXPECT_EQ(tree.children.size(), 3u);
+      break;
+    }
+    EXPECT_CONTAINS(error, "injected failure");
+  }
+}
+
+// Random damage to the header, FAT and directory: any result is fine except a crash, a hang
+// or an out-of-bounds access (run under the sanitizers to see those).
+TEST(CompoundFileBadInput, RandomDamageNeverCrashes) {
+  const Image valid;
+  std::mt19937 random(12345);
+  std::size_t refused = 0;
+  for (int round = 0; round < 3000; ++round) {
+    std::vector<std::uint8_t> damaged = valid.bytes;
+    const int changes = 1 + round % 4;
+    for (int i = 0; i < changes; ++i) {
+      const std::size_t at = random() % 2560;  // header, FAT, directory and mini FAT sectors
+      damaged[at] = static_cast<std::uint8_t>(random());
+    }
+    if (round % 50 == 0)
+      damaged.resize(random() % damaged.size());
+    std::string error;
+    auto reader = CompoundFileReader::openBytes(damaged, error);
+    CompoundNode tree;
+    if (!reader || !readCompoundTree(*reader, 0, tree, error)) {
+      EXPECT_FALSE(error.empty());
+      ++refused;
+    }
+  }
+  EXPECT_GT(refused, 0u);
+}
+
+}  // namespace
+}  // namespace odlex::storage

@@ -1,0 +1,190 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "storage/CompoundFile.h"
+#include "storage/CompoundFileFormat.h"
+#include "storage/CompoundFileNames.h"
+#include "storage/CompoundFileTree.h"
+
+namespace odlex::storage {
+namespace {
+
+std::vector<std::uint8_t> pattern(std::size_t size, std::uint8_t seed) {
+  std::vector<std::uint8_t> bytes(size);
+  for (std::size_t i = 0; i < size; ++i)
+    bytes[i] = static_cast<std::uint8_t>(seed + i * 7 + i / 251);
+  return bytes;
+}
+
+CompoundNode stream(std::u16string name, std::size_t size, std::uint8_t seed = 1) {
+  CompoundNode node;
+  node.name = std::move(name);
+  node.data = pattern(size, seed);
+  return node;
+}
+
+CompoundNode storage(std::u16string name, std::vector<CompoundNode> children) {
+  CompoundNode node;
+  node.name = std::move(name);
+  node.isStorage = true;
+  node.children = std::move(children);
+  return node;
+}
+
+// Children in name order, so trees compare equal whatever order they were given in.
+void sortTree(CompoundNode& node) {
+  std::sort(node.children.begin(), node.children.end(), [](const auto& a, const auto& b) {
+    return cfb::compareEntryNames(a.name, b.name) < 0;
+  });
+  for (CompoundNode& child : node.children)
+    sortTree(child);
+}
+
+void expectSameTree(const CompoundNode& expected, const CompoundNode& actual) {
+  EXPECT_EQ(expected.isStorage, actual.isStorage);
+  EXPECT_EQ(expected.clsid, actual.clsid);
+  EXPECT_EQ(expected.stateBits, actual.stateBits);
+  EXPECT_EQ(expected.created, actual.created);
+  EXPECT_EQ(expected.modified, actual.modified);
+  EXPECT_TRUE(expected.data == actual.data) << "data of a stream of " << expected.data.size();
+  ASSERT_EQ(expected.children.size(), actual.children.size());
+  for (std::size_t i = 0; i < expected.children.size(); ++i) {
+    EXPECT_EQ(expected.children[i].name, actual.children[i].name);
+    expectSameTree(expected.children[i], actual.children[i]);
+  }
+}
+
+// Writes, reads back and compares; the reader lists children in the order of the file's
+// sibling trees, so getting them back sorted also shows the trees are ordered correctly.
+void roundTrip(CompoundNode tree, std::uint16_t version) {
+  std::vector<std::uint8_t> bytes;
+  std::string error;
+  ASSERT_TRUE(writeCompoundFile(tree, bytes, error, version)) << error;
+  auto reader = CompoundFileReader::openBytes(bytes, error);
+  ASSERT_TRUE(reader) << error;
+  EXPECT_EQ(reader->majorVersion(), version);
+  EXPECT_EQ(reader->entries()[0].name, u"Root Entry");
+  CompoundNode back;
+  ASSERT_TRUE(readCompoundTree(*reader, 0, back, error)) << error;
+  sortTree(tree);
+  expectSameTree(tree, back);
+
+  std::vector<std::uint8_t> again;
+  ASSERT_TRUE(writeCompoundFile(tree, again, error, version)) << error;
+  EXPECT_TRUE(again == bytes) << "output depends on more than the tree";
+}
+
+CompoundNode mixedTree() {
+  CompoundNode inner = storage(u"Inner", {stream(u"deep", 100), storage(u"Empty", {})});
+  inner.clsid = Clsid{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
+  inner.stateBits = 0x1234;
+  inner.created = 0x01D0000011112222ull;
+  inner.modified = 0x01D0000033334444ull;
+  CompoundNode root =
+      storage(u"", {stream(u"zero", 0), stream(u"one", 1), stream(u"b63", 63), stream(u"b64", 64),
+                    stream(u"b4095", 4095, 3), stream(u"b4096", 4096, 4), stream(u"b4097", 4097, 5),
+                    stream(u"big", 100000, 6), inner, stream(std::u16string(31, u'L'), 10),
+                    stream(u"\x4840\x3F3F\x4577", 700), stream(u"\x0005Summary", 5)});
+  root.clsid = Clsid{0x84, 0x10, 0x0C, 0x00};
+  return root;
+}
+
+TEST(CompoundFileRoundTrip, MixedTreeVersion3) {
+  roundTrip(mixedTree(), 3);
+}
+TEST(CompoundFileRoundTrip, MixedTreeVersion4) {
+  roundTrip(mixedTree(), 4);
+}
+
+TEST(CompoundFileRoundTrip, EmptyRoot) {
+  roundTrip(storage(u"", {}), 3);
+  roundTrip(storage(u"", {}), 4);
+}
+
+TEST(CompoundFileRoundTrip, ManyEntriesAndDeepNesting) {
+  std::vector<CompoundNode> streams;
+  for (int i = 0; i < 700; ++i) {
+    std::string name = "s" + std::to_string(i * 7919 % 1000);
+    streams.push_back(stream(std::u16string(name.begin(), name.end()), i % 5 * 1000,
+                             static_cast<std::uint8_t>(i)));
+  }
+  CompoundNode nested = stream(u"leaf", 10);
+  for (int depth = 0; depth < 200; ++depth)
+    nested = storage(u"d", {std::move(nested)});
+  streams.push_back(std::move(nested));
+  roundTrip(storage(u"", std::move(streams)), 3);
+}
+
+TEST(CompoundFileRoundTrip, LargeFileNeedsDifatSectors) {
+  const CompoundNode tree =
+      storage(u"", {stream(u"huge", 8u << 20, 9), stream(u"small", 10), stream(u"mid", 5000)});
+  std::vector<std::uint8_t> bytes;
+  std::string error;
+  ASSERT_TRUE(writeCompoundFile(tree, bytes, error)) << error;
+  EXPECT_GT(cfb::load32(&bytes[cfb::header::kFatSectorCount]), cfb::kHeaderDifatEntries);
+  EXPECT_GT(cfb::load32(&bytes[cfb::header::kDifatSectorCount]), 0u);
+  roundTrip(tree, 3);
+}
+
+TEST(CompoundFileWriter, RefusesBadNames) {
+  std::vector<std::uint8_t> bytes;
+  std::string error;
+  EXPECT_FALSE(
+      writeCompoundFile(storage(u"", {stream(std::u16string(32, u'x'), 1)}), bytes, error));
+  EXPECT_NE(error.find("1 to 31 units"), std::string::npos) << error;
+  EXPECT_FALSE(writeCompoundFile(storage(u"", {stream(u"", 1)}), bytes, error));
+  EXPECT_FALSE(
+      writeCompoundFile(storage(u"", {stream(u"Name", 1), stream(u"nAME", 2)}), bytes, error));
+  EXPECT_NE(error.find("differ only in case"), std::string::npos) << error;
+  EXPECT_FALSE(writeCompoundFile(
+      storage(u"", {storage(u"S", {stream(u"\x00E4x", 1), stream(u"\x00C4X", 1)})}), bytes, error))
+      << "upper-casing covers letters beyond ASCII";
+  EXPECT_TRUE(writeCompoundFile(storage(u"", {stream(u"a", 1), storage(u"S", {stream(u"a", 1)})}),
+                                bytes, error))
+      << "the same name may appear in different storages: " << error;
+  EXPECT_TRUE(bytes.empty() == false);
+}
+
+TEST(CompoundFileNames, OrderIsLengthThenUpperCasedUnits) {
+  EXPECT_LT(cfb::compareEntryNames(u"zz", u"aaa"), 0);
+  EXPECT_LT(cfb::compareEntryNames(u"abc", u"ABD"), 0);
+  EXPECT_EQ(cfb::compareEntryNames(u"\x00FF\x0101", u"\x0178\x0100"), 0);
+  EXPECT_GT(cfb::compareEntryNames(u"_", u"a"), 0) << "'_' sorts after 'A', not after 'a'";
+  EXPECT_EQ(cfb::upcaseUnit(0x4840), 0x4840);
+  EXPECT_EQ(cfb::upcaseUnit(u'\x03C2'), u'\x03A3');
+  EXPECT_EQ(cfb::upcaseUnit(u'\x0450'), u'\x0400');
+}
+
+// Walks one arranged tree, checking order, colours and equal black heights.
+int checkSubtree(const std::vector<cfb::SiblingNode>& nodes, std::uint32_t at, std::uint32_t low,
+                 std::uint32_t high, bool parentRed, std::uint32_t& visited) {
+  if (at == cfb::kNoStream)
+    return 1;
+  EXPECT_TRUE(at >= low && at < high) << "position " << at << " out of order";
+  const bool red = nodes[at].color == cfb::kRed;
+  EXPECT_FALSE(red && parentRed) << "red node " << at << " has a red parent";
+  ++visited;
+  const int left = checkSubtree(nodes, nodes[at].left, low, at, red, visited);
+  const int right = checkSubtree(nodes, nodes[at].right, at + 1, high, red, visited);
+  EXPECT_EQ(left, right) << "unequal black heights under " << at;
+  return left + (red ? 0 : 1);
+}
+
+TEST(CompoundFileTree, EverySizeGivesAValidRedBlackTree) {
+  std::vector<cfb::SiblingNode> nodes;
+  for (std::uint32_t count = 0; count <= 300; ++count) {
+    const std::uint32_t root = cfb::arrangeSiblings(count, nodes);
+    if (count == 0) {
+      EXPECT_EQ(root, cfb::kNoStream);
+      continue;
+    }
+    EXPECT_EQ(nodes[root].color, cfb::kBlack);
+    std::uint32_t visited = 0;
+    checkSubtree(nodes, root, 0, count, false, visited);
+    EXPECT_EQ(visited, count);
+  }
+}
+
+}  // namespace
+}  // namespace odlex::storage

@@ -1,0 +1,154 @@
+#include "storage/FileSystem.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+
+#include "common/FaultyFileSystem.h"
+#include "common/TempDir.h"
+#include "storage/MemoryFileSystem.h"
+
+namespace odlex::storage {
+namespace {
+
+std::vector<std::uint8_t> bytesOf(std::string_view text) {
+  return std::vector<std::uint8_t>(text.begin(), text.end());
+}
+
+std::vector<std::filesystem::path> listFolder(const std::filesystem::path& folder) {
+  std::vector<std::filesystem::path> names;
+  for (const auto& item : std::filesystem::directory_iterator(folder)) {
+    names.push_back(item.path().filename());
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+TEST(RealFileSystem, WritesReadsAndReportsErrorsWithThePath) {
+  test::TempDir dir;
+  FileSystem& fs = FileSystem::real();
+  std::string error;
+  const auto path = dir / "data.bin";
+  ASSERT_TRUE(fs.writeFile(path, bytesOf("hello world"), error)) << error;
+  EXPECT_TRUE(fs.exists(path));
+
+  auto file = fs.openRead(path, error);
+  ASSERT_TRUE(file) << error;
+  EXPECT_EQ(file->size(), 11u);
+  char part[5];
+  ASSERT_TRUE(file->readAt(6, part, 5, error)) << error;
+  EXPECT_EQ(std::string(part, 5), "world");
+  EXPECT_FALSE(file->readAt(7, part, 5, error));
+  EXPECT_NE(error.find("data.bin"), std::string::npos) << error;
+
+  EXPECT_FALSE(fs.openRead(dir / "missing.bin", error));
+  EXPECT_NE(error.find("missing.bin"), std::string::npos) << error;
+  EXPECT_NE(error.find("No such file"), std::string::npos) << error;
+  EXPECT_FALSE(fs.openRead(dir.path(), error)) << "a folder is not a readable file";
+
+  ASSERT_TRUE(fs.createDirectories(dir / "a" / "b", error)) << error;
+  ASSERT_TRUE(fs.rename(path, dir / "a" / "b" / "moved.bin", error)) << error;
+  EXPECT_FALSE(fs.exists(path));
+  ASSERT_TRUE(fs.remove(dir / "a" / "b" / "moved.bin", error)) << error;
+  EXPECT_FALSE(fs.remove(dir / "a" / "b" / "moved.bin", error));
+}
+
+TEST(RealFileSystem, ReplaceLeavesOnlyTheTargetWithItsPermissions) {
+  test::TempDir dir;
+  std::string error;
+  const auto target = dir / "package.msi";
+  ASSERT_TRUE(replaceFileAtomically(FileSystem::real(), target, bytesOf("first"), error));
+  std::filesystem::permissions(target, std::filesystem::perms::owner_read |
+                                           std::filesystem::perms::owner_write |
+                                           std::filesystem::perms::others_read);
+  ASSERT_TRUE(replaceFileAtomically(FileSystem::real(), target, bytesOf("second"), error));
+  EXPECT_EQ(std::filesystem::status(target).permissions(), std::filesystem::perms::owner_read |
+                                                               std::filesystem::perms::owner_write |
+                                                               std::filesystem::perms::others_read);
+  std::vector<std::uint8_t> read;
+  ASSERT_TRUE(readWholeFile(FileSystem::real(), target, read, error)) << error;
+  EXPECT_EQ(read, bytesOf("second"));
+  EXPECT_EQ(listFolder(dir.path()), std::vector<std::filesystem::path>{"package.msi"});
+
+  EXPECT_FALSE(
+      replaceFileAtomically(FileSystem::real(), dir / "no" / "such.msi", bytesOf("x"), error));
+  EXPECT_NE(error.find("such.msi"), std::string::npos) << error;
+}
+
+TEST(MemoryFileSystem, BehavesLikeAFolderTree) {
+  MemoryFileSystem fs;
+  std::string error;
+  EXPECT_FALSE(fs.writeFile("/x/a.bin", bytesOf("a"), error)) << "parent folder missing";
+  ASSERT_TRUE(fs.createDirectories("/x", error));
+  ASSERT_TRUE(fs.writeFile("/x/a.bin", bytesOf("abc"), error));
+  auto file = fs.openRead("/x/a.bin", error);
+  ASSERT_TRUE(file);
+  // An open file keeps the bytes it was opened on, as an open descriptor would.
+  ASSERT_TRUE(fs.writeFile("/x/a.bin", bytesOf("xyz!"), error));
+  char buffer[3];
+  ASSERT_TRUE(file->readAt(0, buffer, 3, error));
+  EXPECT_EQ(std::string(buffer, 3), "abc");
+  EXPECT_FALSE(file->readAt(1, buffer, 3, error));
+
+  ASSERT_TRUE(fs.rename("/x/a.bin", "/x/b.bin", error));
+  EXPECT_FALSE(fs.exists("/x/a.bin"));
+  std::vector<std::uint8_t> read;
+  ASSERT_TRUE(readWholeFile(fs, "/x/b.bin", read, error));
+  EXPECT_EQ(read, bytesOf("xyz!"));
+  EXPECT_FALSE(fs.createDirectories("/x/b.bin/c", error)) << "a file is in the way";
+}
+
+// Makes every call of a replacement fail in turn and checks the target is never damaged and no
+// temporary file is left behind, until the replacement goes through.
+void checkReplaceSurvivesEveryFault(FileSystem& inner, const std::filesystem::path& target,
+                                    const std::function<std::size_t()>& countFiles) {
+  std::string error;
+  const auto original = bytesOf("original package bytes");
+  const auto replacement = bytesOf("the replacement, longer than the original");
+  ASSERT_TRUE(inner.writeFile(target, original, error)) << error;
+  test::FaultyFileSystem faulty(inner);
+  for (std::uint64_t failAt = 1;; ++failAt) {
+    ASSERT_LT(failAt, 20u) << "replacement never succeeded";
+    faulty.failAtCall(failAt);
+    const bool replaced = replaceFileAtomically(faulty, target, replacement, error);
+    std::vector<std::uint8_t> now;
+    ASSERT_TRUE(readWholeFile(inner, target, now, error)) << error;
+    EXPECT_EQ(countFiles(), 1u) << "temporary file left after failing call " << failAt;
+    if (replaced) {
+      EXPECT_FALSE(faulty.failed());
+      EXPECT_EQ(now, replacement);
+      break;
+    }
+    EXPECT_NE(error.find("injected failure"), std::string::npos) << error;
+    EXPECT_EQ(now, original) << "target damaged by failing call " << failAt;
+  }
+}
+
+TEST(ReplaceFileAtomically, TargetIntactWhenAnyCallFailsInMemory) {
+  MemoryFileSystem fs;
+  std::string error;
+  ASSERT_TRUE(fs.createDirectories("/pkg", error));
+  checkReplaceSurvivesEveryFault(fs, "/pkg/product.msi", [&] { return fs.files().size(); });
+}
+
+TEST(ReplaceFileAtomically, TargetIntactWhenAnyCallFailsOnDisk) {
+  test::TempDir dir;
+  checkReplaceSurvivesEveryFault(FileSystem::real(), dir / "product.msi",
+                                 [&] { return listFolder(dir.path()).size(); });
+}
+
+TEST(ReadWholeFile, ReportsAFailedRead) {
+  MemoryFileSystem fs;
+  std::string error;
+  ASSERT_TRUE(fs.writeFile("a.idt", bytesOf("Property\tValue"), error));
+  test::FaultyFileSystem faulty(fs);
+  faulty.failAtCall(2);  // openRead, then the read
+  std::vector<std::uint8_t> read;
+  EXPECT_FALSE(readWholeFile(faulty, "a.idt", read, error));
+  EXPECT_TRUE(read.empty());
+  EXPECT_NE(error.find("readAt"), std::string::npos) << error;
+}
+
+}  // namespace
+}  // namespace odlex::storage
