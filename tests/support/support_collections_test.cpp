@@ -1,0 +1,153 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <vector>
+
+#include "odlex/support/RWBTree.h"
+#include "odlex/support/RWOrdered.h"
+#include "odlex/support/TalCollectableString.h"
+
+namespace {
+
+// Counts live objects so that the *AndDestroy operations can be checked.
+class Item : public TalCollectableString {
+ public:
+  explicit Item(const char16_t* text, int* live = nullptr)
+      : TalCollectableString(text), live_(live) {
+    if (live_)
+      ++*live_;
+  }
+  ~Item() override {
+    if (live_)
+      --*live_;
+  }
+
+ private:
+  int* live_;
+};
+
+std::vector<TalString> Texts(const RWBTree& tree) {
+  std::vector<TalString> out;
+  for (RWCollectable* item : tree) {
+    out.push_back(*static_cast<TalCollectableString*>(item));
+  }
+  return out;
+}
+
+TEST(RWBTree, KeepsItemsInCompareToOrderAndRefusesEqualOnes) {
+  Item c(u"c"), a(u"a"), b(u"b"), otherA(u"a");
+  RWBTree tree;
+  EXPECT_EQ(tree.insert(&c), &c);
+  EXPECT_EQ(tree.insert(&a), &a);
+  EXPECT_EQ(tree.insert(&b), &b);
+  // An equal item is not added; the one already held is returned.
+  EXPECT_EQ(tree.insert(&otherA), &a);
+  EXPECT_EQ(tree.insert(nullptr), nullptr);
+  EXPECT_EQ(tree.entries(), 3u);
+  EXPECT_EQ(Texts(tree), (std::vector<TalString>{u"a", u"b", u"c"}));
+
+  const TalCollectableString probe(u"b");
+  EXPECT_EQ(tree.find(&probe), &b);
+  EXPECT_TRUE(tree.contains(&probe));
+  EXPECT_EQ(tree.remove(&probe), &b);
+  EXPECT_FALSE(tree.contains(&probe));
+  EXPECT_EQ(tree.remove(&probe), nullptr);
+  tree.clear();
+  EXPECT_TRUE(tree.isEmpty());
+}
+
+TEST(RWBTree, CopiesShareTheItems) {
+  Item a(u"a"), b(u"b");
+  RWBTree tree;
+  tree.insert(&a);
+  RWBTree copy = tree;
+  copy.insert(&b);
+  EXPECT_EQ(tree.entries(), 1u);
+  EXPECT_EQ(copy.find(&a), &a);  // the same object, not a copy of it
+}
+
+TEST(RWBTree, DestroyingOperationsDeleteAndPlainOnesDoNot) {
+  int live = 0;
+  RWBTree tree;
+  for (const char16_t* text : {u"x", u"y", u"z"}) {
+    tree.insert(new Item(text, &live));
+  }
+  const TalCollectableString y(u"y");
+  tree.removeAndDestroy(&y);
+  EXPECT_EQ(live, 2);
+  const TalCollectableString x(u"x");
+  const std::unique_ptr<RWCollectable> kept(tree.remove(&x));
+  EXPECT_EQ(live, 2);  // removed, not deleted
+  tree.clearAndDestroy();
+  EXPECT_EQ(live, 1);
+  EXPECT_TRUE(tree.isEmpty());
+}
+
+TEST(RWBTreeIterator, WalksInOrderResetsAndToleratesRemovingTheCurrentItem) {
+  Item a(u"a"), b(u"b"), c(u"c");
+  RWBTree tree;
+  tree.insert(&b);
+  tree.insert(&c);
+  tree.insert(&a);
+  RWBTreeIterator it(tree);
+  EXPECT_EQ(it.key(), nullptr);
+  EXPECT_EQ(it(), &a);
+  EXPECT_EQ(it.key(), &a);
+  tree.remove(&a);
+  EXPECT_EQ(it(), &b);
+  EXPECT_EQ(it(), &c);
+  EXPECT_EQ(it(), nullptr);
+  EXPECT_EQ(it.key(), nullptr);
+  EXPECT_EQ(it(), nullptr);
+  it.reset();
+  EXPECT_EQ(it(), &b);
+}
+
+TEST(RWBTree, MixedClassesHaveAConsistentOrder) {
+  RWCollectable plain;
+  TalCollectableString text(u"t");
+  RWBTree tree;
+  tree.insert(&text);
+  tree.insert(&plain);
+  EXPECT_EQ(tree.entries(), 2u);
+  EXPECT_EQ(tree.find(&plain), &plain);
+  EXPECT_EQ(tree.find(&text), &text);
+}
+
+TEST(RWOrdered, KeepsInsertionOrderAndMatchesWithIsEqual) {
+  Item b(u"b"), a(u"a"), b2(u"b");
+  RWOrdered list;
+  list.insert(&b);
+  list.append(&a);
+  list.prepend(&b2);
+  list.insertAt(99, &a);  // the same pointer twice is allowed
+  EXPECT_EQ(list.entries(), 4u);
+  EXPECT_EQ(list.first(), &b2);
+  EXPECT_EQ(list.last(), &a);
+  EXPECT_EQ(list.at(1), &b);
+  EXPECT_EQ(list.at(4), nullptr);
+
+  const TalCollectableString probe(u"b");
+  EXPECT_EQ(list.index(&probe), 0u);
+  EXPECT_EQ(list.find(&probe), &b2);
+  EXPECT_EQ(list.remove(&probe), &b2);
+  EXPECT_EQ(list.find(&probe), &b);
+  EXPECT_EQ(list.removeAt(9), nullptr);
+  EXPECT_EQ(list.removeAt(0), &b);
+  std::vector<RWCollectable*> seen(list.begin(), list.end());
+  EXPECT_EQ(seen, (std::vector<RWCollectable*>{&a, &a}));
+}
+
+TEST(RWOrdered, ClearAndDestroyDeletesARepeatedPointerOnce) {
+  int live = 0;
+  RWOrdered list;
+  RWCollectable* item = new Item(u"x", &live);
+  list.append(item);
+  list.append(item);
+  list.append(new Item(u"y", &live));
+  list.clearAndDestroy();
+  EXPECT_EQ(live, 0);
+  EXPECT_TRUE(list.isEmpty());
+}
+
+}  // namespace
