@@ -1,0 +1,85 @@
+#include "common/Container.h"
+
+#include <memory>
+#include <vector>
+
+#include "storage/CompoundFile.h"
+#include "storage/FileSystem.h"
+#include "storage/StreamName.h"
+
+namespace odlex::test {
+namespace {
+
+using storage::CompoundEntry;
+using storage::CompoundFileReader;
+using storage::CompoundNode;
+
+std::unique_ptr<CompoundFileReader> openContainer(const std::filesystem::path& path,
+                                                  std::string& error) {
+  auto file = storage::FileSystem::real().openRead(path, error);
+  if (!file)
+    return nullptr;
+  return CompoundFileReader::open(std::move(file), error);
+}
+
+bool copyEntry(const CompoundFileReader& reader, std::uint32_t index, CompoundNode& node,
+               std::string& error) {
+  const CompoundEntry& entry = reader.entries().at(index);
+  node.name = entry.name;
+  node.isStorage = entry.isStorage;
+  node.clsid = entry.clsid;
+  node.stateBits = entry.stateBits;
+  node.created = entry.created;
+  node.modified = entry.modified;
+  if (!entry.isStorage)
+    return reader.readStream(index, node.data, error);
+  for (std::uint32_t child : entry.children) {
+    node.children.emplace_back();
+    if (!copyEntry(reader, child, node.children.back(), error))
+      return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool copyContainer(const std::filesystem::path& source, const std::filesystem::path& target,
+                   std::uint16_t majorVersion, std::string& error) {
+  auto reader = openContainer(source, error);
+  if (!reader)
+    return false;
+  CompoundNode root;
+  if (!copyEntry(*reader, 0, root, error))
+    return false;
+  std::vector<std::uint8_t> bytes;
+  if (!storage::writeCompoundFile(root, bytes, error, majorVersion))
+    return false;
+  return storage::FileSystem::real().writeFile(target, bytes, error);
+}
+
+std::optional<std::uint16_t> containerVersion(const std::filesystem::path& package) {
+  std::string error;
+  auto reader = openContainer(package, error);
+  if (!reader)
+    return std::nullopt;
+  return reader->majorVersion();
+}
+
+std::optional<std::uint32_t> stringPoolHeader(const std::filesystem::path& package) {
+  std::string error;
+  auto reader = openContainer(package, error);
+  auto poolName = storage::encodeStreamName(u"_StringPool", true);
+  if (!reader || !poolName)
+    return std::nullopt;
+  for (std::uint32_t child : reader->entries().at(0).children) {
+    if (reader->entries()[child].name != *poolName)
+      continue;
+    std::vector<std::uint8_t> pool;
+    if (!reader->readStream(child, pool, error) || pool.size() < 4)
+      return std::nullopt;
+    return pool[0] | pool[1] << 8 | pool[2] << 16 | static_cast<std::uint32_t>(pool[3]) << 24;
+  }
+  return std::nullopt;
+}
+
+}  // namespace odlex::test

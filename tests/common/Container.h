@@ -1,0 +1,24 @@
+#pragma once
+// Test helpers that look inside a package's compound-file container with our own storage
+// layer, for what no oracle tool shows or writes.
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace odlex::test {
+
+// Copies every storage and stream of `source` into a fresh container of the given major
+// version (3 or 4) at `target`, keeping names, class ids, state bits and times.
+bool copyContainer(const std::filesystem::path& source, const std::filesystem::path& target,
+                   std::uint16_t majorVersion, std::string& error);
+
+// The container's major version (3 or 4).
+std::optional<std::uint16_t> containerVersion(const std::filesystem::path& package);
+
+// The first four bytes of the string pool stream, little-endian: the code page in the low
+// bits and 0x80000000 when string references are three bytes wide.
+std::optional<std::uint32_t> stringPoolHeader(const std::filesystem::path& package);
+
+}  // namespace odlex::test

@@ -1,0 +1,64 @@
+#pragma once
+// Running the independent msitools readers and writers (msiinfo, msidump, msibuild, wixl)
+// and our own `odlex` tool as child processes, and comparing their text output line by line.
+
+#include <chrono>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace odlex::test {
+
+struct ProcessResult {
+  int exitCode = -1;      // the program's exit status; -1 when it did not exit normally
+  bool timedOut = false;  // killed because it ran past its time limit
+  std::string out;        // everything written to stdout (bytes, unchanged)
+  std::string err;        // everything written to stderr
+
+  bool ok() const { return exitCode == 0 && !timedOut; }
+  // One line for assertion messages: the status and the start of stderr.
+  std::string describe() const;
+};
+
+// Starts argv[0] (looked up on PATH when it has no slash) with the given arguments, stdin
+// from /dev/null, in `workingDirectory` when one is given, and waits for it, collecting both
+// output streams. A program still running after `timeout` is killed. Starting failures are
+// reported as exit code 127.
+ProcessResult runProcess(const std::vector<std::string>& argv,
+                         const std::filesystem::path& workingDirectory = {},
+                         std::chrono::seconds timeout = std::chrono::seconds(300));
+
+// True when msiinfo, msidump and msibuild are all on PATH (wixl is checked separately).
+bool haveMsitools();
+bool haveWixl();
+
+ProcessResult msiinfoExport(const std::filesystem::path& package, const std::string& table);
+ProcessResult msiinfoTables(const std::filesystem::path& package);
+ProcessResult msiinfoStreams(const std::filesystem::path& package);
+ProcessResult msiinfoSuminfo(const std::filesystem::path& package);
+ProcessResult msiinfoExtract(const std::filesystem::path& package, const std::string& stream);
+// Every table (and, with streams, every stream under DIR/_Streams) into an existing folder.
+ProcessResult msidumpAll(const std::filesystem::path& package, const std::filesystem::path& dir);
+
+// The built odlex tool (empty when the build has none).
+std::filesystem::path odlexToolPath();
+ProcessResult runOdlex(const std::vector<std::string>& args);
+
+// Lines of `text`, split on CRLF or LF; a final line break does not add an empty line.
+std::vector<std::string> splitLines(std::string_view text);
+std::vector<std::string> sortedLines(std::string_view text);
+
+// Success when both line lists are equal; otherwise names the first differing line, showing
+// both versions, or the extra lines when one list is a prefix of the other.
+::testing::AssertionResult linesEqual(const std::vector<std::string>& expected,
+                                      const std::vector<std::string>& actual,
+                                      std::string_view what);
+
+// The bytes of a file (empty when it cannot be read).
+std::string readFileBytes(const std::filesystem::path& path);
+void writeFileBytes(const std::filesystem::path& path, std::string_view bytes);
+
+}  // namespace odlex::test

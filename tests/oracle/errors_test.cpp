@@ -1,0 +1,99 @@
+// Files that are not packages make every command fail cleanly: exit status 1 and a message on
+// stderr naming result code 1620 (not a valid package), or 110 (open failed) for a file that
+// does not exist, never a crash.
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "common/Oracle.h"
+#include "common/Packages.h"
+#include "common/TempDir.h"
+
+namespace odlex::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The command lines to try on `package`; `out` is a free path for outputs.
+std::vector<std::vector<std::string>> commandsOn(const fs::path& package, const fs::path& out) {
+  std::string p = package.string();
+  return {{"tables", p},
+          {"export", p, "Property"},
+          {"export-all", p, out.string()},
+          {"rewrite", p, "-o", (out / "rewritten.msi").string()},
+          {"query", p, "SELECT `Value` FROM `Property`"}};
+}
+
+std::string joined(const std::vector<std::string>& args) {
+  std::string text;
+  for (const std::string& arg : args)
+    text += arg + ' ';
+  return text;
+}
+
+void expectUnopenable(const fs::path& package, const TempDir& dir, bool includeImport,
+                      const std::string& code = "(error 1620)") {
+  fs::path out = dir / "out";
+  fs::create_directories(out);
+  auto commands = commandsOn(package, out);
+  if (includeImport) {
+    fs::path idt = dir / "Extra.idt";
+    writeFileBytes(idt, "Key\r\ns16\r\nExtra\tKey\r\na\r\n");
+    commands.push_back({"import", package.string(), idt.string()});
+  }
+  for (const auto& args : commands) {
+    ProcessResult odlex = runOdlex(args);
+    EXPECT_EQ(odlex.exitCode, 1) << joined(args) << ": " << odlex.describe();
+    EXPECT_NE(odlex.err.find(code), std::string::npos) << joined(args) << ": " << odlex.err;
+  }
+}
+
+TEST(UnopenablePackage, MissingFile) {
+  TempDir dir;
+  // import creates a missing package, so it is not an error there.
+  expectUnopenable(dir / "missing.msi", dir, false, "(error 110)");
+}
+
+TEST(UnopenablePackage, ZeroLengthFile) {
+  TempDir dir;
+  writeFileBytes(dir / "empty.msi", "");
+  expectUnopenable(dir / "empty.msi", dir, true);
+  EXPECT_EQ(fs::file_size(dir / "empty.msi"), 0u);
+}
+
+TEST(UnopenablePackage, TextFile) {
+  TempDir dir;
+  writeFileBytes(dir / "text.msi", "Property\tValue\r\ns72\tl0\r\nProperty\tProperty\r\n");
+  expectUnopenable(dir / "text.msi", dir, true);
+}
+
+TEST(DamagedPackage, TruncatedContainerFailsWithoutCrashing) {
+  if (!haveMsitools())
+    GTEST_SKIP() << "msitools are not installed";
+  const BuiltPackage& built = testPackage(PackageKind::kIdt);
+  ASSERT_FALSE(built.file.empty()) << built.error;
+  TempDir dir;
+  std::string bytes = readFileBytes(built.file);
+  for (std::size_t size : {std::size_t{512}, std::size_t{1024}, bytes.size() / 2}) {
+    fs::path cut = dir / ("cut" + std::to_string(size) + ".msi");
+    writeFileBytes(cut, std::string_view(bytes).substr(0, size));
+    ProcessResult odlex = runOdlex({"export", cut.string(), "Property"});
+    EXPECT_EQ(odlex.exitCode, 1) << size << " bytes: " << odlex.describe();
+    EXPECT_FALSE(odlex.err.empty()) << size << " bytes";
+  }
+}
+
+TEST(UnknownTable, ExportFailsWithAMessage) {
+  if (!haveMsitools())
+    GTEST_SKIP() << "msitools are not installed";
+  const BuiltPackage& built = testPackage(PackageKind::kIdt);
+  ASSERT_FALSE(built.file.empty()) << built.error;
+  ProcessResult odlex = runOdlex({"export", built.file.string(), "NoSuchTable"});
+  EXPECT_EQ(odlex.exitCode, 1) << odlex.describe();
+  EXPECT_FALSE(odlex.err.empty());
+}
+
+}  // namespace
+}  // namespace odlex::test

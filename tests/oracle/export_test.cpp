@@ -1,0 +1,133 @@
+// `odlex export` and `odlex export-all` print every table as msiinfo prints it: the same three
+// header lines and the same rows; binary cells become data files holding the stream's bytes.
+
+#include <algorithm>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "common/IdtText.h"
+#include "common/PackageCompare.h"
+#include "common/PackageTest.h"
+#include "common/TempDir.h"
+
+namespace odlex::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The persistent tables and the two pseudo tables.
+std::vector<std::string> exportableTables(const fs::path& package) {
+  std::vector<std::string> tables = msiinfoPersistentTables(package);
+  tables.push_back("_SummaryInformation");
+  tables.push_back("_ForceCodepage");
+  return tables;
+}
+
+// Row text with the binary cells masked -> the binary cells as written.
+std::map<std::string, std::vector<std::string>> binaryCellsByRow(std::string_view utf8Idt) {
+  std::vector<std::string> lines = splitLines(utf8Idt);
+  std::map<std::string, std::vector<std::string>> cellsByRow;
+  if (lines.size() < 3)
+    return cellsByRow;
+  std::vector<std::size_t> binary = binaryColumns(lines[1]);
+  for (std::size_t i = 3; i < lines.size(); ++i) {
+    std::vector<std::string> cells = splitCells(lines[i]);
+    std::vector<std::string> values;
+    for (std::size_t column : binary) {
+      values.push_back(column < cells.size() ? cells[column] : "");
+      if (column < cells.size() && !cells[column].empty())
+        cells[column] = "<binary>";
+    }
+    std::string row;
+    for (const std::string& cell : cells)
+      row += cell + '\t';
+    cellsByRow[row] = values;
+  }
+  return cellsByRow;
+}
+
+// Every binary cell of `exportedIdt` names a file in the table's folder beside it, holding
+// the bytes of the stream msiinfo names for the same cell.
+void expectDataFilesMatchStreams(const fs::path& package, const std::string& table,
+                                 const fs::path& exportedIdt) {
+  auto streams = binaryCellsByRow(msiinfoExport(package, table).out);
+  auto files = binaryCellsByRow(asUtf8(readFileBytes(exportedIdt), packageCodePage(package)));
+  ASSERT_EQ(streams.size(), files.size()) << table;
+  for (const auto& [row, streamNames] : streams) {
+    auto found = files.find(row);
+    ASSERT_NE(found, files.end()) << table << ": no exported row " << row;
+    for (std::size_t i = 0; i < streamNames.size(); ++i) {
+      if (streamNames[i].empty())
+        continue;
+      fs::path dataFile = exportedIdt.parent_path() / table / found->second[i];
+      EXPECT_EQ(readFileBytes(dataFile), msiinfoExtract(package, streamNames[i]).out)
+          << table << ": " << dataFile << " against stream " << streamNames[i];
+    }
+  }
+}
+
+bool hasBinaryColumn(const fs::path& package, const std::string& table) {
+  std::vector<std::string> lines = splitLines(msiinfoExport(package, table).out);
+  return lines.size() > 1 && !binaryColumns(lines[1]).empty();
+}
+
+class ExportCommand : public PackageTest {};
+
+TEST_P(ExportCommand, EveryTableMatchesMsiinfo) {
+  std::uint32_t codePage = packageCodePage(package());
+  for (const std::string& table : exportableTables(package())) {
+    ProcessResult odlex = runOdlex({"export", package().string(), table});
+    if (!odlex.ok()) {
+      ADD_FAILURE() << "odlex export " << table << ": " << odlex.describe();
+      continue;
+    }
+    EXPECT_TRUE(sameIdt(msiinfoExport(package(), table).out, odlex.out, codePage, table));
+  }
+}
+
+TEST_P(ExportCommand, ToFileWritesBinaryDataBesideIt) {
+  TempDir dir;
+  for (const std::string& table : msiinfoPersistentTables(package())) {
+    if (!hasBinaryColumn(package(), table))
+      continue;
+    fs::path idt = dir / (table + ".idt");
+    ProcessResult odlex = runOdlex({"export", package().string(), table, "-o", idt.string()});
+    ASSERT_TRUE(odlex.ok()) << table << ": " << odlex.describe();
+    EXPECT_TRUE(odlex.out.empty()) << odlex.out.substr(0, 200);
+    expectDataFilesMatchStreams(package(), table, idt);
+  }
+}
+
+TEST_P(ExportCommand, ExportAllWritesEveryTable) {
+  TempDir dir;
+  ProcessResult odlex = runOdlex({"export-all", package().string(), dir.path().string()});
+  ASSERT_TRUE(odlex.ok()) << odlex.describe();
+
+  std::uint32_t codePage = packageCodePage(package());
+  std::vector<std::string> expected = exportableTables(package());
+  if (codePage == 0)
+    expected.pop_back();  // no _ForceCodepage.idt for the neutral code page
+  std::vector<std::string> written;
+  for (const auto& entry : fs::directory_iterator(dir.path())) {
+    if (entry.path().extension() == ".idt")
+      written.push_back(entry.path().stem().string());
+  }
+  std::sort(expected.begin(), expected.end());
+  std::sort(written.begin(), written.end());
+  ASSERT_TRUE(linesEqual(expected, written, "files written by export-all"));
+
+  for (const std::string& table : expected) {
+    fs::path idt = dir / (table + ".idt");
+    EXPECT_TRUE(sameIdt(msiinfoExport(package(), table).out, readFileBytes(idt), codePage, table));
+    if (table.front() != '_' && hasBinaryColumn(package(), table))
+      expectDataFilesMatchStreams(package(), table, idt);
+  }
+}
+
+ODLEX_FOR_EVERY_PACKAGE(ExportCommand);
+
+}  // namespace
+}  // namespace odlex::test

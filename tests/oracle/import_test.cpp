@@ -1,0 +1,153 @@
+// `odlex import` builds packages msiinfo reads back as the imported files say: into a new
+// package, into a copy (-o) leaving the original alone, and replacing an existing table.
+// The fixtures are UTF-8 (msibuild reads nothing else); odlex is given them the way the
+// installer's own tool writes .idt files, in the package's code page with the code page on the
+// table line.
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "common/Container.h"
+#include "common/IdtText.h"
+#include "common/Oracle.h"
+#include "common/PackageCompare.h"
+#include "common/Packages.h"
+#include "common/TempDir.h"
+
+namespace odlex::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::uint32_t kFixtureCodePage = 1252;
+
+class ImportCommand : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (!haveMsitools())
+      GTEST_SKIP() << "msitools are not installed";
+  }
+
+  // Copies the .idt files of `sources` (and their binary data folders) into the temporary
+  // folder, in the fixture code page; returns them in import order.
+  std::vector<fs::path> stageIdtFiles(const fs::path& sources) {
+    std::vector<fs::path> staged;
+    for (const fs::path& idt : idtFilesIn(sources)) {
+      fs::path copy = dir_ / idt.filename();
+      writeFileBytes(copy, inCodePage(readFileBytes(idt), kFixtureCodePage));
+      fs::path dataFolder = sources / idt.stem();
+      if (fs::is_directory(dataFolder))
+        fs::copy(dataFolder, dir_ / idt.stem(), fs::copy_options::recursive);
+      staged.push_back(copy);
+    }
+    return staged;
+  }
+
+  ProcessResult importInto(const fs::path& package, const std::vector<fs::path>& idts,
+                           const std::vector<std::string>& extra = {}) {
+    std::vector<std::string> args{"import", package.string()};
+    for (const fs::path& idt : idts)
+      args.push_back(idt.string());
+    args.insert(args.end(), extra.begin(), extra.end());
+    return runOdlex(args);
+  }
+
+  // Every table of `sources` exports from `package` as the (UTF-8) fixture file.
+  void expectTablesAsFixtures(const fs::path& package, const fs::path& sources) {
+    for (const fs::path& idt : idtFilesIn(sources)) {
+      std::string table = idt.stem().string();
+      ProcessResult exported = msiinfoExport(package, table);
+      ASSERT_TRUE(exported.ok()) << table << ": " << exported.describe();
+      EXPECT_TRUE(sameIdt(readFileBytes(idt), exported.out, kFixtureCodePage, table));
+    }
+  }
+
+  TempDir dir_;
+};
+
+TEST_F(ImportCommand, NewPackageFromIdtFixturesReadsLikeTheFixtures) {
+  auto package = dir_ / "new.msi";
+  ProcessResult odlex = importInto(package, stageIdtFiles(fixturePath("idt")));
+  ASSERT_TRUE(odlex.ok()) << odlex.describe();
+  expectTablesAsFixtures(package, fixturePath("idt"));
+  EXPECT_EQ(packageCodePage(package), kFixtureCodePage);
+  EXPECT_EQ(msiinfoExtract(package, "Binary.SmallData").out,
+            readFileBytes(fixturePath("idt/Binary/small.ibd")));
+  EXPECT_EQ(msiinfoExtract(package, "Binary.LargeData").out,
+            readFileBytes(fixturePath("idt/Binary/large.ibd")));
+}
+
+TEST_F(ImportCommand, SamplePackageMatchesTheOneMsibuildBuilds) {
+  auto package = dir_ / "sample.msi";
+  ProcessResult odlex = importInto(package, stageIdtFiles(sampleSourceDir()));
+  ASSERT_TRUE(odlex.ok()) << odlex.describe();
+  expectTablesAsFixtures(package, sampleSourceDir());
+  const BuiltPackage& reference = testPackage(PackageKind::kSample);
+  ASSERT_FALSE(reference.file.empty()) << reference.error;
+  EXPECT_TRUE(linesEqual(splitLines(msiinfoTables(reference.file).out),
+                         splitLines(msiinfoTables(package).out), "msiinfo tables"));
+}
+
+TEST_F(ImportCommand, ManyStringsNeedThreeByteReferences) {
+  const BuiltPackage& reference = testPackage(PackageKind::kManyStrings);
+  ASSERT_FALSE(reference.file.empty()) << reference.error;
+  auto idt = dir_ / "ManyStrings.idt";
+  writeFileBytes(idt, msiinfoExport(reference.file, "ManyStrings").out);
+  auto package = dir_ / "many.msi";
+  ProcessResult odlex = importInto(package, {idt});
+  ASSERT_TRUE(odlex.ok()) << odlex.describe();
+  EXPECT_TRUE(sameIdt(msiinfoExport(reference.file, "ManyStrings").out,
+                      msiinfoExport(package, "ManyStrings").out, 0, "ManyStrings"));
+  std::optional<std::uint32_t> header = stringPoolHeader(package);
+  ASSERT_TRUE(header.has_value());
+  EXPECT_EQ(*header & 0x80000000u, 0x80000000u);
+}
+
+TEST_F(ImportCommand, WithOutputLeavesThePackageUntouched) {
+  const BuiltPackage& reference = testPackage(PackageKind::kIdt);
+  ASSERT_FALSE(reference.file.empty()) << reference.error;
+  auto original = dir_ / "original.msi";
+  fs::copy_file(reference.file, original);
+  auto extra = dir_ / "Extra.idt";
+  writeFileBytes(extra, "Key\tValue\r\ns16\tI4\r\nExtra\tKey\r\nalpha\t1\r\nbeta\t\r\n");
+  auto out = dir_ / "out.msi";
+
+  ProcessResult odlex = importInto(original, {extra}, {"-o", out.string()});
+  ASSERT_TRUE(odlex.ok()) << odlex.describe();
+  EXPECT_TRUE(readFileBytes(original) == readFileBytes(reference.file))
+      << "the input package was changed";
+  EXPECT_TRUE(sameIdt(readFileBytes(extra), msiinfoExport(out, "Extra").out, 0, "Extra"));
+  std::vector<std::string> tables = msiinfoPersistentTables(reference.file);
+  tables.push_back("Extra");
+  EXPECT_TRUE(linesEqual(tables, msiinfoPersistentTables(out), "tables after import"));
+  for (const std::string& table : msiinfoPersistentTables(reference.file)) {
+    EXPECT_TRUE(sameIdt(msiinfoExport(reference.file, table).out, msiinfoExport(out, table).out,
+                        kFixtureCodePage, table));
+  }
+  EXPECT_TRUE(sameStreams(reference.file, out));
+}
+
+TEST_F(ImportCommand, ReplacesAnExistingTable) {
+  const BuiltPackage& reference = testPackage(PackageKind::kIdt);
+  ASSERT_FALSE(reference.file.empty()) << reference.error;
+  auto package = dir_ / "edited.msi";
+  fs::copy_file(reference.file, package);
+  auto media = dir_ / "Media.idt";
+  writeFileBytes(media,
+                 "DiskId\tLastSequence\tDiskPrompt\tCabinet\tVolumeLabel\tSource\r\n"
+                 "i2\ti2\tL64\tS255\tS32\tS72\r\nMedia\tDiskId\r\n7\t4\t\tall.cab\t\t\r\n");
+
+  ProcessResult odlex = importInto(package, {media});
+  ASSERT_TRUE(odlex.ok()) << odlex.describe();
+  EXPECT_TRUE(sameIdt(readFileBytes(media), msiinfoExport(package, "Media").out, 0, "Media"));
+  EXPECT_TRUE(linesEqual(msiinfoPersistentTables(reference.file), msiinfoPersistentTables(package),
+                         "tables after import"));
+  EXPECT_TRUE(sameIdt(msiinfoExport(reference.file, "File").out, msiinfoExport(package, "File").out,
+                      kFixtureCodePage, "File"));
+}
+
+}  // namespace
+}  // namespace odlex::test
