@@ -9,7 +9,7 @@ packages=(
   libgtest-dev libgmock-dev           # tests
   msitools wixl                       # independent readers and writers the tests compare with
   clang libclang-rt-dev               # fuzz target (libFuzzer)
-  libbenchmark-dev libmsi-dev         # benchmarks and their peer
+  libbenchmark-dev libmsi-dev libglib2.0-dev  # benchmarks and their peer
 )
 
 missing=()

@@ -325,6 +325,10 @@ class Reader final : public CompoundFileReader {
     if (!readSectors(chain, directory_, error))
       return false;
     directoryCount_ = static_cast<std::uint32_t>(directory_.size() / kDirectoryEntrySize);
+    if (directoryCount_ == 0) {
+      error = "directory: no entries, not even the root storage";
+      return false;
+    }
     return true;
   }
 

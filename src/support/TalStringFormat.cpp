@@ -50,7 +50,9 @@ std::u16string Render(const odlex::FormatArg& arg, const Directive& d) {
       break;
   }
   if (isSigned && s < 0) {
-    return u"-" + Digits(0 - static_cast<std::uint64_t>(s), 10, false);
+    std::u16string digits = Digits(0 - static_cast<std::uint64_t>(s), 10, false);
+    digits.insert(digits.begin(), u'-');
+    return digits;
   }
   return Digits(u, 10, false);
 }
