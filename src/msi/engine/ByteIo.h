@@ -17,11 +17,15 @@ inline std::uint32_t readLe32(const std::uint8_t* p) {
          (static_cast<std::uint32_t>(p[2]) << 16) | (static_cast<std::uint32_t>(p[3]) << 24);
 }
 inline void writeLe32(std::uint8_t* p, std::uint32_t v) {
-  for (int i = 0; i < 4; ++i) p[i] = static_cast<std::uint8_t>(v >> (8 * i));
+  for (int i = 0; i < 4; ++i)
+    p[i] = static_cast<std::uint8_t>(v >> (8 * i));
 }
 inline void appendLe(std::vector<std::uint8_t>& out, std::uint32_t v, unsigned bytes) {
-  for (unsigned i = 0; i < bytes; ++i) out.push_back(static_cast<std::uint8_t>(v >> (8 * i)));
+  for (unsigned i = 0; i < bytes; ++i)
+    out.push_back(static_cast<std::uint8_t>(v >> (8 * i)));
 }
-inline void appendLe16(std::vector<std::uint8_t>& out, std::uint16_t v) { appendLe(out, v, 2); }
+inline void appendLe16(std::vector<std::uint8_t>& out, std::uint16_t v) {
+  appendLe(out, v, 2);
+}
 
 }  // namespace odlex::engine

@@ -4,7 +4,9 @@ namespace odlex::engine {
 
 using namespace column_type;
 
-std::vector<Column> tablesCatalogColumns() { return {Column{u"Name", kText | kKey | 64}}; }
+std::vector<Column> tablesCatalogColumns() {
+  return {Column{u"Name", kText | kKey | 64}};
+}
 
 std::vector<Column> columnsCatalogColumns() {
   return {Column{u"Table", kText | kKey | 64}, Column{u"Number", kInteger16 | kKey},

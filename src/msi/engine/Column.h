@@ -8,7 +8,7 @@
 namespace odlex::engine {
 
 namespace column_type {
-constexpr std::uint16_t kSizeMask = 0x00FF;      // string length limit or integer byte size
+constexpr std::uint16_t kSizeMask = 0x00FF;  // string length limit or integer byte size
 constexpr std::uint16_t kValid = 0x0100;
 constexpr std::uint16_t kLocalizable = 0x0200;
 constexpr std::uint16_t kShortOrChar = 0x0400;  // set for 16-bit integers and for text
@@ -18,10 +18,10 @@ constexpr std::uint16_t kKey = 0x2000;
 constexpr std::uint16_t kTemporary = 0x4000;
 
 // Common complete words (without kNullable / kKey).
-constexpr std::uint16_t kInteger16 = kValid | kShortOrChar | 2;  // "i2"
-constexpr std::uint16_t kInteger32 = kValid | 4;                 // "i4"
-constexpr std::uint16_t kText = kValid | kShortOrChar | kString; // "s<n>" with the length added
-constexpr std::uint16_t kBinary = kValid | kString;              // "v0": data in a stream
+constexpr std::uint16_t kInteger16 = kValid | kShortOrChar | 2;   // "i2"
+constexpr std::uint16_t kInteger32 = kValid | 4;                  // "i4"
+constexpr std::uint16_t kText = kValid | kShortOrChar | kString;  // "s<n>" with the length added
+constexpr std::uint16_t kBinary = kValid | kString;               // "v0": data in a stream
 }  // namespace column_type
 
 struct Column {

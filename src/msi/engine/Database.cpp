@@ -28,7 +28,8 @@ Database::~Database() = default;
 
 Table* Database::findTable(std::u16string_view name) {
   for (auto& table : tables_) {
-    if (table->name() == name) return table.get();
+    if (table->name() == name)
+      return table.get();
   }
   return nullptr;
 }
@@ -50,12 +51,14 @@ Table* Database::createTable(std::u16string name, std::vector<Column> columns, E
       name == u"_Storages" || name == u"_StringPool" || name == u"_StringData") {
     return fail(kInvalidParameter, where + ": the name is reserved for the database itself");
   }
-  if (findTable(name)) return fail(kAlreadyExists, where + " already exists");
+  if (findTable(name))
+    return fail(kAlreadyExists, where + " already exists");
   if (columns.empty() || columns.size() > kMaxColumns) {
-    return fail(kInvalidParameter, where + ": a table has 1 to 32 columns, not " +
-                                       std::to_string(columns.size()));
+    return fail(kInvalidParameter,
+                where + ": a table has 1 to 32 columns, not " + std::to_string(columns.size()));
   }
-  if (!columns.front().key()) return fail(kInvalidParameter, where + ": the first column is not a key");
+  if (!columns.front().key())
+    return fail(kInvalidParameter, where + ": the first column is not a key");
   std::set<std::u16string> names;
   bool keysEnded = false;
   for (const Column& column : columns) {
@@ -78,9 +81,11 @@ Table* Database::createTable(std::u16string name, std::vector<Column> columns, E
 bool Database::dropTable(std::u16string_view name) {
   auto found = std::find_if(tables_.begin(), tables_.end(),
                             [name](const auto& table) { return table->name() == name; });
-  if (found == tables_.end()) return false;
+  if (found == tables_.end())
+    return false;
   std::u16string prefix = std::u16string(name) + u'.';
-  std::erase_if(streams_, [&prefix](const StreamSlot& slot) { return slot.name.starts_with(prefix); });
+  std::erase_if(streams_,
+                [&prefix](const StreamSlot& slot) { return slot.name.starts_with(prefix); });
   tables_.erase(found);
   return true;
 }
@@ -99,7 +104,8 @@ std::unique_ptr<Table> Database::catalogView(std::u16string_view name) {
       std::uint32_t tableId = strings_.intern(table->name());
       std::int32_t number = 0;
       for (const Column& column : table->columns()) {
-        if (column.temporary()) continue;
+        if (column.temporary())
+          continue;
         view->appendRow(std::vector<std::uint32_t>{
             tableId, static_cast<std::uint32_t>(++number), strings_.intern(column.name),
             static_cast<std::uint32_t>(static_cast<std::int16_t>(column.type))});
@@ -120,7 +126,8 @@ std::unique_ptr<Table> Database::catalogView(std::u16string_view name) {
 
 std::vector<std::u16string> Database::streamNames() const {
   std::vector<std::u16string> names;
-  for (const StreamSlot& slot : streams_) names.push_back(slot.name);
+  for (const StreamSlot& slot : streams_)
+    names.push_back(slot.name);
   std::sort(names.begin(), names.end());
   return names;
 }
@@ -133,13 +140,15 @@ bool Database::hasStream(std::u16string_view name) const {
 bool Database::readStream(std::u16string_view name, std::vector<std::uint8_t>& out,
                           Error& error) const {
   for (const StreamSlot& slot : streams_) {
-    if (slot.name != name) continue;
+    if (slot.name != name)
+      continue;
     if (slot.data) {
       out = *slot.data;
       return true;
     }
     std::string reason;
-    if (reader_->readStream(slot.entry, out, reason)) return true;
+    if (reader_->readStream(slot.entry, out, reason))
+      return true;
     error = Error{kReadFault, "stream " + toUtf8(name) + ": " + reason};
     return false;
   }
@@ -163,7 +172,8 @@ bool Database::removeStream(std::u16string_view name) {
 
 std::vector<std::u16string> Database::storageNames() const {
   std::vector<std::u16string> names;
-  for (const StorageSlot& slot : storages_) names.push_back(slot.name);
+  for (const StorageSlot& slot : storages_)
+    names.push_back(slot.name);
   std::sort(names.begin(), names.end());
   return names;
 }
@@ -171,7 +181,8 @@ std::vector<std::u16string> Database::storageNames() const {
 bool Database::readStorage(std::u16string_view name, storage::CompoundNode& out,
                            Error& error) const {
   for (const StorageSlot& slot : storages_) {
-    if (slot.name != name) continue;
+    if (slot.name != name)
+      continue;
     if (slot.replacement) {
       out = *slot.replacement;
       return true;
@@ -208,14 +219,16 @@ bool Database::readStoredNode(std::uint32_t entry, storage::CompoundNode& out, E
   out.children.clear();
   if (!source.isStorage) {
     std::string reason;
-    if (reader_->readStream(entry, out.data, reason)) return true;
+    if (reader_->readStream(entry, out.data, reason))
+      return true;
     error = Error{kReadFault, "stream " + toUtf8(source.name) + ": " + reason};
     return false;
   }
   // The reader has checked that the storage tree has no cycles.
   for (std::uint32_t child : source.children) {
     out.children.emplace_back();
-    if (!readStoredNode(child, out.children.back(), error)) return false;
+    if (!readStoredNode(child, out.children.back(), error))
+      return false;
   }
   return true;
 }

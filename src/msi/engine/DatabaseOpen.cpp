@@ -22,9 +22,8 @@ constexpr storage::Clsid kPackageClsid = {0x84, 0x10, 0x0C, 0x00, 0x00, 0x00, 0x
 constexpr char16_t kSummaryStreamName[] = u"\u0005SummaryInformation";
 }  // namespace
 
-std::unique_ptr<Database> Database::open(storage::FileSystem& fs,
-                                         const std::filesystem::path& path, OpenMode mode,
-                                         Error& error) {
+std::unique_ptr<Database> Database::open(storage::FileSystem& fs, const std::filesystem::path& path,
+                                         OpenMode mode, Error& error) {
   std::unique_ptr<Database> db(new Database(fs, mode));
   db->sourcePath_ = db->outputPath_ = path;
   if (mode == OpenMode::kCreate) {
@@ -90,7 +89,8 @@ bool Database::load(Error& error) {
   auto readTableStream = [&](const char16_t* name, std::vector<std::uint8_t>& bytes) {
     bytes.clear();
     auto found = tableStreams.find(name);
-    if (found == tableStreams.end()) return true;
+    if (found == tableStreams.end())
+      return true;
     bool ok = reader_->readStream(found->second, bytes, reason);
     tableStreams.erase(found);
     return ok;
@@ -104,7 +104,8 @@ bool Database::load(Error& error) {
     return fail("string pool: " + reason);
   }
   LoadedPool loaded;
-  if (!readStringPool(poolBytes, dataBytes, strings_, loaded, reason)) return fail(reason);
+  if (!readStringPool(poolBytes, dataBytes, strings_, loaded, reason))
+    return fail(reason);
   codePage_ = loaded.codePage;
   const unsigned referenceSize = loaded.referenceSize;
   poolBytes = {};
@@ -131,9 +132,8 @@ bool Database::load(Error& error) {
       return fail("_Columns row " + std::to_string(r + 1) + " has a null field");
     }
     Column column{std::u16string(strings_.get(nameId)), static_cast<std::uint16_t>(type)};
-    if (column.temporary() ||
-        (column.isInteger() && (column.type & column_type::kSizeMask) != 2 &&
-         (column.type & column_type::kSizeMask) != 4)) {
+    if (column.temporary() || (column.isInteger() && (column.type & column_type::kSizeMask) != 2 &&
+                               (column.type & column_type::kSizeMask) != 4)) {
       return fail("_Columns row " + std::to_string(r + 1) + ": column " + toUtf8(column.name) +
                   " has an invalid type " + std::to_string(type));
     }
@@ -144,10 +144,13 @@ bool Database::load(Error& error) {
   for (std::size_t r = 0; r < tablesCatalog.rowCount(); ++r) {
     std::uint32_t nameId = tablesCatalog.cell(r, 0);
     const std::string name = toUtf8(strings_.get(nameId));
-    if (nameId == 0) return fail("_Tables row " + std::to_string(r + 1) + " has no name");
-    if (!seen.insert(nameId).second) return fail("table " + name + " is listed twice in _Tables");
+    if (nameId == 0)
+      return fail("_Tables row " + std::to_string(r + 1) + " has no name");
+    if (!seen.insert(nameId).second)
+      return fail("table " + name + " is listed twice in _Tables");
     auto found = columnsByTable.find(nameId);
-    if (found == columnsByTable.end()) return fail("table " + name + " has no columns");
+    if (found == columnsByTable.end())
+      return fail("table " + name + " has no columns");
     auto& numbered = found->second;
     std::sort(numbered.begin(), numbered.end(),
               [](const auto& a, const auto& b) { return a.first < b.first; });
@@ -162,9 +165,12 @@ bool Database::load(Error& error) {
     columnsByTable.erase(found);
     Error created;
     Table* table = createTable(std::u16string(strings_.get(nameId)), std::move(columns), created);
-    if (!table) return fail(created.text);
-    if (!readTableStream(table->name().c_str(), bytes)) return fail("table " + name + ": " + reason);
-    if (!decodeTable(bytes, *table, referenceSize, strings_.size(), reason)) return fail(reason);
+    if (!table)
+      return fail(created.text);
+    if (!readTableStream(table->name().c_str(), bytes))
+      return fail("table " + name + ": " + reason);
+    if (!decodeTable(bytes, *table, referenceSize, strings_.size(), reason))
+      return fail(reason);
   }
   if (!columnsByTable.empty()) {
     return fail("_Columns describes table " + toUtf8(strings_.get(columnsByTable.begin()->first)) +

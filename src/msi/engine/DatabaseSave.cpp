@@ -18,7 +18,8 @@ namespace {
 constexpr char16_t kSummaryStreamName[] = u"\u0005SummaryInformation";
 
 void count(std::vector<std::uint32_t>& references, std::uint32_t id) {
-  if (id != 0 && id < references.size()) ++references[id];
+  if (id != 0 && id < references.size())
+    ++references[id];
 }
 
 storage::CompoundNode streamNode(std::u16string name, std::vector<std::uint8_t> data) {
@@ -55,7 +56,8 @@ bool Database::buildImage(std::vector<std::uint8_t>& image, Error& error) {
   std::vector<std::pair<std::uint32_t, std::vector<std::uint32_t>>> catalogIds;
   for (const auto& table : tables_) {
     std::vector<std::uint32_t> columnIds;
-    for (const Column& column : table->columns()) columnIds.push_back(strings_.intern(column.name));
+    for (const Column& column : table->columns())
+      columnIds.push_back(strings_.intern(column.name));
     catalogIds.emplace_back(strings_.intern(table->name()), std::move(columnIds));
   }
 
@@ -70,14 +72,17 @@ bool Database::buildImage(std::vector<std::uint8_t>& image, Error& error) {
     std::int32_t number = 0;
     for (std::size_t c = 0; c < table.columnCount(); ++c) {
       const Column& column = table.columns()[c];
-      if (column.temporary()) continue;
+      if (column.temporary())
+        continue;
       columnsCatalog.appendRow(std::vector<std::uint32_t>{
           tableId, static_cast<std::uint32_t>(++number), columnIds[c],
           static_cast<std::uint32_t>(static_cast<std::int16_t>(column.type))});
       count(references, tableId);
       count(references, columnIds[c]);
-      if (!column.isString()) continue;
-      for (std::size_t r = 0; r < table.rowCount(); ++r) count(references, table.cell(r, c));
+      if (!column.isString())
+        continue;
+      for (std::size_t r = 0; r < table.rowCount(); ++r)
+        count(references, table.cell(r, c));
     }
   }
 
@@ -97,12 +102,13 @@ bool Database::buildImage(std::vector<std::uint8_t>& image, Error& error) {
     root.modified = reader_->entries()[0].modified;
   }
   auto addTableStream = [&](const Table& table, std::vector<std::uint8_t> bytes) {
-    root.children.push_back(streamNode(*storage::encodeStreamName(table.name(), true), std::move(bytes)));
+    root.children.push_back(
+        streamNode(*storage::encodeStreamName(table.name(), true), std::move(bytes)));
   };
-  root.children.push_back(streamNode(*storage::encodeStreamName(u"_StringPool", true),
-                                     std::move(pool.poolStream)));
-  root.children.push_back(streamNode(*storage::encodeStreamName(u"_StringData", true),
-                                     std::move(pool.dataStream)));
+  root.children.push_back(
+      streamNode(*storage::encodeStreamName(u"_StringPool", true), std::move(pool.poolStream)));
+  root.children.push_back(
+      streamNode(*storage::encodeStreamName(u"_StringData", true), std::move(pool.dataStream)));
   std::vector<std::uint8_t> bytes;
   for (const Table* table : {&tablesCatalog, &columnsCatalog}) {
     std::vector<std::size_t> order = table->keyOrder();
@@ -110,7 +116,8 @@ bool Database::buildImage(std::vector<std::uint8_t>& image, Error& error) {
     addTableStream(*table, std::move(bytes));
   }
   for (const auto& table : tables_) {
-    if (storedRowSize(table->columns(), pool.referenceSize) == 0) continue;
+    if (storedRowSize(table->columns(), pool.referenceSize) == 0)
+      continue;
     std::vector<std::size_t> order = table->keyOrder();
     encodeTable(*table, order, pool.referenceSize, pool.remap, bytes);
     addTableStream(*table, std::move(bytes));
@@ -125,7 +132,8 @@ bool Database::buildImage(std::vector<std::uint8_t>& image, Error& error) {
       } else if (!readStoredNode(slot.entry, node, error)) {
         return false;
       }
-      if (!containerName(slot.storedName, slot.name, isTable, node.name, error)) return false;
+      if (!containerName(slot.storedName, slot.name, isTable, node.name, error))
+        return false;
       root.children.push_back(std::move(node));
     }
   }
@@ -136,14 +144,16 @@ bool Database::buildImage(std::vector<std::uint8_t>& image, Error& error) {
     } else if (!readStoredNode(slot.entry, node, error)) {
       return false;
     }
-    if (!containerName(slot.storedName, slot.name, false, node.name, error)) return false;
+    if (!containerName(slot.storedName, slot.name, false, node.name, error))
+      return false;
     node.isStorage = true;
     root.children.push_back(std::move(node));
   }
 
   if (summary_) {
     std::vector<std::uint8_t> summaryBytes = summaryStream_;
-    if (summaryBytes.empty() && !storage::writeSummaryInformation(*summary_, summaryBytes, reason)) {
+    if (summaryBytes.empty() &&
+        !storage::writeSummaryInformation(*summary_, summaryBytes, reason)) {
       error = Error{kFunctionFailed, "summary information: " + reason};
       return false;
     }

@@ -47,8 +47,8 @@ bool readStringPool(const std::vector<std::uint8_t>& poolStream,
     }
     if (length > dataStream.size() - offset) {
       error = "string pool: string " + std::to_string(i + 1) + " of " + std::to_string(length) +
-              " bytes runs past the end of the string data (" +
-              std::to_string(dataStream.size()) + " bytes)";
+              " bytes runs past the end of the string data (" + std::to_string(dataStream.size()) +
+              " bytes)";
       return false;
     }
     text.clear();
@@ -58,9 +58,9 @@ bool readStringPool(const std::vector<std::uint8_t>& poolStream,
       return false;
     }
     offset += length;
-    pool.appendLoaded(std::move(text));
+    pool.appendLoaded(text);
     if (isLong) {
-      pool.appendLoaded(std::u16string());  // the id taken by the length entry
+      pool.appendLoaded({});  // the id taken by the length entry
       ++i;
     }
   }
@@ -75,7 +75,8 @@ bool writeStringPool(const StringPool& pool, const std::vector<std::uint32_t>& r
   std::uint32_t nextId = 1;
   std::string bytes;
   for (std::uint32_t id = 1; id < pool.size(); ++id) {
-    if (id >= references.size() || references[id] == 0 || pool.get(id).empty()) continue;
+    if (id >= references.size() || references[id] == 0 || pool.get(id).empty())
+      continue;
     if (!storage::encodeCodePage(codePage, pool.get(id), bytes, error)) {
       error = "string \"" + toUtf8(pool.get(id).substr(0, 40)) + "\": " + error;
       return false;

@@ -9,12 +9,14 @@ namespace odlex::engine {
 
 Table::Table(std::u16string name, std::vector<Column> columns)
     : name_(std::move(name)), columns_(std::move(columns)) {
-  while (keyCount_ < columns_.size() && columns_[keyCount_].key()) ++keyCount_;
+  while (keyCount_ < columns_.size() && columns_[keyCount_].key())
+    ++keyCount_;
 }
 
 int Table::columnIndex(std::u16string_view name) const {
   for (std::size_t i = 0; i < columns_.size(); ++i) {
-    if (columns_[i].name == name) return static_cast<int>(i);
+    if (columns_[i].name == name)
+      return static_cast<int>(i);
   }
   return -1;
 }
@@ -25,8 +27,7 @@ bool Table::isNull(std::size_t row, std::size_t column) const {
                                       : value == 0;
 }
 
-std::u16string_view Table::text(const StringPool& pool, std::size_t row,
-                                std::size_t column) const {
+std::u16string_view Table::text(const StringPool& pool, std::size_t row, std::size_t column) const {
   return pool.get(cell(row, column));
 }
 
@@ -50,7 +51,8 @@ void Table::removeRow(std::size_t index) {
 std::ptrdiff_t Table::findRow(std::span<const std::uint32_t> key) const {
   for (std::size_t r = 0, rows = rowCount(); r < rows; ++r) {
     auto cells = row(r);
-    if (std::equal(key.begin(), key.end(), cells.begin())) return static_cast<std::ptrdiff_t>(r);
+    if (std::equal(key.begin(), key.end(), cells.begin()))
+      return static_cast<std::ptrdiff_t>(r);
   }
   return -1;
 }
@@ -64,7 +66,8 @@ std::vector<std::size_t> Table::keyOrder() const {
       if (columns_[c].isInteger()) {
         // Integers are ordered by value with null (the smallest int32) first.
         auto sx = static_cast<std::int32_t>(x), sy = static_cast<std::int32_t>(y);
-        if (sx != sy) return sx < sy;
+        if (sx != sy)
+          return sx < sy;
       } else if (x != y) {
         return x < y;
       }

@@ -9,16 +9,20 @@ namespace odlex::engine {
 
 namespace {
 unsigned storedWidth(const Column& column, unsigned referenceSize) {
-  if (column.temporary()) return 0;
-  if (column.isBinary()) return 2;
-  if (column.isString()) return referenceSize;
+  if (column.temporary())
+    return 0;
+  if (column.isBinary())
+    return 2;
+  if (column.isString())
+    return referenceSize;
   return column.integerSize();
 }
 }  // namespace
 
 std::size_t storedRowSize(const std::vector<Column>& columns, unsigned referenceSize) {
   std::size_t size = 0;
-  for (const Column& column : columns) size += storedWidth(column, referenceSize);
+  for (const Column& column : columns)
+    size += storedWidth(column, referenceSize);
   return size;
 }
 
@@ -42,7 +46,8 @@ bool decodeTable(const std::vector<std::uint8_t>& stream, Table& table, unsigned
     const Column& column = table.columns()[c];
     const unsigned width = storedWidth(column, referenceSize);
     if (width == 0) {
-      for (std::size_t r = 0; r < rows; ++r) table.setCell(r, c, column.isInteger() ? 0x80000000u : 0);
+      for (std::size_t r = 0; r < rows; ++r)
+        table.setCell(r, c, column.isInteger() ? 0x80000000u : 0);
       continue;
     }
     for (std::size_t r = 0; r < rows; ++r, p += width) {
@@ -61,9 +66,9 @@ bool decodeTable(const std::vector<std::uint8_t>& stream, Table& table, unsigned
       } else {
         value = width == 2 ? readLe16(p) : readLe24(p);
         if (value >= poolSize) {
-          error = where + ", row " + std::to_string(r + 1) + ", column " +
-                  toUtf8(column.name) + ": string reference " + std::to_string(value) +
-                  " is beyond the string pool (" + std::to_string(poolSize) + " ids)";
+          error = where + ", row " + std::to_string(r + 1) + ", column " + toUtf8(column.name) +
+                  ": string reference " + std::to_string(value) + " is beyond the string pool (" +
+                  std::to_string(poolSize) + " ids)";
           return false;
         }
       }
@@ -80,7 +85,8 @@ void encodeTable(const Table& table, std::span<const std::size_t> order, unsigne
   for (std::size_t c = 0; c < table.columnCount(); ++c) {
     const Column& column = table.columns()[c];
     const unsigned width = storedWidth(column, referenceSize);
-    if (width == 0) continue;
+    if (width == 0)
+      continue;
     for (std::size_t r : order) {
       std::uint32_t value = table.cell(r, c);
       if (column.isInteger()) {
