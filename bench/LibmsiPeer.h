@@ -1,0 +1,16 @@
+#pragma once
+// The peer the engine is measured against: libmsi (from msitools), driven through its
+// public C API the way a host program would use it.
+
+#include <filesystem>
+
+#include "ReadTotals.h"
+
+namespace odlex::bench::libmsi_peer {
+
+// Opens `package` read-only and reads every field of every row of every table.
+ReadTotals readAll(const std::filesystem::path& package);
+// Opens `source` and commits the whole database to `target`.
+void rewrite(const std::filesystem::path& source, const std::filesystem::path& target);
+
+}  // namespace odlex::bench::libmsi_peer

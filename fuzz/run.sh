@@ -1,0 +1,24 @@
+#!/usr/bin/env bash
+# Builds the package fuzz target with clang in build-fuzz and runs it for SECONDS (default 60),
+# starting from the seeds in fuzz/corpus. Exits non-zero when the fuzzer finds a crash, a
+# sanitizer report, a leak or a hang; the input that did it is left in build-fuzz/artifacts.
+#
+#   fuzz/run.sh [SECONDS]
+set -euo pipefail
+seconds="${1:-60}"
+root="$(cd "$(dirname "$0")/.." && pwd)"
+build="$root/build-fuzz"
+
+cmake -S "$root" -B "$build" -DCMAKE_CXX_COMPILER=clang++ \
+  -DCMAKE_BUILD_TYPE=RelWithDebInfo -DODLEX_BUILD_FUZZ=ON -DODLEX_BUILD_TESTS=OFF \
+  -DODLEX_BUILD_TOOLS=OFF
+cmake --build "$build" --target odlex_fuzz_package -j2
+
+# Sanitizer reports with a stack, so a failure in CI can be read without rerunning it.
+export UBSAN_OPTIONS="print_stacktrace=1${UBSAN_OPTIONS:+:$UBSAN_OPTIONS}"
+
+# New inputs go to a working corpus in the build folder; the committed seeds stay untouched.
+mkdir -p "$build/corpus" "$build/artifacts"
+"$build/fuzz/odlex_fuzz_package" "$build/corpus" "$root/fuzz/corpus" \
+  -max_total_time="$seconds" -rss_limit_mb=2048 -max_len=65536 -timeout=10 \
+  -artifact_prefix="$build/artifacts/" -print_final_stats=1
