@@ -1,0 +1,29 @@
+#pragma once
+// Error reporting for query text: every message names the place in the query ("line 1,
+// column 17: ...") and quotes the offending text, so a user can find it at once.
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "msi/engine/Result.h"
+
+namespace odlex::query {
+
+// A place in the query text; both counts start at 1, columns count UTF-16 code units.
+struct Position {
+  std::uint32_t line = 1;
+  std::uint32_t column = 1;
+};
+
+// UTF-8 form of query text for messages; unpaired surrogates become U+FFFD.
+std::string toUtf8(std::u16string_view text);
+
+// `text` in single quotes, cut short with "..." when long, for quoting in a message.
+std::string quoteText(std::u16string_view text);
+
+// Sets `error` to `code` with "line L, column C: message"; always returns false so that
+// callers can write `return fail(...)`.
+bool fail(engine::Error& error, std::uint32_t code, Position at, std::string_view message);
+
+}  // namespace odlex::query

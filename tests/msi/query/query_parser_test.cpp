@@ -1,0 +1,200 @@
+// Tokenizing and parsing of query text: accepted forms, and the place and wording of errors.
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+
+#include "msi/query/Parser.h"
+
+namespace odlex::query {
+namespace {
+
+std::u16string utf16(std::string_view ascii) {
+  return std::u16string(ascii.begin(), ascii.end());
+}
+
+SelectStatement parsed(std::string_view text) {
+  SelectStatement statement;
+  engine::Error error;
+  EXPECT_TRUE(parseSelect(utf16(text), statement, error)) << text << ": " << error.text;
+  return statement;
+}
+
+engine::Error parseError(std::string_view text) {
+  SelectStatement statement;
+  engine::Error error;
+  EXPECT_FALSE(parseSelect(utf16(text), statement, error)) << text;
+  EXPECT_EQ(error.code, engine::kBadQuerySyntax) << text;
+  return error;
+}
+
+std::string nested(unsigned depth) {
+  return "SELECT * FROM T WHERE " + std::string(depth, '(') + "A = 1" + std::string(depth, ')');
+}
+
+TEST(QueryParser, ReadsEveryClause) {
+  SelectStatement s = parsed(
+      "select distinct `Key`, T.Name, `T`.`Order` FROM T, `U` "
+      "WHERE A = 'x' AND B <> -12 ORDER BY Name, T.Key");
+  EXPECT_TRUE(s.distinct);
+  EXPECT_FALSE(s.allColumns);
+  ASSERT_EQ(s.columns.size(), 3u);
+  EXPECT_EQ(s.columns[0].column, u"Key");
+  EXPECT_EQ(s.columns[1].table, u"T");
+  EXPECT_EQ(s.columns[2].column, u"Order");
+  ASSERT_EQ(s.tables.size(), 2u);
+  EXPECT_EQ(s.tables[1].name, u"U");
+  ASSERT_TRUE(s.where);
+  ASSERT_EQ(s.where->kind, Condition::Kind::kAnd);
+  EXPECT_EQ(s.where->children[0].right.text, u"x");
+  EXPECT_EQ(s.where->children[1].comparison, Comparison::kNotEqual);
+  EXPECT_EQ(s.where->children[1].right.integer, -12);
+  ASSERT_EQ(s.orderBy.size(), 2u);
+  EXPECT_EQ(s.orderBy[1].table, u"T");
+}
+
+TEST(QueryParser, ReadsOperatorsNullTestsAndParameters) {
+  SelectStatement s = parsed(
+      "SELECT * FROM T WHERE A < ? AND B > ? AND C <= 1 AND D >= 2 AND E = '' "
+      "AND F IS NULL AND G is not null");
+  EXPECT_TRUE(s.allColumns);
+  EXPECT_EQ(s.parameterCount, 2u);
+  const auto& c = s.where->children;
+  ASSERT_EQ(c.size(), 7u);
+  EXPECT_EQ(c[0].comparison, Comparison::kLess);
+  EXPECT_EQ(c[1].right.kind, Operand::Kind::kParameter);
+  EXPECT_EQ(c[1].right.parameter, 1u);
+  EXPECT_EQ(c[2].comparison, Comparison::kLessEqual);
+  EXPECT_EQ(c[3].comparison, Comparison::kGreaterEqual);
+  EXPECT_EQ(c[4].right.kind, Operand::Kind::kString);
+  EXPECT_EQ(c[5].kind, Condition::Kind::kIsNull);
+  EXPECT_EQ(c[6].kind, Condition::Kind::kIsNotNull);
+}
+
+TEST(QueryParser, AndBindsTighterThanOrAndRunsAreFlattened) {
+  SelectStatement s = parsed("SELECT * FROM T WHERE A=1 OR B=2 AND C=3 OR (D=4 OR E=5)");
+  ASSERT_EQ(s.where->kind, Condition::Kind::kOr);
+  ASSERT_EQ(s.where->children.size(), 4u);
+  EXPECT_EQ(s.where->children[1].kind, Condition::Kind::kAnd);
+  EXPECT_EQ(s.where->children[3].left.column.column, u"E");
+
+  std::string longChain = "SELECT * FROM T WHERE A=0";
+  for (int i = 1; i < 20000; ++i)
+    longChain += " OR A=" + std::to_string(i);
+  EXPECT_EQ(parsed(longChain).where->children.size(), 20000u);
+}
+
+TEST(QueryParser, ErrorsGiveLineColumnAndToken) {
+  EXPECT_EQ(parseError("").text, "line 1, column 1: expected SELECT, found end of query");
+  EXPECT_EQ(parseError("SELECT `Key` FORM Item").text,
+            "line 1, column 14: expected FROM, found 'FORM'");
+  EXPECT_EQ(parseError("SELECT * FROM T WHERE A = 1 1").text,
+            "line 1, column 29: expected end of query, found '1'");
+  EXPECT_EQ(parseError("SELECT *\nFROM T\r\nWHERE A = @").text,
+            "line 3, column 11: unexpected character '@'");
+  EXPECT_EQ(parseError("SELECT * FROM T WHERE A = 'abc").text,
+            "line 1, column 27: unterminated string: no closing '");
+  EXPECT_EQ(parseError("SELECT `Key FROM T").text,
+            "line 1, column 8: unterminated name: no closing `");
+  EXPECT_EQ(parseError("SELECT `` FROM T").text, "line 1, column 8: empty name ``");
+}
+
+TEST(QueryParser, RejectsMalformedStatements) {
+  for (const char* text : {
+           "SELECT",
+           "SELECT * FROM",
+           "SELECT A, FROM T",
+           "SELECT * FROM T WHERE",
+           "SELECT * FROM T WHERE A",
+           "SELECT * FROM T WHERE A = ",
+           "SELECT * FROM T WHERE (A = 1",
+           "SELECT * FROM T WHERE A = 1)",
+           "SELECT * FROM T WHERE A IS",
+           "SELECT * FROM T WHERE A IS NOT 1",
+           "SELECT * FROM T WHERE 'x' IS NULL",
+           "SELECT * FROM T WHERE NOT A = 1",
+           "SELECT * FROM T ORDER A",
+           "SELECT * FROM T.U",
+           "SELECT * FROM T WHERE A = 12abc",
+           "SELECT * FROM T WHERE A = - 1",
+           "SELECT * FROM select",
+           "SELECT * FROM T;",
+       }) {
+    parseError(text);
+  }
+}
+
+TEST(QueryParser, BoundsIntegers) {
+  EXPECT_EQ(parsed("SELECT * FROM T WHERE A = 2147483647").where->right.integer, 2147483647);
+  EXPECT_EQ(parsed("SELECT * FROM T WHERE A = -2147483647").where->right.integer, -2147483647);
+  EXPECT_NE(parseError("SELECT * FROM T WHERE A = -2147483648").text.find("out of range"),
+            std::string::npos);
+  parseError("SELECT * FROM T WHERE A = 99999999999999999999999999");
+}
+
+TEST(QueryParser, BoundsNestingAndLength) {
+  parsed(nested(kMaxNesting));
+  EXPECT_NE(parseError(nested(kMaxNesting + 1)).text.find("nested more than"), std::string::npos);
+  parseError(nested(100000));
+
+  std::u16string huge =
+      utf16("SELECT * FROM T WHERE A = '") + std::u16string(kMaxQueryLength, u'x') + u"'";
+  SelectStatement statement;
+  engine::Error error;
+  EXPECT_FALSE(parseSelect(huge, statement, error));
+  EXPECT_EQ(error.code, engine::kBadQuerySyntax);
+}
+
+TEST(QueryParser, QuotesLongAndNonAsciiTokensReadably) {
+  SelectStatement statement;
+  engine::Error error;
+  EXPECT_FALSE(parseSelect(u"SELECT * FROM \u00e9x", statement, error));
+  EXPECT_EQ(error.text, "line 1, column 15: unexpected character '\u00e9'");
+  EXPECT_FALSE(parseSelect(u"SELECT * FROM \U0001F600x", statement, error));
+  EXPECT_EQ(error.text, "line 1, column 15: unexpected character '\U0001F600'");
+  EXPECT_FALSE(parseSelect(u"SELECT * FROM T WHERE A = \xD800", statement, error));
+  EXPECT_EQ(error.text, "line 1, column 27: unexpected character '\uFFFD'");
+  std::string longName(200, 'n');
+  EXPECT_EQ(parseError("SELECT * " + longName).text,
+            "line 1, column 10: expected FROM, found '" + std::string(40, 'n') + "...'");
+}
+
+// Random mutations of valid queries must give a result or a syntax error, never a crash.
+TEST(QueryParser, SurvivesMutatedText) {
+  const std::u16string seeds[] = {
+      u"SELECT DISTINCT `A`, T.B FROM T, U WHERE (A = 'x' OR B <> -3) AND C IS NOT NULL "
+      u"ORDER BY A",
+      u"select * from T where ((A>=?)) or B<=?"};
+  const char16_t alphabet[] = u"()'`?.,*=<>- \nAaSELCTFROMWHEISNUL019\xD800\xDC00";
+  std::mt19937 random(12345);
+  for (int round = 0; round < 5000; ++round) {
+    std::u16string text = seeds[round % 2];
+    for (int edits = random() % 6; edits >= 0; --edits) {
+      std::size_t at = random() % (text.size() + 1);
+      char16_t c = alphabet[random() % (std::size(alphabet) - 1)];
+      switch (random() % 3) {
+        case 0:
+          text.insert(text.begin() + at, c);
+          break;
+        case 1:
+          if (at < text.size())
+            text.erase(at, 1);
+          break;
+        default:
+          if (at < text.size())
+            text[at] = c;
+          break;
+      }
+    }
+    SelectStatement statement;
+    engine::Error error;
+    if (!parseSelect(text, statement, error)) {
+      EXPECT_EQ(error.code, engine::kBadQuerySyntax);
+      EXPECT_EQ(error.text.rfind("line ", 0), 0u);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace odlex::query
