@@ -1,0 +1,217 @@
+// Import of damaged and hostile .idt files: every fault is refused with the file, line and
+// field in the message, nothing outside the .idt's folder is read, and a refused import
+// leaves the database unchanged.
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "msi/engine/Database.h"
+#include "msi/idt/Idt.h"
+#include "storage/MemoryFileSystem.h"
+
+namespace odlex::idt {
+namespace {
+
+using engine::Database;
+
+constexpr std::string_view kHeader = "K\tN\tData\r\ns72\ti2\tV0\r\nT\tK\r\n";
+
+class IdtImportErrors : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::string reason;
+    ASSERT_TRUE(fs_.createDirectories("pkg/T", reason)) << reason;
+    engine::Error error;
+    db_ = Database::open(fs_, "x.msi", Database::OpenMode::kCreate, error);
+    ASSERT_TRUE(db_) << error.text;
+  }
+
+  void put(const std::filesystem::path& path, std::string_view text) {
+    std::string reason;
+    ASSERT_TRUE(fs_.writeFile(
+        path, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}, reason));
+  }
+
+  // Imports `text` as pkg/T.idt; returns the result code, the message in error_.
+  std::uint32_t import(std::string_view text, const ImportOptions& options = {}) {
+    put("pkg/T.idt", text);
+    error_ = {};
+    const std::uint32_t result = importTable(*db_, fs_, "pkg/T.idt", error_, options);
+    EXPECT_EQ(result, error_.code);
+    if (result != engine::kSuccess) {
+      EXPECT_FALSE(error_.text.empty());
+    }
+    return result;
+  }
+
+  void expectRefused(std::string_view text, std::uint32_t code, std::string_view where) {
+    SCOPED_TRACE(std::string(text));
+    EXPECT_EQ(import(text), code) << error_.text;
+    EXPECT_NE(error_.text.find(where), std::string::npos) << error_.text;
+  }
+
+  storage::MemoryFileSystem fs_;
+  std::unique_ptr<Database> db_;
+  engine::Error error_;
+};
+
+TEST_F(IdtImportErrors, BadHeadersNameTheLine) {
+  const auto failed = engine::kFunctionFailed;
+  expectRefused("", failed, "pkg/T.idt:1: missing header line");
+  expectRefused("K\r\ns72\r\n", failed, "pkg/T.idt:3: missing header line");
+  expectRefused("K\tN\r\ns72\r\nT\tK\r\n", failed, "T.idt:2: 1 type words for 2 columns");
+  expectRefused("K\tN\r\ns72\tx2\r\nT\tK\r\n", failed, "T.idt:2: field 2: bad column type 'x2'");
+  expectRefused("K\tN\r\ns72\ti3\r\nT\tK\r\n", failed, "T.idt:2: field 2");
+  expectRefused("K\tK\r\ns72\ti2\r\nT\tK\r\n", failed, "T.idt:1: field 2: duplicate column");
+  expectRefused("K\tN\r\ns72\ti2\r\nT\r\n", failed, "T.idt:3: expected the table name");
+  expectRefused("K\tN\r\ns72\ti2\r\nT\tN\r\n", failed, "T.idt:3: field 2: key column N");
+  expectRefused("K\tN\r\ns72\ti2\r\nT\tK\tN\tX\r\n", failed, "T.idt:3: 3 key columns");
+  expectRefused("K\tN\r\ns72\ti2\r\n777\tT\tK\r\n", failed, "T.idt:3: unsupported code page");
+  expectRefused("\tN\r\ns72\ti2\r\nT\tK\r\n", failed, "T.idt:1: field 1: empty name");
+  std::string wide;
+  std::string types;
+  for (int i = 0; i < 33; ++i) {
+    wide += (i ? "\tC" : "C") + std::to_string(i);
+    types += i ? "\ti2" : "i2";
+  }
+  expectRefused(wide + "\r\n" + types + "\r\nT\tC0\r\n", failed,
+                "T.idt:1: more than the 32 columns");
+  EXPECT_EQ(db_->tableCount(), 0u);
+}
+
+TEST_F(IdtImportErrors, BadRowsNameLineAndField) {
+  const auto failed = engine::kFunctionFailed;
+  const std::string header(kHeader);
+  expectRefused(header + "a\t1\r\nb\t2\t\t\r\n", failed, "T.idt:4: 2 fields in a table of 3");
+  expectRefused(header + "a\t40000\t\r\n", failed, "T.idt:4: field 2 (N): '40000' is not");
+  expectRefused(header + "a\t-32768\t\r\n", failed, "T.idt:4: field 2 (N)");
+  expectRefused(header + "a\tone\t\r\n", failed, "T.idt:4: field 2 (N)");
+  expectRefused(header + "\t1\t\r\n", failed, "T.idt:4: field 1 (K): null in a column");
+  expectRefused(header + "a\t1\t\r\n\r\na\t1\t\r\n", failed, "T.idt:6: duplicate primary key");
+  expectRefused(header + "a\t1\tmissing.ibd\r\n", engine::kFileNotFound,
+                "T.idt:4: field 3 (Data): pkg/T/missing.ibd: file not found");
+  EXPECT_EQ(db_->tableCount(), 0u);
+}
+
+TEST_F(IdtImportErrors, HostileBinaryFileNamesAreRefused) {
+  put("pkg/secret", "secret");
+  put("secret", "secret");
+  const std::string header(kHeader);
+  for (const char* name : {"../secret", "../../secret", "/etc/passwd", "a\\..\\b", "CON", "nul.ibd",
+                           "..", ".", "c:secret", "T/../../secret"}) {
+    expectRefused(header + "a\t1\t" + name + "\r\n", engine::kBadPathname,
+                  "T.idt:4: field 3 (Data): unsafe data file name");
+  }
+  // The table name picks the data folder, so it must be a plain name too.
+  expectRefused("K\tData\r\ns72\tV0\r\n..\tK\r\na\tx.ibd\r\n", engine::kBadPathname,
+                "cannot name a data folder");
+  EXPECT_EQ(db_->tableCount(), 0u);
+}
+
+TEST_F(IdtImportErrors, ARefusedImportLeavesTheTableAsItWas) {
+  put("pkg/T/a.ibd", "data");
+  const std::string header(kHeader);
+  ASSERT_EQ(import(header + "a\t1\ta.ibd\r\n"), engine::kSuccess) << error_.text;
+  EXPECT_EQ(import(header + "b\t1\t\r\nc\tbad\t\r\n"), engine::kFunctionFailed);
+  const engine::Table* table = db_->findTable(u"T");
+  ASSERT_TRUE(table);
+  ASSERT_EQ(table->rowCount(), 1u);
+  EXPECT_EQ(table->text(db_->strings(), 0, 0), u"a");
+  EXPECT_TRUE(db_->hasStream(u"T.a"));
+}
+
+TEST_F(IdtImportErrors, FileCodePageMustMatchTheDatabase) {
+  db_->setCodePage(1252);
+  expectRefused("K\r\ns72\r\n932\tT\tK\r\n\x93\xfa\r\n", engine::kFunctionFailed,
+                "T.idt:3: the file is written in code page 932, the database uses code page 1252");
+  ASSERT_EQ(import("K\r\ns72\r\n1252\tT\tK\r\ncaf\xe9\r\n"), engine::kSuccess) << error_.text;
+  EXPECT_EQ(db_->findTable(u"T")->text(db_->strings(), 0, 0), u"caf\u00e9");
+}
+
+TEST_F(IdtImportErrors, OverlongValuesAreImportedWithAWarning) {
+  std::vector<std::string> warnings;
+  ImportOptions options;
+  options.warnings = &warnings;
+  ASSERT_EQ(import("K\tV\r\ns3\tS2\r\nT\tK\r\nabcd\txyz\r\nab\t\r\n", options), engine::kSuccess)
+      << error_.text;
+  ASSERT_EQ(warnings.size(), 2u);
+  EXPECT_NE(warnings[0].find("T.idt:4: field 1 (K): 4 characters, longer than the column's 3"),
+            std::string::npos)
+      << warnings[0];
+  EXPECT_EQ(db_->findTable(u"T")->rowCount(), 2u);
+}
+
+// A file system whose every file claims to be 2 GiB.
+class HugeFiles final : public storage::FileSystem {
+ public:
+  class File final : public storage::ReadableFile {
+   public:
+    std::uint64_t size() const override { return std::uint64_t{2} << 30; }
+    bool readAt(std::uint64_t, void*, std::size_t, std::string& error) override {
+      error = "must not be read";
+      return false;
+    }
+  };
+  std::unique_ptr<storage::ReadableFile> openRead(const std::filesystem::path&,
+                                                  std::string&) override {
+    return std::make_unique<File>();
+  }
+  bool writeFile(const std::filesystem::path&, std::span<const std::uint8_t>,
+                 std::string&) override {
+    return false;
+  }
+  bool rename(const std::filesystem::path&, const std::filesystem::path&, std::string&) override {
+    return false;
+  }
+  bool remove(const std::filesystem::path&, std::string&) override { return false; }
+  bool exists(const std::filesystem::path&) override { return true; }
+  bool createDirectories(const std::filesystem::path&, std::string&) override { return false; }
+};
+
+TEST_F(IdtImportErrors, FilesOverOneGibibyteAreRefusedUnread) {
+  HugeFiles huge;
+  engine::Error error;
+  EXPECT_EQ(importTable(*db_, huge, "T.idt", error), engine::kFunctionFailed);
+  EXPECT_NE(error.text.find("exceeds the limit"), std::string::npos) << error.text;
+}
+
+TEST_F(IdtImportErrors, MutatedFilesNeverCrash) {
+  put("pkg/T/a.ibd", "data");
+  const std::string valid = std::string(kHeader) + "a\t1\ta.ibd\r\nb\t-2\t\r\n";
+  const std::string alphabet(
+      "\t\r\n\x10\x15\x80\xff"
+      "0-9aIiSsVvLl.\\/",
+      22);
+  std::mt19937 random(12345);
+  for (int round = 0; round < 3000; ++round) {
+    std::string text = valid;
+    const int edits = 1 + static_cast<int>(random() % 4);
+    for (int e = 0; e < edits; ++e) {
+      const std::size_t at = random() % (text.size() + 1);
+      switch (random() % 3) {
+        case 0:
+          text.insert(at, 1, alphabet[random() % alphabet.size()]);
+          break;
+        case 1:
+          if (at < text.size())
+            text.erase(at, 1);
+          break;
+        default:
+          if (at < text.size())
+            text[at] = alphabet[random() % alphabet.size()];
+      }
+    }
+    engine::Error error;
+    auto db = Database::open(fs_, "y.msi", Database::OpenMode::kCreate, error);
+    put("pkg/M.idt", text);
+    const std::uint32_t result = importTable(*db, fs_, "pkg/M.idt", error);
+    if (result != engine::kSuccess) {
+      EXPECT_FALSE(error.text.empty());
+      EXPECT_EQ(db->tableCount(), 0u);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace odlex::idt
