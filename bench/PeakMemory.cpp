@@ -21,10 +21,13 @@ std::int64_t ownPeakKilobytes() {
   return maxResidentKilobytes(usage);
 }
 
-[[noreturn]] void runChild(const std::function<void()>& work, int reportFd) {
-  const std::int64_t baseline = ownPeakKilobytes();
+[[noreturn]] void runChild(const std::function<void()>& warmUp, const std::function<void()>& work,
+                           int reportFd) {
+  std::int64_t baseline = 0;
   int status = 0;
   try {
+    warmUp();
+    baseline = ownPeakKilobytes();
     work();
   } catch (const std::exception& failure) {
     std::fprintf(stderr, "%s\n", failure.what());
@@ -36,7 +39,8 @@ std::int64_t ownPeakKilobytes() {
 
 }  // namespace
 
-std::uint64_t peakMemoryGrowth(const std::function<void()>& work) {
+std::uint64_t peakMemoryGrowth(const std::function<void()>& warmUp,
+                               const std::function<void()>& work) {
   int fds[2];
   if (pipe(fds) != 0) {
     throw std::runtime_error("pipe failed");
@@ -48,7 +52,7 @@ std::uint64_t peakMemoryGrowth(const std::function<void()>& work) {
   }
   if (pid == 0) {
     close(fds[0]);
-    runChild(work, fds[1]);
+    runChild(warmUp, work, fds[1]);
   }
   close(fds[1]);
   std::int64_t baseline = 0;
