@@ -9,14 +9,14 @@ jobs=$(nproc)
 run_suite() {
   local dir=$1
   shift
-  cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo "$@" >/dev/null
+  cmake -S . -B "$dir" "$@" >/dev/null
   cmake --build "$dir" -j"$jobs"
   ctest --test-dir "$dir" -j"$jobs" --output-on-failure
 }
 
 echo "== tests"
-run_suite build
+run_suite build -DCMAKE_BUILD_TYPE=Release
 echo "== tests under address and undefined-behaviour sanitizers"
-ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 run_suite build-sanitize -DODLEX_SANITIZE=ON
+ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 run_suite build-sanitize -DCMAKE_BUILD_TYPE=Debug -DODLEX_SANITIZE=ON
 echo "== fuzzing for ${ODLEX_FUZZ_SECONDS:-60} seconds"
 fuzz/run.sh "${ODLEX_FUZZ_SECONDS:-60}"
