@@ -127,6 +127,30 @@ TEST(DatabaseRoundTrip, ManyStringsUseThreeByteReferencesAndLongStringsSurvive) 
   EXPECT_EQ(read.text(back->strings(), rows, 1), longText);
 }
 
+TEST(DatabaseTables, TemporaryColumnsAreNeverWritten) {
+  test::TempDir dir;
+  auto db = openOrFail(dir / "t.msi", OpenMode::kCreate);
+  Error error;
+  Table* table = db->createTable(
+      u"Held",
+      {Column{u"Key", kText | kKey | 72}, Column{u"Scratch", kText | kNullable | kTemporary},
+       Column{u"Kept", kInteger16}},
+      error);
+  ASSERT_TRUE(table) << error.text;
+  std::size_t row = table->addRow();
+  table->setCell(row, 0, db->strings().intern(u"k"));
+  table->setCell(row, 1, db->strings().intern(u"only in memory"));
+  table->setCell(row, 2, 7);
+  ASSERT_EQ(db->commit(error), kSuccess) << error.text;
+
+  auto back = openOrFail(dir / "t.msi", OpenMode::kReadOnly);
+  const Table& read = back->table(0);
+  ASSERT_EQ(read.columnCount(), 2u);
+  EXPECT_EQ(read.columns()[1].name, u"Kept");
+  EXPECT_EQ(read.integer(0, 1), 7);
+  EXPECT_EQ(back->strings().find(u"only in memory"), 0u);
+}
+
 TEST(DatabaseTables, CreateTableRefusesBadDefinitions) {
   test::TempDir dir;
   auto db = openOrFail(dir / "x.msi", OpenMode::kCreate);
