@@ -1,9 +1,9 @@
 #include "msi/idt/IdtHeader.h"
 
+#include "msi/engine/TypeWord.h"
 #include "msi/idt/FieldText.h"
 #include "msi/idt/IdtLines.h"
 #include "msi/idt/TextCodec.h"
-#include "msi/idt/TypeWord.h"
 #include "storage/CodePage.h"
 
 namespace odlex::idt {
@@ -91,10 +91,12 @@ std::uint32_t parseHeader(const std::vector<std::string_view>& lines,
                                   forMessage(column.name));
       }
     }
-    if (!parseTypeWord(types[i], column.type)) {
+    const auto type = engine::parseTypeWord(types[i]);
+    if (!type) {
       return parser.fail(2, "field " + std::to_string(i + 1) + ": bad column type '" +
                                 std::string(types[i].substr(0, 16)) + "'");
     }
+    column.type = *type;
     header.columns.push_back(std::move(column));
   }
 

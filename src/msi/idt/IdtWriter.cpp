@@ -1,8 +1,8 @@
 #include "msi/idt/IdtWriter.h"
 
+#include "msi/engine/TypeWord.h"
 #include "msi/idt/TextCodec.h"
 #include "msi/idt/TextEscape.h"
-#include "msi/idt/TypeWord.h"
 
 namespace odlex::idt {
 
@@ -25,7 +25,7 @@ bool IdtWriter::writeHeader(const std::vector<engine::Column>& columns, std::u16
   std::vector<std::u16string_view> tableLine{table};
   for (const engine::Column& column : columns) {
     names.push_back(column.name);
-    const std::string word = typeWord(column.type);
+    const std::string word = engine::typeWord(column.type);
     types.emplace_back(word.begin(), word.end());
     if (column.key())
       tableLine.push_back(column.name);

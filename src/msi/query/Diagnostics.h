@@ -16,8 +16,6 @@ struct Position {
   std::uint32_t column = 1;
 };
 
-// UTF-8 form of query text for messages; unpaired surrogates become U+FFFD.
-std::string toUtf8(std::u16string_view text);
 
 // `text` in single quotes, cut short with "..." when long, for quoting in a message.
 std::string quoteText(std::u16string_view text);

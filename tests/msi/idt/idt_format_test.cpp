@@ -4,11 +4,11 @@
 #include <gtest/gtest.h>
 
 #include "msi/engine/Column.h"
+#include "msi/engine/TypeWord.h"
 #include "msi/idt/FieldText.h"
 #include "msi/idt/IdtLines.h"
 #include "msi/idt/SafeFileName.h"
 #include "msi/idt/TextEscape.h"
-#include "msi/idt/TypeWord.h"
 
 namespace odlex::idt {
 namespace {
@@ -50,15 +50,14 @@ TEST(IdtFormat, TypeWordsMapToColumnTypes) {
       {"V0", ct::kBinary | ct::kNullable},
   };
   for (const Case& c : cases) {
-    std::uint16_t type = 0;
-    ASSERT_TRUE(parseTypeWord(c.word, type)) << c.word;
-    EXPECT_EQ(type, c.type) << c.word;
-    EXPECT_EQ(typeWord(type), c.word);
-    EXPECT_EQ(typeWord(type | ct::kKey), c.word) << "the key bit is not part of the word";
+    const auto type = engine::parseTypeWord(c.word);
+    ASSERT_TRUE(type) << c.word;
+    EXPECT_EQ(*type, c.type) << c.word;
+    EXPECT_EQ(engine::typeWord(*type), c.word);
+    EXPECT_EQ(engine::typeWord(*type | ct::kKey), c.word) << "the key bit is not part of the word";
   }
   for (const char* bad : {"", "s", "x72", "s256", "s-1", "s072", "i1", "i8", "v1", "s7x", "I"}) {
-    std::uint16_t type = 0;
-    EXPECT_FALSE(parseTypeWord(bad, type)) << bad;
+    EXPECT_FALSE(engine::parseTypeWord(bad)) << bad;
   }
 }
 

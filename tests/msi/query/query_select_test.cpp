@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <odlex/support/Utf8.h>
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -29,9 +31,9 @@ std::string show(const Field& field) {
     case Field::Kind::kInteger:
       return std::to_string(field.integer);
     case Field::Kind::kString:
-      return toUtf8(field.text);
+      return Utf16ToUtf8(field.text);
     case Field::Kind::kStream:
-      return "stream:" + toUtf8(field.text);
+      return "stream:" + Utf16ToUtf8(field.text);
   }
   return "?";
 }
