@@ -1,0 +1,61 @@
+// Short (8.3) names made for long folder names, and the test for names that already are short.
+
+#include <gtest/gtest.h>
+
+#include "odlex/support/TalString.h"
+
+#include <set>
+
+#include "msi/directory/ShortName.h"
+
+namespace odlex::directory {
+namespace {
+
+std::u16string shortFor(std::u16string_view longName, const std::set<std::u16string>& taken = {}) {
+  auto made = makeShortName(
+      longName, [&](std::u16string_view c) { return taken.contains(std::u16string(c)); });
+  EXPECT_TRUE(made);
+  return made ? made.value() : u"";
+}
+
+TEST(ShortNameTest, RecognisesValidShortNames) {
+  for (std::u16string_view name : {u"bin", u"BIN", u"status.txt", u"ABCDEFGH.XYZ", u"A~1", u"_"}) {
+    EXPECT_TRUE(isValidShortName(name)) << TalString(std::u16string(name)).ToUtf8();
+  }
+  for (std::u16string_view name : {u"", u"ABCDEFGHI", u"a.b.c", u"name.text", u".cfg", u"a.",
+                                   u"My App", u"a+b", u"x[1]", u"caf\u00e9"}) {
+    EXPECT_FALSE(isValidShortName(name)) << TalString(std::u16string(name)).ToUtf8();
+  }
+}
+
+TEST(ShortNameTest, ValidShortNamesStayAsWritten) {
+  EXPECT_EQ(shortFor(u"bin"), u"bin");
+  EXPECT_EQ(shortFor(u"Data.v2"), u"Data.v2");
+}
+
+TEST(ShortNameTest, MakesWindowsStyleNames) {
+  EXPECT_EQ(shortFor(u"Vendor Name"), u"VENDOR~1");
+  EXPECT_EQ(shortFor(u"Application"), u"APPLIC~1");
+  EXPECT_EQ(shortFor(u"my app"), u"MYAPP~1");
+  EXPECT_EQ(shortFor(u"Release.Notes.text"), u"RELEAS~1.TEX");
+  EXPECT_EQ(shortFor(u".config"), u"CONFIG~1");
+  EXPECT_EQ(shortFor(u"a+b,c;d=e[f]"), u"A_B_C_~1");
+  EXPECT_EQ(shortFor(u"caf\u00e9 cr\u00e8me"), u"CAF_CR~1");
+  EXPECT_EQ(shortFor(u"..."), u"_~1");
+}
+
+TEST(ShortNameTest, CountsUpPastTakenNames) {
+  EXPECT_EQ(shortFor(u"Vendor Name", {u"VENDOR~1"}), u"VENDOR~2");
+  std::set<std::u16string> taken;
+  for (int n = 1; n <= 9; ++n) {
+    taken.insert(u"VENDOR~" + std::u16string(1, static_cast<char16_t>(u'0' + n)));
+  }
+  EXPECT_EQ(shortFor(u"Vendor Name", taken), u"VENDO~10");
+}
+
+TEST(ShortNameTest, GivesUpWhenEveryNumberIsTaken) {
+  EXPECT_FALSE(makeShortName(u"Vendor Name", [](std::u16string_view) { return true; }));
+}
+
+}  // namespace
+}  // namespace odlex::directory
