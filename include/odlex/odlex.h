@@ -1,6 +1,15 @@
 #pragma once
 // The whole public interface of odlex.
 
+#include <odlex/msi/Guid.h>
+#include <odlex/msi/MSIBinary.h>
+#include <odlex/msi/MSIDatabase.h>
+#include <odlex/msi/MSIRecord.h>
+#include <odlex/msi/MSISchemaColumn.h>
+#include <odlex/msi/MSIStringChecker.h>
+#include <odlex/msi/MSIView.h>
+#include <odlex/msi/Nullable.h>
+#include <odlex/msi/eSchemaVersion.h>
 #include <odlex/support/CaseMapping.h>
 #include <odlex/support/DebugOutput.h>
 #include <odlex/support/Path.h>

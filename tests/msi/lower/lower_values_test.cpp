@@ -1,0 +1,152 @@
+// Values of the lower layer that need no package: schema versions, nullable numbers, binary
+// data, GUIDs, and which characters a database's code page can hold.
+
+#include <gtest/gtest.h>
+
+#include <odlex/msi/Guid.h>
+#include <odlex/msi/MSIBinary.h>
+#include <odlex/msi/MSIDatabase.h>
+#include <odlex/msi/MSIRecord.h>
+#include <odlex/msi/MSIStringChecker.h>
+#include <odlex/msi/Nullable.h>
+
+#include <set>
+#include <string>
+
+#include "common/Oracle.h"
+#include "common/TempDir.h"
+#include "msi/engine/Database.h"
+
+namespace odlex::test {
+namespace {
+
+TEST(SchemaVersion, MapsBothWays) {
+  for (eSchemaVersion version :
+       {eSchema30, eSchema110, eSchema200, eSchema301, eSchema405, eSchema500}) {
+    const TalString text = MSIDatabase::MapVersion(version);
+    EXPECT_EQ(text, TalString::FromInt(version));
+    EXPECT_EQ(MSIDatabase::MapVersion(text), version);
+  }
+  EXPECT_EQ(MSIDatabase::MapVersion(eSchemaNone), TalString());
+  for (const char16_t* unknown : {u"", u"201", u"2.0", u" 200", u"200x", u"-200"})
+    EXPECT_EQ(MSIDatabase::MapVersion(TalString(unknown)), eSchemaNone);
+  EXPECT_EQ(MSIDatabase::GetMSIVersion(), eSchema500);
+}
+
+TEST(Nullable, NullValueComparisonAndConversion) {
+  NullableSignedShort null;
+  EXPECT_TRUE(null.IsNull());
+  EXPECT_EQ(null.Get(), -32768);
+  EXPECT_EQ(NullableLong().Get(), static_cast<std::int32_t>(0x80000000));
+  EXPECT_EQ(NullableShort().Get(), 0);
+
+  NullableSignedShort sequence = -4;
+  const short plain = sequence;
+  EXPECT_EQ(plain, -4);
+  EXPECT_TRUE(sequence == -4);
+  EXPECT_FALSE(null == 0);
+  EXPECT_TRUE(null < sequence);
+  EXPECT_TRUE(null == NullableSignedShort());
+  EXPECT_TRUE(sequence < 0);
+  EXPECT_TRUE(NullableSignedShort(7) > sequence);
+
+  NullableQuad time = 0x01D9000000000000ull;
+  time.SetNull();
+  EXPECT_TRUE(time.IsNull());
+  time.Set(5);
+  EXPECT_EQ(time.Get(), 5u);
+}
+
+TEST(MSIBinary, FromMemoryAndFromFiles) {
+  const unsigned char bytes[] = {0, 1, 2, 255};
+  const MSIBinary memory(bytes, sizeof bytes);
+  EXPECT_EQ(memory.GetSize(), 4u);
+  EXPECT_EQ(memory.GetData()[3], 255);
+  EXPECT_TRUE(memory.GetBinaryFile().isNull());
+  EXPECT_EQ(MSIBinary(nullptr, 10).GetSize(), 0u);
+
+  TempDir dir;
+  writeFileBytes(dir / "data.bin", std::string("\0\1\2\xFF", 4));
+  const TalString path = TalString::FromUtf8((dir / "data.bin").string());
+  const MSIBinary file(path);
+  EXPECT_TRUE(file.GetReadError().isNull());
+  EXPECT_EQ(file.GetBinaryFile(), path);
+  EXPECT_EQ(file, memory);
+
+  const MSIBinary missing(TalString::FromUtf8((dir / "missing.bin").string()));
+  EXPECT_EQ(missing.GetSize(), 0u);
+  EXPECT_TRUE(missing.GetReadError().contains(u"missing.bin"));
+  const MSIBinary folder(TalString::FromUtf8(dir.path().string()));
+  EXPECT_FALSE(folder.GetReadError().isNull());
+}
+
+TEST(MSIRecord, FieldsAreOneBasedAndBounded) {
+  MSIRecord record;
+  EXPECT_EQ(record.SetString(3, u"text"), 0u);
+  EXPECT_EQ(record.GetFieldCount(), 3u);
+  EXPECT_TRUE(record.IsNull(1));
+  EXPECT_EQ(record.SetString(1, u""), 0u);  // the empty string is null
+  EXPECT_TRUE(record.IsNull(1));
+  EXPECT_EQ(record.SetInteger(2, -7), 0u);
+  EXPECT_EQ(TalString(record[2]), TalString(u"-7"));
+  EXPECT_EQ(record.GetInteger(3), MSIRecord::NullInteger);
+  EXPECT_EQ(record.SetInteger(0, 1), 87u);
+  EXPECT_EQ(record.SetInteger(MSIRecord::MaxFields + 1, 1), 87u);
+  EXPECT_EQ(record.GetFieldCount(), 3u);
+  MSIBinary data;
+  EXPECT_EQ(record.GetStream(3, data), 1629u);
+}
+
+TEST(Guid, BracedUpperCaseVersion4AndUnique) {
+  std::set<std::u16string> seen;
+  for (int i = 0; i < 1000; ++i) {
+    const TalString guid = GenerateGuid();
+    ASSERT_EQ(guid.length(), 38u);
+    for (std::size_t p = 0; p < 38; ++p) {
+      const char16_t c = guid[p];
+      if (p == 0)
+        EXPECT_EQ(c, u'{');
+      else if (p == 37)
+        EXPECT_EQ(c, u'}');
+      else if (p == 9 || p == 14 || p == 19 || p == 24)
+        EXPECT_EQ(c, u'-');
+      else
+        EXPECT_TRUE((c >= u'0' && c <= u'9') || (c >= u'A' && c <= u'F')) << guid.ToUtf8();
+    }
+    EXPECT_EQ(guid[15], u'4');
+    EXPECT_NE(std::u16string_view(u"89AB").find(guid[20]), std::u16string_view::npos);
+    seen.insert(guid.u16());
+  }
+  EXPECT_EQ(seen.size(), 1000u);
+}
+
+TEST(MSIStringChecker, FollowsTheDatabaseCodePage) {
+  TempDir dir;
+  MSIDatabase db(TalString::FromUtf8((dir / "new.msi").string()), MSIDatabase::ePersistCreate);
+  ASSERT_TRUE(db.isValid());
+  MSIStringChecker checker(db);
+  const TalString western(u"Café €");
+  const TalString japanese(u"日本語");
+
+  // Neutral: what code page 1252 holds.
+  EXPECT_TRUE(checker.IsStringOK(western));
+  EXPECT_FALSE(checker.IsStringOK(japanese));
+  EXPECT_TRUE(checker.IsCharOK(u'é'));
+
+  db.engineDatabase()->setCodePage(1252);
+  EXPECT_TRUE(checker.IsStringOK(western));
+  EXPECT_FALSE(checker.IsCharOK(u'日'));
+
+  db.engineDatabase()->setCodePage(932);
+  EXPECT_TRUE(checker.IsStringOK(japanese));
+  EXPECT_TRUE(checker.IsStringOK(u"ASCII only"));
+  EXPECT_FALSE(checker.IsCharOK(u'é'));
+
+  // A closed database is treated as neutral.
+  db.close(false);
+  EXPECT_TRUE(checker.IsCharOK(u'é'));
+  EXPECT_FALSE(checker.IsStringOK(japanese));
+}
+
+}  // namespace
+}  // namespace odlex::test
