@@ -1,5 +1,7 @@
 #include "common/Oracle.h"
 
+#include "common/TempDir.h"
+
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
@@ -158,8 +160,11 @@ bool haveWixl() {
   return onPath("wixl");
 }
 
-ProcessResult msiinfoExport(const std::filesystem::path& package, const std::string& table) {
-  return runProcess({"msiinfo", "export", package.string(), table});
+ProcessResult msiinfoExport(const std::filesystem::path& package, const std::string& table,
+                            const std::filesystem::path& workingDirectory) {
+  static const TempDir scratch;
+  return runProcess({"msiinfo", "export", std::filesystem::absolute(package).string(), table},
+                    workingDirectory.empty() ? scratch.path() : workingDirectory);
 }
 
 ProcessResult msiinfoTables(const std::filesystem::path& package) {

@@ -35,7 +35,10 @@ ProcessResult runProcess(const std::vector<std::string>& argv,
 bool haveMsitools();
 bool haveWixl();
 
-ProcessResult msiinfoExport(const std::filesystem::path& package, const std::string& table);
+// msiinfo export also writes the data of binary cells, into "<Table>/<stream>" under the
+// folder it runs in: `workingDirectory`, or a scratch folder of the test program.
+ProcessResult msiinfoExport(const std::filesystem::path& package, const std::string& table,
+                            const std::filesystem::path& workingDirectory = {});
 ProcessResult msiinfoTables(const std::filesystem::path& package);
 ProcessResult msiinfoStreams(const std::filesystem::path& package);
 ProcessResult msiinfoSuminfo(const std::filesystem::path& package);
