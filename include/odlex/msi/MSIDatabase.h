@@ -34,7 +34,9 @@ class Database;
 class MSIDatabase {
  public:
   // How a file is opened. The numbers are those the table classes pass around.
-  enum ePersistMode {
+  // A fixed underlying type: hosts pass plain numbers, and an unknown one is refused (87)
+  // rather than being undefined.
+  enum ePersistMode : int {
     ePersistTransact = 1,      // open for update (same as ePersistDirect: edits wait for commit)
     ePersistDirect = 2,        // open for update
     ePersistCreate = 3,        // make a new, empty database (replacing the file on commit)
