@@ -1,0 +1,116 @@
+#pragma once
+// MSITable: the rows of one installer table, loaded from a database (Populate), edited as row
+// objects, and handed back (Persist). The per-table classes MSIT<Table> derive from it and add
+// typed Add/Find/FindBy<Column> operations.
+//
+// The table owns its rows. GetTable() gives them as an RWBTree in primary-key order; rows that
+// are marked deleted stay there until Persist destroys them.
+//
+// Populate matches the database's columns to the catalog's by name, so a package written with
+// an older schema (fewer columns) loads; catalog columns the database lacks read as null, and
+// database columns the catalog lacks are not loaded. A table the database does not have
+// populates empty. Rows of the file whose key repeats an earlier row's are left out and make
+// Populate return false with a message in GetLastError(); the other rows are loaded.
+//
+// Persist replaces the database table's rows with the live rows, creating the table from the
+// catalog when it is missing and there are rows to write. Database columns the catalog lacks
+// are written as null. Binary data is written to the streams named "Table.key1.key2..."; the
+// streams of deleted rows, and of rows whose key changed, are removed. Afterwards no row is
+// modified and the table is clean. Changes reach the file when the database is committed.
+//
+// Lookups do not scan: Find searches the tree with a probe row; FindBy<Column> uses an index of
+// that column built on first use and dropped whenever a row changes.
+
+#include <cstddef>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "odlex/msi/MSIEntry.h"
+#include "odlex/support/RWBTree.h"
+#include "odlex/support/TalString.h"
+
+class MSIDatabase;
+namespace odlex::engine {
+class Table;
+}
+
+class MSITable {
+ public:
+  explicit MSITable(const odlex::schema::TableSchema& schema);
+  MSITable(const MSITable&) = delete;
+  MSITable& operator=(const MSITable&) = delete;
+  virtual ~MSITable();
+
+  void SetDatabase(MSIDatabase& database) { database_ = &database; }
+  MSIDatabase* GetDatabase() const { return database_; }
+  const odlex::schema::TableSchema& GetSchema() const { return *schema_; }
+  TalString GetName() const;
+
+  // The rows, in primary-key order (deleted rows included until Persist).
+  RWBTree& GetTable() { return rows_; }
+  const RWBTree& GetTable() const { return rows_; }
+
+  // Replaces the rows held with those of the database. False when no open database is set
+  // or the file repeats a key (see above).
+  virtual bool Populate();
+  // Writes the live rows back into the database (see above). False when no open, writable
+  // database is set, or the engine refuses the table.
+  virtual bool Persist();
+  // Some row was added, changed or deleted since the last Populate or Persist.
+  bool IsDirty() const { return dirty_; }
+  void MakeDirty() { dirty_ = true; }
+  // Removes the table (and the streams of its binary cells) from the database and forgets the
+  // rows. False when no open database is set.
+  bool Drop();
+  // Releases the table for other users of the database. Rows are held in memory only, so there
+  // is nothing to release: the rows stay as they are.
+  void Unlock() {}
+  // What went wrong in the last Populate, Persist or Drop that returned false.
+  const TalString& GetLastError() const { return lastError_; }
+
+  // A new GUID in the installer's text form.
+  static TalString GenerateGUID();
+
+  // Generic row access, for code that walks tables without knowing their classes.
+  // A new row of this table, every column null, not yet in the table.
+  std::unique_ptr<MSIEntry> CreateEntry() const { return NewEntry(); }
+  // Takes a new row of this table (from CreateEntry) into the table. A row whose key is already
+  // held by a live row is refused: the result is null and `entry` is destroyed. A deleted row
+  // with that key is replaced.
+  MSIEntry* AddEntry(std::unique_ptr<MSIEntry> entry);
+  // The live row whose key equals the probe's, or null.
+  MSIEntry* FindEntry(const MSIEntry& probe) const;
+  // The first live row, in key order, whose catalog column `column` equals `value`, or null.
+  MSIEntry* FindEntryBy(std::size_t column, const MSIRecordColumn& value) const;
+
+ protected:
+  // A new row of this table with every column null.
+  virtual std::unique_ptr<MSIEntry> NewEntry() const = 0;
+
+ private:
+  friend class MSIEntry;
+
+  void clearRows();
+  void rowChanged();
+  // Re-files `entry` under a new key value; false when another live row has that key.
+  bool rekey(MSIEntry& entry, std::size_t column, const MSIRecordColumn& value);
+  // The data of a database stream; empty when it cannot be read.
+  MSIBinary readStream(const TalString& name) const;
+  // Writes the binary cells of the live rows to the streams of `table`'s rows (row i of the
+  // table holds live row i) and removes the streams no row uses any more.
+  void writeStreams(const std::vector<MSIEntry*>& live, odlex::engine::Table& table);
+
+  const odlex::schema::TableSchema* schema_;
+  MSIDatabase* database_ = nullptr;
+  RWBTree rows_;
+  // Deleted rows displaced by a new row with the same key, kept until Persist.
+  std::vector<std::unique_ptr<MSIEntry>> replaced_;
+  // Streams of binary cells as the database held them at the last Populate or Persist.
+  std::vector<std::u16string> knownStreams_;
+  bool dirty_ = false;
+  TalString lastError_;
+  // FindBy indexes, by catalog column: value key -> rows in key order.
+  mutable std::map<std::size_t, std::multimap<std::u16string, MSIEntry*>> indexes_;
+};

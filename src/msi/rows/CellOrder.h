@@ -1,0 +1,17 @@
+#pragma once
+// How row cells compare and hash as key values, and the stream name a row's binary data
+// takes: the table name and the key values joined with '.', integers in decimal.
+
+#include <cstddef>
+
+#include "odlex/msi/MSIEntry.h"
+#include "odlex/msi/MSIRecord.h"
+
+namespace odlex::rows {
+
+// Null first, then integers by value, then text by UTF-16 code units (exact case).
+int compareCells(const MSIRecordColumn& a, const MSIRecordColumn& b);
+std::size_t hashCell(const MSIRecordColumn& cell);
+TalString streamNameOf(const MSIEntry& row);
+
+}  // namespace odlex::rows

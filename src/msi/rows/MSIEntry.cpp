@@ -1,0 +1,210 @@
+// One row of an installer table: cells by catalog column, key ordering and state.
+
+#include "odlex/msi/MSIEntry.h"
+
+#include "msi/rows/CellOrder.h"
+#include "msi/schema/Schema.h"
+#include "odlex/msi/MSITable.h"
+
+MSIEntry::MSIEntry(const odlex::schema::TableSchema& schema)
+    : schema_(&schema), values_(schema.columns.size()), binaries_(schema.columns.size()) {}
+
+MSIEntry::~MSIEntry() = default;
+
+TalString MSIEntry::GetTableName() const {
+  return TalString(std::u16string(schema_->name));
+}
+
+int MSIEntry::GetColumnIndex(const TalString& name) const {
+  const auto* column = schema_->findColumn(name.u16());
+  return column ? static_cast<int>(column - schema_->columns.data()) : -1;
+}
+
+// The column's shape without its name (no copy of the name is made).
+static odlex::engine::Column shapeOf(const odlex::schema::ColumnSchema& column) {
+  return odlex::engine::Column{std::u16string(), column.type};
+}
+
+bool MSIEntry::isBinaryColumn(std::size_t column) const {
+  return shapeOf(schema_->columns[column]).isBinary();
+}
+
+bool MSIEntry::isIntegerColumn(std::size_t column) const {
+  return shapeOf(schema_->columns[column]).isInteger();
+}
+
+bool MSIEntry::isKeyColumn(std::size_t column) const {
+  return schema_->columns[column].key();
+}
+
+bool MSIEntry::cellIsNull(std::size_t column) const {
+  return values_[column].IsNull() && !binaries_[column];
+}
+
+bool MSIEntry::GetColumn(const TalString& name, MSIRecordColumn& value) const {
+  const int column = GetColumnIndex(name);
+  if (column < 0)
+    return false;
+  if (isBinaryColumn(column) && !cellIsNull(column))
+    value = MSIRecordColumn::Stream(odlex::rows::streamNameOf(*this));
+  else
+    value = values_[column];
+  return true;
+}
+
+bool MSIEntry::SetColumn(const TalString& name, const MSIRecordColumn& value) {
+  const int column = GetColumnIndex(name);
+  if (column < 0)
+    return false;
+  if (value.IsNull()) {
+    if (isBinaryColumn(column))
+      binaries_[column].reset();
+    return store(column, MSIRecordColumn());
+  }
+  if (isBinaryColumn(column) || value.GetKind() == MSIRecordColumn::kindStream)
+    return false;
+  if (isIntegerColumn(column)) {
+    const int number = value.GetInteger();
+    if (number == MSIRecord::NullInteger)
+      return false;
+    return store(column, MSIRecordColumn::Integer(number));
+  }
+  return store(column, MSIRecordColumn::String(value.GetString()));
+}
+
+bool MSIEntry::GetBinary(const TalString& name, MSIBinary& value) const {
+  const int column = GetColumnIndex(name);
+  if (column < 0 || !isBinaryColumn(column))
+    return false;
+  value = BinaryAt(column);
+  return true;
+}
+
+bool MSIEntry::SetBinary(const TalString& name, const MSIBinary& value) {
+  const int column = GetColumnIndex(name);
+  if (column < 0 || !isBinaryColumn(column))
+    return false;
+  SetBinaryAt(column, value);
+  return true;
+}
+
+void MSIEntry::SetDeleted(bool deleted) {
+  deleted_ = deleted;
+  changed();
+}
+
+void MSIEntry::Modify() {
+  modified_ = true;
+  changed();
+}
+
+void MSIEntry::Delete() {
+  deleted_ = true;
+  Modify();
+}
+
+void MSIEntry::changed() {
+  if (owner_)
+    owner_->rowChanged();
+}
+
+TalString MSIEntry::GetComponentKey() const {
+  if (schema_->name == u"Component")
+    return TextAt(0);
+  for (std::size_t i = 0; i < schema_->columns.size(); ++i) {
+    const auto& column = schema_->columns[i];
+    if (column.keyColumn == 1 && column.keyTable == u"Component")
+      return TextAt(i);
+  }
+  return TalString();
+}
+
+int MSIEntry::compareTo(const RWCollectable* other) const {
+  const auto* row = dynamic_cast<const MSIEntry*>(other);
+  if (!row || row->schema_ != schema_)
+    return RWCollectable::compareTo(other);
+  for (std::size_t i = 0; i < values_.size() && isKeyColumn(i); ++i) {
+    if (const int order = odlex::rows::compareCells(values_[i], row->values_[i]))
+      return order;
+  }
+  return 0;
+}
+
+bool MSIEntry::isEqual(const RWCollectable* other) const {
+  return compareTo(other) == 0;
+}
+
+unsigned MSIEntry::hash() const {
+  std::size_t seed = 0;
+  for (std::size_t i = 0; i < values_.size() && isKeyColumn(i); ++i)
+    seed = seed * 31 + odlex::rows::hashCell(values_[i]);
+  return static_cast<unsigned>(seed);
+}
+
+TalString MSIEntry::TextAt(std::size_t column) const {
+  return values_[column].GetString();
+}
+
+void MSIEntry::SetTextAt(std::size_t column, const TalString& text) {
+  store(column, MSIRecordColumn::String(text));
+}
+
+std::int32_t MSIEntry::IntegerAt(std::size_t column) const {
+  return values_[column].GetInteger();
+}
+
+short MSIEntry::ShortAt(std::size_t column) const {
+  return NullableShortAt(column).Get();
+}
+
+NullableSignedShort MSIEntry::NullableShortAt(std::size_t column) const {
+  if (values_[column].IsNull())
+    return NullableSignedShort();
+  return NullableSignedShort(static_cast<std::int16_t>(values_[column].GetInteger()));
+}
+
+NullableLong MSIEntry::NullableLongAt(std::size_t column) const {
+  if (values_[column].IsNull())
+    return NullableLong();
+  return NullableLong(values_[column].GetInteger());
+}
+
+void MSIEntry::SetIntegerAt(std::size_t column, std::int32_t value) {
+  store(column,
+        value == MSIRecord::NullInteger ? MSIRecordColumn() : MSIRecordColumn::Integer(value));
+}
+
+void MSIEntry::SetNullAt(std::size_t column) {
+  store(column, MSIRecordColumn());
+}
+
+MSIBinary MSIEntry::BinaryAt(std::size_t column) const {
+  if (!binaries_[column]) {
+    if (values_[column].IsNull() || !owner_)
+      return MSIBinary();
+    binaries_[column] =
+        std::make_shared<MSIBinary>(owner_->readStream(values_[column].GetStreamName()));
+  }
+  return *binaries_[column];
+}
+
+void MSIEntry::SetBinaryAt(std::size_t column, const MSIBinary& value) {
+  if (value.GetSize() == 0) {
+    binaries_[column].reset();
+    values_[column] = MSIRecordColumn();
+  } else {
+    binaries_[column] = std::make_shared<MSIBinary>(value);
+  }
+  Modify();
+}
+
+bool MSIEntry::store(std::size_t column, MSIRecordColumn value) {
+  if (owner_ && isKeyColumn(column) && !(value == values_[column])) {
+    if (!owner_->rekey(*this, column, value))
+      return false;
+  } else {
+    values_[column] = std::move(value);
+  }
+  Modify();
+  return true;
+}

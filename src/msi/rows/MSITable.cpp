@@ -1,0 +1,248 @@
+// Loading a table's rows from the engine, keeping them in key order, and writing them back.
+
+#include "odlex/msi/MSITable.h"
+
+#include <unordered_set>
+
+#include "msi/engine/Database.h"
+#include "msi/rows/CellOrder.h"
+#include "msi/rows/EngineCells.h"
+#include "msi/schema/Schema.h"
+#include "odlex/msi/Guid.h"
+#include "odlex/msi/MSIDatabase.h"
+
+namespace {
+
+MSIEntry* asEntry(RWCollectable* item) {
+  return static_cast<MSIEntry*>(item);
+}
+
+// The key FindBy indexes a cell under: its kind, then its text or number.
+std::u16string indexKey(const MSIRecordColumn& cell) {
+  return std::u16string(1, static_cast<char16_t>(u'0' + cell.GetKind())) + cell.GetString().u16();
+}
+
+}  // namespace
+
+MSITable::MSITable(const odlex::schema::TableSchema& schema) : schema_(&schema) {}
+
+MSITable::~MSITable() {
+  clearRows();
+}
+
+TalString MSITable::GetName() const {
+  return TalString(std::u16string(schema_->name));
+}
+
+TalString MSITable::GenerateGUID() {
+  return odlex::GenerateGuid();
+}
+
+void MSITable::clearRows() {
+  for (RWCollectable* item : rows_)
+    delete asEntry(item);
+  rows_.clear();
+  replaced_.clear();
+  indexes_.clear();
+}
+
+void MSITable::rowChanged() {
+  dirty_ = true;
+  indexes_.clear();
+}
+
+bool MSITable::Populate() {
+  clearRows();
+  knownStreams_.clear();
+  dirty_ = false;
+  lastError_ = TalString();
+  odlex::engine::Database* db = database_ ? database_->engineDatabase() : nullptr;
+  if (!db) {
+    lastError_ = TalString(u"table " + GetName().u16() + u": no open database");
+    return false;
+  }
+  const odlex::engine::Table* table = db->findTable(schema_->name);
+  if (!table)
+    return true;
+  const odlex::rows::ColumnMap map(*schema_, *table);
+  std::size_t duplicates = 0;
+  for (std::size_t row = 0; row < table->rowCount(); ++row) {
+    std::unique_ptr<MSIEntry> entry = NewEntry();
+    for (std::size_t column = 0; column < entry->values_.size(); ++column) {
+      entry->values_[column] = map.read(db->strings(), row, column);
+      if (entry->values_[column].GetKind() == MSIRecordColumn::kindStream)
+        knownStreams_.push_back(entry->values_[column].GetStreamName().u16());
+    }
+    entry->owner_ = this;
+    if (rows_.insert(entry.get()) != entry.get()) {
+      ++duplicates;
+      continue;
+    }
+    entry.release();
+  }
+  if (duplicates == 0)
+    return true;
+  lastError_ = TalString::Format(
+      u"table %s: %u row(s) repeat the key of an earlier row and were "
+      u"left out",
+      GetName(), static_cast<unsigned long>(duplicates));
+  return false;
+}
+
+MSIBinary MSITable::readStream(const TalString& name) const {
+  const odlex::engine::Database* db = database_ ? database_->engineDatabase() : nullptr;
+  std::vector<std::uint8_t> bytes;
+  odlex::engine::Error error;
+  if (!db || !db->readStream(name.u16(), bytes, error))
+    return MSIBinary();
+  return MSIBinary(std::move(bytes));
+}
+
+bool MSITable::Persist() {
+  lastError_ = TalString();
+  odlex::engine::Database* db = database_ ? database_->engineDatabase() : nullptr;
+  if (!db) {
+    lastError_ = TalString(u"table " + GetName().u16() + u": no open database");
+    return false;
+  }
+  std::vector<MSIEntry*> live;
+  std::vector<MSIEntry*> deleted;
+  for (RWCollectable* item : rows_)
+    (asEntry(item)->IsDeleted() ? deleted : live).push_back(asEntry(item));
+  for (MSIEntry* row : deleted) {
+    rows_.remove(row);
+    delete row;
+  }
+  replaced_.clear();
+  indexes_.clear();
+
+  odlex::engine::Table* table = db->findTable(schema_->name);
+  if (!table && !live.empty()) {
+    odlex::engine::Error error;
+    table = db->createTable(std::u16string(schema_->name), odlex::schema::engineColumns(*schema_),
+                            error);
+    if (!table) {
+      lastError_ = TalString::FromUtf8(error.text);
+      return false;
+    }
+  }
+  if (table) {
+    // Data that moves to a new stream name is read before any stream is replaced.
+    for (MSIEntry* row : live) {
+      const TalString target = odlex::rows::streamNameOf(*row);
+      for (std::size_t column = 0; column < row->values_.size(); ++column) {
+        const MSIRecordColumn& cell = row->values_[column];
+        if (cell.GetKind() == MSIRecordColumn::kindStream && cell.GetStreamName() != target)
+          row->BinaryAt(column);
+      }
+    }
+    const odlex::rows::ColumnMap map(*schema_, *table);
+    table->clearRows();
+    table->reserveRows(live.size());
+    for (MSIEntry* row : live)
+      table->appendRow(map.write(db->strings(), row->values_,
+                                 [row](std::size_t column) { return !row->cellIsNull(column); }));
+    writeStreams(live, *table);
+  }
+  for (MSIEntry* row : live)
+    row->modified_ = false;
+  dirty_ = false;
+  return true;
+}
+
+void MSITable::writeStreams(const std::vector<MSIEntry*>& live, odlex::engine::Table& table) {
+  odlex::engine::Database& db = *database_->engineDatabase();
+  std::unordered_set<std::u16string> used;
+  for (std::size_t index = 0; index < live.size(); ++index) {
+    MSIEntry& row = *live[index];
+    for (std::size_t column = 0; column < row.values_.size(); ++column) {
+      if (!row.isBinaryColumn(column))
+        continue;
+      const int target = table.columnIndex(schema_->columns[column].name);
+      if (row.cellIsNull(column) || target < 0 || !table.columns()[target].isBinary()) {
+        row.values_[column] = MSIRecordColumn();
+        continue;
+      }
+      std::u16string name = table.streamName(db.strings(), index);
+      if (const MSIBinary* data = row.binaries_[column].get())
+        db.setStream(name,
+                     std::vector<std::uint8_t>(data->GetData(), data->GetData() + data->GetSize()));
+      row.values_[column] = MSIRecordColumn::Stream(TalString(name));
+      used.insert(std::move(name));
+    }
+  }
+  for (const std::u16string& name : knownStreams_) {
+    if (!used.contains(name))
+      db.removeStream(name);
+  }
+  knownStreams_.assign(used.begin(), used.end());
+}
+
+bool MSITable::Drop() {
+  lastError_ = TalString();
+  odlex::engine::Database* db = database_ ? database_->engineDatabase() : nullptr;
+  if (!db) {
+    lastError_ = TalString(u"table " + GetName().u16() + u": no open database");
+    return false;
+  }
+  if (db->findTable(schema_->name))
+    db->dropTable(schema_->name);
+  clearRows();
+  knownStreams_.clear();
+  dirty_ = false;
+  return true;
+}
+
+MSIEntry* MSITable::AddEntry(std::unique_ptr<MSIEntry> entry) {
+  if (!entry || &entry->GetSchema() != schema_)
+    return nullptr;
+  MSIEntry* held = asEntry(rows_.find(entry.get()));
+  if (held) {
+    if (!held->IsDeleted())
+      return nullptr;
+    rows_.remove(held);
+    held->owner_ = nullptr;
+    replaced_.emplace_back(held);
+  }
+  entry->owner_ = this;
+  entry->modified_ = true;
+  rows_.insert(entry.get());
+  rowChanged();
+  return entry.release();
+}
+
+MSIEntry* MSITable::FindEntry(const MSIEntry& probe) const {
+  MSIEntry* held = asEntry(rows_.find(&probe));
+  return held && !held->IsDeleted() ? held : nullptr;
+}
+
+MSIEntry* MSITable::FindEntryBy(std::size_t column, const MSIRecordColumn& value) const {
+  auto [index, built] = indexes_.try_emplace(column);
+  if (built) {
+    for (RWCollectable* item : rows_) {
+      if (!asEntry(item)->IsDeleted())
+        index->second.emplace(indexKey(asEntry(item)->values_[column]), asEntry(item));
+    }
+  }
+  auto found = index->second.find(indexKey(value));
+  return found == index->second.end() ? nullptr : found->second;
+}
+
+bool MSITable::rekey(MSIEntry& entry, std::size_t column, const MSIRecordColumn& value) {
+  rows_.remove(&entry);
+  MSIRecordColumn old = entry.values_[column];
+  entry.values_[column] = value;
+  MSIEntry* held = asEntry(rows_.find(&entry));
+  if (held && !held->IsDeleted()) {
+    entry.values_[column] = std::move(old);
+    rows_.insert(&entry);
+    return false;
+  }
+  if (held) {
+    rows_.remove(held);
+    held->owner_ = nullptr;
+    replaced_.emplace_back(held);
+  }
+  rows_.insert(&entry);
+  return true;
+}

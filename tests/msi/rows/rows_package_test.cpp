@@ -1,0 +1,213 @@
+// Row and table objects on packages written by wixl and msibuild: every table populates with
+// the rows msiinfo sees, and edits (add, change, delete, re-add, binary data) persist and
+// commit to exactly the rows and streams msiinfo then reads.
+
+#include <gtest/gtest.h>
+
+#include <odlex/msi/MSIDatabase.h>
+#include <odlex/msi/MSIRows.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "common/Oracle.h"
+#include "common/PackageTest.h"
+#include "common/Packages.h"
+#include "common/TempDir.h"
+#include "msi/schema/Schema.h"
+
+namespace odlex::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+TalString text(const fs::path& path) {
+  return TalString::FromUtf8(path.string());
+}
+
+// A row as msiinfo exports it: the catalog's columns joined with tabs, null as empty.
+std::string exportLine(const MSIEntry& row) {
+  std::string line;
+  for (std::size_t i = 0; i < row.GetColumnCount(); ++i) {
+    MSIRecordColumn value;
+    row.GetColumn(TalString(std::u16string(row.GetSchema().columns[i].name)), value);
+    line += (i ? "\t" : "") + value.GetString().ToUtf8();
+  }
+  return line;
+}
+
+std::string catalogHeader(const schema::TableSchema& table) {
+  std::string line;
+  for (const auto& column : table.columns)
+    line += (line.empty() ? "" : "\t") + TalString(std::u16string(column.name)).ToUtf8();
+  return line;
+}
+
+bool hasBinaryColumn(const schema::TableSchema& table) {
+  return std::any_of(table.columns.begin(), table.columns.end(),
+                     [](const auto& column) { return column.engineColumn().isBinary(); });
+}
+
+class RowsPackageTest : public PackageTest {};
+
+TEST_P(RowsPackageTest, EveryTablePopulatesTheRowsMsiinfoExports) {
+  MSIDatabase db(text(package()), MSIDatabase::ePersistReadOnly);
+  ASSERT_TRUE(db.isValid());
+  std::size_t populated = 0;
+  std::size_t compared = 0;
+  for (const std::string& name : msiinfoPersistentTables(package())) {
+    std::unique_ptr<MSITable> table = createTableObject(TalString::FromUtf8(name));
+    if (!table)
+      continue;  // a table the catalog does not know, or one without a generated class
+    table->SetDatabase(db);
+    ASSERT_TRUE(table->Populate()) << name << ": " << table->GetLastError().ToUtf8();
+    EXPECT_FALSE(table->IsDirty());
+    ++populated;
+
+    const ProcessResult exported = msiinfoExport(package(), name);
+    ASSERT_TRUE(exported.ok()) << exported.describe();
+    std::vector<std::string> lines = splitLines(exported.out);
+    ASSERT_GE(lines.size(), 3u);
+    EXPECT_EQ(table->GetTable().entries(), lines.size() - 3) << name;
+    // Values are compared where the file has the catalog's columns and no binary data.
+    if (lines[0] != catalogHeader(table->GetSchema()) || hasBinaryColumn(table->GetSchema()))
+      continue;
+    std::vector<std::string> ours;
+    for (RWCollectable* row : table->GetTable())
+      ours.push_back(exportLine(*static_cast<MSIEntry*>(row)));
+    std::sort(ours.begin(), ours.end());
+    std::vector<std::string> theirs(lines.begin() + 3, lines.end());
+    std::sort(theirs.begin(), theirs.end());
+    EXPECT_TRUE(linesEqual(theirs, ours, name));
+    ++compared;
+  }
+  EXPECT_GT(populated, 3u);
+  EXPECT_GT(compared, 2u);
+}
+
+// The packages made of catalog tables (the many-strings package has one table of its own).
+INSTANTIATE_TEST_SUITE_P(Packages, RowsPackageTest,
+                         ::testing::Values(PackageKind::kWixl, PackageKind::kIdt,
+                                           PackageKind::kSample, PackageKind::kVersion4),
+                         packageTestName);
+
+MSIBinary bytes(const std::string& data) {
+  return MSIBinary(reinterpret_cast<const unsigned char*>(data.data()),
+                   static_cast<unsigned long>(data.size()));
+}
+
+// Edits on a private copy of the msibuild package made from tests/oracle/fixtures/idt.
+class RowsEditTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (!haveMsitools())
+      GTEST_SKIP() << "msitools are not installed";
+    const BuiltPackage& built = testPackage(PackageKind::kIdt);
+    ASSERT_FALSE(built.file.empty()) << built.error;
+    fs::copy_file(built.file, package_);
+  }
+
+  std::vector<std::string> exported(const std::string& table) {
+    const ProcessResult result = msiinfoExport(package_, table);
+    EXPECT_TRUE(result.ok()) << result.describe();
+    std::vector<std::string> lines = splitLines(result.out);
+    lines.erase(lines.begin(), lines.begin() + std::min<std::size_t>(3, lines.size()));
+    std::sort(lines.begin(), lines.end());
+    return lines;
+  }
+
+  TempDir dir_;
+  fs::path package_ = dir_ / "edit.msi";
+};
+
+TEST_F(RowsEditTest, AddChangeDeleteAndReAddReachTheFile) {
+  {
+    MSIDatabase db(text(package_), MSIDatabase::ePersistDirect);
+    ASSERT_TRUE(db.isValid());
+    MSITProperty property;
+    property.SetDatabase(db);
+    ASSERT_TRUE(property.Populate());
+    const std::size_t before = property.GetTable().entries();
+
+    ASSERT_NE(property.Find(u"ProductName"), nullptr);
+    property.Find(u"ProductName")->SetValue(u"Renamed");
+    EXPECT_TRUE(property.IsDirty());
+    MSIEProperty* added = property.Add(u"NewProperty");
+    ASSERT_NE(added, nullptr);
+    added->SetValue(u"fresh");
+    EXPECT_EQ(property.Add(u"NewProperty"), nullptr) << "a live key cannot be added twice";
+
+    // Deleted then added again: one row, with the new value.
+    property.Find(u"ProductCode")->Delete();
+    EXPECT_EQ(property.Find(u"ProductCode"), nullptr);
+    MSIEProperty* again = property.Add(u"ProductCode");
+    ASSERT_NE(again, nullptr);
+    again->SetValue(u"{00000000-0000-4000-8000-000000000000}");
+
+    // Deleted for good.
+    MSIEProperty* doomed = property.Add(u"Doomed");
+    doomed->SetValue(u"x");
+    doomed->Delete();
+
+    ASSERT_TRUE(property.Persist()) << property.GetLastError().ToUtf8();
+    EXPECT_FALSE(property.IsDirty());
+    EXPECT_EQ(property.GetTable().entries(), before + 1);
+    ASSERT_EQ(db.commit(), 0u);
+  }
+  const std::vector<std::string> rows = exported("Property");
+  EXPECT_NE(std::find(rows.begin(), rows.end(), "ProductName\tRenamed"), rows.end());
+  EXPECT_NE(std::find(rows.begin(), rows.end(), "NewProperty\tfresh"), rows.end());
+  EXPECT_NE(
+      std::find(rows.begin(), rows.end(), "ProductCode\t{00000000-0000-4000-8000-000000000000}"),
+      rows.end());
+  EXPECT_EQ(std::count_if(rows.begin(), rows.end(),
+                          [](const std::string& row) { return row.starts_with("ProductCode\t"); }),
+            1);
+  EXPECT_EQ(std::find(rows.begin(), rows.end(), "Doomed\tx"), rows.end());
+}
+
+TEST_F(RowsEditTest, BinaryDataIsWrittenMovedAndRemovedWithItsRow) {
+  const std::string large = [&] {
+    const ProcessResult result = msiinfoExtract(package_, "Binary.LargeData");
+    EXPECT_TRUE(result.ok()) << result.describe();
+    return result.out;
+  }();
+  {
+    MSIDatabase db(text(package_), MSIDatabase::ePersistDirect);
+    MSITBinary binary;
+    binary.SetDatabase(db);
+    ASSERT_TRUE(binary.Populate());
+    binary.Find(u"SmallData")->SetData(bytes("replaced"));
+    binary.Add(u"Fresh")->SetData(bytes("new stream"));
+    // Renaming the row moves its (unread) data to the stream of the new key.
+    binary.Find(u"LargeData")->SetName(u"Moved");
+    EXPECT_EQ(binary.Find(u"LargeData"), nullptr);
+    ASSERT_NE(binary.Find(u"Moved"), nullptr);
+    ASSERT_TRUE(binary.Persist()) << binary.GetLastError().ToUtf8();
+    ASSERT_EQ(db.commit(), 0u);
+  }
+  EXPECT_EQ(msiinfoExtract(package_, "Binary.SmallData").out, "replaced");
+  EXPECT_EQ(msiinfoExtract(package_, "Binary.Fresh").out, "new stream");
+  EXPECT_EQ(msiinfoExtract(package_, "Binary.Moved").out, large);
+  const std::vector<std::string> streams = splitLines(msiinfoStreams(package_).out);
+  EXPECT_EQ(std::find(streams.begin(), streams.end(), "Binary.LargeData"), streams.end());
+
+  {
+    MSIDatabase db(text(package_), MSIDatabase::ePersistDirect);
+    MSITBinary binary;
+    binary.SetDatabase(db);
+    ASSERT_TRUE(binary.Populate());
+    EXPECT_EQ(binary.Find(u"Fresh")->GetData(), bytes("new stream"));
+    binary.Find(u"Fresh")->Delete();
+    ASSERT_TRUE(binary.Persist());
+    ASSERT_EQ(db.commit(), 0u);
+  }
+  const std::vector<std::string> after = splitLines(msiinfoStreams(package_).out);
+  EXPECT_EQ(std::find(after.begin(), after.end(), "Binary.Fresh"), after.end());
+  EXPECT_EQ(exported("Binary").size(), 2u);
+}
+
+}  // namespace
+}  // namespace odlex::test
