@@ -22,25 +22,6 @@ std::unique_ptr<CompoundFileReader> openContainer(const std::filesystem::path& p
   return CompoundFileReader::open(std::move(file), error);
 }
 
-bool copyEntry(const CompoundFileReader& reader, std::uint32_t index, CompoundNode& node,
-               std::string& error) {
-  const CompoundEntry& entry = reader.entries().at(index);
-  node.name = entry.name;
-  node.isStorage = entry.isStorage;
-  node.clsid = entry.clsid;
-  node.stateBits = entry.stateBits;
-  node.created = entry.created;
-  node.modified = entry.modified;
-  if (!entry.isStorage)
-    return reader.readStream(index, node.data, error);
-  for (std::uint32_t child : entry.children) {
-    node.children.emplace_back();
-    if (!copyEntry(reader, child, node.children.back(), error))
-      return false;
-  }
-  return true;
-}
-
 }  // namespace
 
 bool copyContainer(const std::filesystem::path& source, const std::filesystem::path& target,
@@ -49,7 +30,7 @@ bool copyContainer(const std::filesystem::path& source, const std::filesystem::p
   if (!reader)
     return false;
   CompoundNode root;
-  if (!copyEntry(*reader, 0, root, error))
+  if (!readCompoundTree(*reader, 0, root, error))
     return false;
   std::vector<std::uint8_t> bytes;
   if (!storage::writeCompoundFile(root, bytes, error, majorVersion))

@@ -209,28 +209,11 @@ bool Database::removeStorage(std::u16string_view name) {
 }
 
 bool Database::readStoredNode(std::uint32_t entry, storage::CompoundNode& out, Error& error) const {
-  const storage::CompoundEntry& source = reader_->entries().at(entry);
-  out.name = source.name;
-  out.isStorage = source.isStorage;
-  out.clsid = source.clsid;
-  out.stateBits = source.stateBits;
-  out.created = source.created;
-  out.modified = source.modified;
-  out.children.clear();
-  if (!source.isStorage) {
-    std::string reason;
-    if (reader_->readStream(entry, out.data, reason))
-      return true;
-    error = Error{kReadFault, "stream " + toUtf8(source.name) + ": " + reason};
-    return false;
-  }
-  // The reader has checked that the storage tree has no cycles.
-  for (std::uint32_t child : source.children) {
-    out.children.emplace_back();
-    if (!readStoredNode(child, out.children.back(), error))
-      return false;
-  }
-  return true;
+  std::string reason;
+  if (storage::readCompoundTree(*reader_, entry, out, reason))
+    return true;
+  error = Error{kReadFault, toUtf8(reader_->entries().at(entry).name) + ": " + reason};
+  return false;
 }
 
 }  // namespace odlex::engine
