@@ -1,12 +1,19 @@
 #pragma once
 // The whole public interface of odlex.
 
+#include <odlex/msi/CustomActionType.h>
 #include <odlex/msi/Guid.h>
 #include <odlex/msi/MSIBinary.h>
 #include <odlex/msi/MSIDatabase.h>
+#include <odlex/msi/MSIEntry.h>
 #include <odlex/msi/MSIRecord.h>
+#include <odlex/msi/MSIRows.h>
 #include <odlex/msi/MSISchemaColumn.h>
+#include <odlex/msi/MSISequenceEntry.h>
 #include <odlex/msi/MSIStringChecker.h>
+#include <odlex/msi/MSISystemTables.h>
+#include <odlex/msi/MSITable.h>
+#include <odlex/msi/MSITranslate.h>
 #include <odlex/msi/MSIView.h>
 #include <odlex/msi/Nullable.h>
 #include <odlex/msi/eSchemaVersion.h>
@@ -23,7 +30,9 @@
 #include <odlex/support/RWWRegexp.h>
 #include <odlex/support/RWWString.h>
 #include <odlex/support/RWWTokenizer.h>
+#include <odlex/support/SystemTime.h>
 #include <odlex/support/TalCollectableString.h>
 #include <odlex/support/TalError.h>
 #include <odlex/support/TalString.h>
+#include <odlex/support/UserName.h>
 #include <odlex/support/Utf8.h>

@@ -3,10 +3,18 @@
 // behaviour is not that of plain rows) it writes
 //   class MSIE<Table> : public MSIEntry   - a typed getter and setter per column
 //   class MSIT<Table> : public MSITable   - Add/Find by key values, FindBy<Accessor> per column
-// and the factory createTableObject(name).
+// and odlex::rows::createGeneratedTable(name), the factory of these table classes.
 //
-// Usage: GenerateRows <header to write> <source to write>
+// Rows of the sequence tables derive from MSISequenceEntry (or MSIModuleSequenceEntry), which
+// already give their columns' accessors.
+//
+// A class that needs more than the catalog says (Directory paths, generated keys, ...) has a
+// hand-written members file, <extensions>/<Class>.inc, included in the class's public part;
+// the members are defined in src/msi/rows/tables.
+//
+// Usage: GenerateRows <header to write> <source to write> <extensions folder>
 
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <string>
@@ -128,6 +136,38 @@ std::vector<Field> fieldsOf(const TableSchema& table) {
   return fields;
 }
 
+// The hand-written members files, found in this folder.
+std::filesystem::path extensionsFolder;
+
+void includeExtension(std::ostream& out, const std::string& className) {
+  if (std::filesystem::exists(extensionsFolder / (className + ".inc")))
+    out << "\n#include \"odlex/msi/rows/" << className << ".inc\"\n";
+}
+
+std::vector<std::u16string> columnNames(const TableSchema& table) {
+  std::vector<std::u16string> names;
+  for (const ColumnSchema& column : table.columns)
+    names.emplace_back(column.name);
+  return names;
+}
+
+// The base class of a table's rows: the sequence tables share theirs.
+std::string entryBaseOf(const TableSchema& table) {
+  const auto names = columnNames(table);
+  if (names == std::vector<std::u16string>{u"Action", u"Condition", u"Sequence"})
+    return "MSISequenceEntry";
+  if (names ==
+      std::vector<std::u16string>{u"Action", u"Sequence", u"BaseAction", u"After", u"Condition"})
+    return "MSIModuleSequenceEntry";
+  return "MSIEntry";
+}
+
+// The name of the table class's add-by-key operation. Directory's Add takes a folder path (a
+// hand-written member), so adding by key is AddKey there.
+std::string addByKeyName(const TableSchema& table) {
+  return table.name == u"Directory" ? "AddKey" : "Add";
+}
+
 std::size_t keyCount(const TableSchema& table) {
   std::size_t count = 0;
   while (count < table.columns.size() && table.columns[count].key())
@@ -155,25 +195,30 @@ void declare(std::ostream& out, const TableSchema& table) {
   const std::string entry = "MSIE" + name;
   const auto fields = fieldsOf(table);
   const std::size_t keys = keyCount(table);
-  out << "class " << entry << " : public MSIEntry {\n public:\n  " << entry << "();\n";
+  const std::string base = entryBaseOf(table);
+  out << "class " << entry << " : public " << base << " {\n public:\n  " << entry << "();\n";
   if (keys > 0)
     out << "  " << (keys == 1 ? "explicit " : "") << entry << "(" << keyParameters(fields, keys)
         << ");\n";
   out << "  using MSIEntry::GetBinary;\n  using MSIEntry::GetColumn;\n"
          "  using MSIEntry::SetBinary;\n  using MSIEntry::SetColumn;\n\n";
   for (const Field& field : fields) {
+    if (base != "MSIEntry")
+      break;
     out << "  " << field.type() << " Get" << field.accessor << "() const { return "
         << field.getter() << "; }\n";
     out << "  void Set" << field.accessor << "(" << field.parameter() << " value) { "
         << field.setter("value") << "; }\n";
   }
+  includeExtension(out, entry);
   out << "};\n\n";
 
   const std::string tableClass = "MSIT" + name;
   out << "class " << tableClass << " : public MSITable {\n public:\n  " << tableClass << "();\n";
   if (keys > 0) {
     out << "  // Null when a live row already has this key.\n";
-    out << "  " << entry << "* Add(" << keyParameters(fields, keys) << ");\n";
+    out << "  " << entry << "* " << addByKeyName(table) << "(" << keyParameters(fields, keys)
+        << ");\n";
     out << "  " << entry << "* Find(" << keyParameters(fields, keys) << ") const;\n";
   }
   for (const Field& field : fields) {
@@ -181,6 +226,7 @@ void declare(std::ostream& out, const TableSchema& table) {
       out << "  " << entry << "* FindBy" << field.accessor << "(" << field.parameter()
           << " value) const;\n";
   }
+  includeExtension(out, tableClass);
   out << "\n protected:\n  std::unique_ptr<MSIEntry> NewEntry() const override;\n};\n\n";
 }
 
@@ -191,7 +237,8 @@ void define(std::ostream& out, const TableSchema& table) {
   const auto fields = fieldsOf(table);
   const std::size_t keys = keyCount(table);
   out << "// " << name << "\n\n";
-  out << entry << "::" << entry << "() : MSIEntry(schemaOf(u\"" << name << "\")) {}\n\n";
+  out << entry << "::" << entry << "() : " << entryBaseOf(table) << "(schemaOf(u\"" << name
+      << "\")) {}\n\n";
   if (keys > 0) {
     out << entry << "::" << entry << "(" << keyParameters(fields, keys) << ") : " << entry
         << "() {\n";
@@ -203,7 +250,8 @@ void define(std::ostream& out, const TableSchema& table) {
   out << "std::unique_ptr<MSIEntry> " << tableClass
       << "::NewEntry() const {\n  return std::make_unique<" << entry << ">();\n}\n\n";
   if (keys > 0) {
-    out << entry << "* " << tableClass << "::Add(" << keyParameters(fields, keys) << ") {\n"
+    out << entry << "* " << tableClass << "::" << addByKeyName(table) << "("
+        << keyParameters(fields, keys) << ") {\n"
         << "  return static_cast<" << entry << "*>(AddEntry(std::make_unique<" << entry << ">("
         << keyArguments(fields, keys) << ")));\n}\n\n";
     out << entry << "* " << tableClass << "::Find(" << keyParameters(fields, keys)
@@ -224,27 +272,28 @@ void writeHeader(std::ostream& out) {
          "// The row class MSIE<Table> and table class MSIT<Table> of every table of the schema\n"
          "// catalog. Generated at build time by tools/codegen/GenerateRows.cpp; do not edit.\n\n"
          "#include <cstdint>\n#include <memory>\n\n"
-         "#include \"odlex/msi/MSIEntry.h\"\n#include \"odlex/msi/MSITable.h\"\n\n";
+         "#include \"odlex/msi/MSIEntry.h\"\n#include \"odlex/msi/MSISequenceEntry.h\"\n"
+         "#include \"odlex/msi/MSITable.h\"\n#include \"odlex/msi/rows/Extensions.h\"\n\n";
   for (const TableSchema& table : odlex::schema::allTables()) {
     if (generated(table))
       declare(out, table);
   }
-  out << "// A new, empty table object for the catalog table `name` (exact case); null for a name\n"
-         "// without a generated class.\n"
+  out << "// A new, empty table object for the table `name` (exact case): every catalog table,\n"
+         "// the tables the database keeps about itself included; null for any other name.\n"
          "std::unique_ptr<MSITable> createTableObject(const TalString& name);\n";
 }
 
 void writeSource(std::ostream& out) {
   out << "// Generated at build time by tools/codegen/GenerateRows.cpp; do not edit.\n\n"
          "#include \"odlex/msi/MSIRows.h\"\n\n#include <map>\n#include <string_view>\n\n"
-         "#include \"msi/schema/Schema.h\"\n\n"
+         "#include \"msi/rows/GeneratedTables.h\"\n#include \"msi/schema/Schema.h\"\n\n"
          "namespace {\n\nconst odlex::schema::TableSchema& schemaOf(std::u16string_view name) {\n"
          "  return *odlex::schema::findTable(name);\n}\n\n}  // namespace\n\n";
   for (const TableSchema& table : odlex::schema::allTables()) {
     if (generated(table))
       define(out, table);
   }
-  out << "std::unique_ptr<MSITable> createTableObject(const TalString& name) {\n"
+  out << "std::unique_ptr<MSITable> odlex::rows::createGeneratedTable(const TalString& name) {\n"
          "  using Maker = std::unique_ptr<MSITable> (*)();\n"
          "  static const std::map<std::u16string_view, Maker> makers = {\n";
   for (const TableSchema& table : odlex::schema::allTables()) {
@@ -260,10 +309,11 @@ void writeSource(std::ostream& out) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 3) {
-    std::cerr << "usage: GenerateRows <header> <source>\n";
+  if (argc != 4) {
+    std::cerr << "usage: GenerateRows <header> <source> <extensions folder>\n";
     return 2;
   }
+  extensionsFolder = argv[3];
   std::ofstream header(argv[1]);
   std::ofstream source(argv[2]);
   writeHeader(header);

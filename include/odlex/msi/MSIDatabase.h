@@ -23,6 +23,7 @@
 #include <memory>
 #include <string>
 
+#include "odlex/msi/Nullable.h"
 #include "odlex/msi/eSchemaVersion.h"
 #include "odlex/support/TalError.h"
 #include "odlex/support/TalString.h"
@@ -30,6 +31,16 @@
 namespace odlex::engine {
 class Database;
 }
+class MSIT_SummaryInformation;
+
+// The word count of a package's summary information: bits saying how its source files are
+// laid out. 0 means long file names, uncompressed, not an administrative image.
+enum msidbSumInfoSourceType : int {
+  msidbSumInfoSourceTypeSFN = 1,         // short file names
+  msidbSumInfoSourceTypeCompressed = 2,  // files in cabinets
+  msidbSumInfoSourceTypeAdminImage = 4,  // an administrative installation image
+  msidbSumInfoSourceTypeLUAPackage = 8,  // installs without elevation
+};
 
 class MSIDatabase {
  public:
@@ -42,6 +53,16 @@ class MSIDatabase {
     ePersistCreate = 3,        // make a new, empty database (replacing the file on commit)
     ePersistReadOnly = 4,      // open for reading; commit is refused
     ePersistCreateDirect = 5,  // same as ePersistCreate
+  };
+
+  // The platform part of the summary information's template ("x64;1033"). Template texts, in
+  // order: "", "Intel", "x64", "Arm64", "Intel64".
+  enum ePlatform : int {
+    ePlatformNone = 0,
+    ePlatformIntel = 1,
+    ePlatformX64 = 2,
+    ePlatformArm64 = 3,
+    ePlatformIntel64 = 4,
   };
 
   // An unopened database object. `schema` is the schema version written into the summary
@@ -111,6 +132,24 @@ class MSIDatabase {
   static eSchemaVersion MapVersion(const TalString& text);
   // Version to text: the decimal number; the empty text for eSchemaNone.
   static TalString MapVersion(eSchemaVersion version);
+
+  // The common summary information fields, through `table` (populated from this database when
+  // it holds no row yet). sourceType is the word count (0 when absent), platform the template's
+  // part before ';' (ePlatformNone when absent or unknown; "AMD64" counts as x64), times as
+  // FILETIME counts. False, changing nothing, when the database has no summary information.
+  // Defined with the table classes: callers link the odlex library, not this layer alone.
+  bool GetSummaryInformation(MSIT_SummaryInformation& table, msidbSumInfoSourceType& sourceType,
+                             ePlatform& platform, TalString& title, TalString& subject,
+                             TalString& author, TalString& comments, NullableQuad& created,
+                             NullableQuad& lastSaved);
+  // Sets those fields in `table`'s row, creating the row when the database has none; the
+  // template keeps its language part. With newPackageCode the revision number gets a new GUID.
+  // The row is marked modified; persisting the table writes it. False (with an error) when
+  // `table` cannot be populated.
+  bool UpdateSummaryInformation(MSIT_SummaryInformation& table, bool newPackageCode,
+                                msidbSumInfoSourceType sourceType, ePlatform platform,
+                                const TalString& title, const TalString& subject,
+                                const TalString& author, const TalString& comments);
 
   // The engine object behind the table classes of this layer; null when not open.
   odlex::engine::Database* engineDatabase() { return engine_.get(); }

@@ -9,7 +9,8 @@
 //
 // Rows of one table order by their key columns (compareTo): text by UTF-16 code units, exact
 // case; integers by value with null first. An RWBTree of rows is therefore in primary-key
-// order, and two rows with the same key compare equal.
+// order, and two rows with the same key compare equal. Rows of different tables order by table
+// name, so one tree can collect rows of several tables.
 //
 // State: a row is modified after any setter, Modify() or Delete(); a deleted row stays in its
 // table, invisible to Find, until the table is persisted, which destroys it.
@@ -34,7 +35,9 @@ class MSITable;
 class MSIEntry : public RWCollectable {
  public:
   explicit MSIEntry(const odlex::schema::TableSchema& schema);
-  MSIEntry(const MSIEntry&) = delete;
+  // A free-standing copy: the same table, values and state, held by no table. The data of
+  // binary cells is read from the original's database now, so the copy outlives it.
+  MSIEntry(const MSIEntry& other);
   MSIEntry& operator=(const MSIEntry&) = delete;
   ~MSIEntry() override;
 
@@ -60,6 +63,14 @@ class MSIEntry : public RWCollectable {
   void Modify();
   // Marks the row deleted and modified.
   void Delete();
+
+  // For rows of one table: whether the key columns hold the same values (exact comparison, so
+  // keys that differ in case differ).
+  bool HasSameKey(const MSIEntry& other) const { return compareTo(&other) == 0; }
+  // Copies into this row every non-key column of `other`, a row of the same table, whose value
+  // differs (binary columns by their data); true when any did. False, changing nothing, for a
+  // row of another table.
+  bool CopyFields(const MSIEntry& other);
 
   // The value of the row's column that refers to the Component table's key (for a Component
   // row, its own key); empty when the table has no such column.
@@ -91,6 +102,13 @@ class MSIEntry : public RWCollectable {
   // closed, the stream missing) gives an empty value.
   MSIBinary BinaryAt(std::size_t column) const;
   void SetBinaryAt(std::size_t column, const MSIBinary& value);
+  // Makes binary cell `column` name `stream` as where its data is, to be read on first access
+  // through the owning table's ReadStream; data held is dropped. The row's state is unchanged.
+  void SetStreamAt(std::size_t column, const TalString& stream);
+
+  // The table holding the row, for rows whose operations read or add other rows of their
+  // table; null for a free-standing row.
+  MSITable* GetOwner() const { return owner_; }
 
  private:
   friend class MSITable;

@@ -22,6 +22,7 @@
 // that column built on first use and dropped whenever a row changes.
 
 #include <cstddef>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
@@ -67,7 +68,8 @@ class MSITable {
   // Releases the table for other users of the database. Rows are held in memory only, so there
   // is nothing to release: the rows stay as they are.
   void Unlock() {}
-  // What went wrong in the last Populate, Persist or Drop that returned false.
+  // What went wrong in the last operation of the table that failed (Populate, Persist and Drop
+  // returning false, an Add refused for a reason other than a held key).
   const TalString& GetLastError() const { return lastError_; }
 
   // A new GUID in the installer's text form.
@@ -80,6 +82,10 @@ class MSITable {
   // held by a live row is refused: the result is null and `entry` is destroyed. A deleted row
   // with that key is replaced.
   MSIEntry* AddEntry(std::unique_ptr<MSIEntry> entry);
+  // A new row of this table holding the values of `values`, a row of any table, copied column by
+  // column where the names match (the rest stay null); then as AddEntry. This is how a
+  // free-standing entry (MSISequenceEntry, a template row) is handed to a table.
+  MSIEntry* AddCopy(const MSIEntry& values);
   // The live row whose key equals the probe's, or null.
   MSIEntry* FindEntry(const MSIEntry& probe) const;
   // The first live row, in key order, whose catalog column `column` equals `value`, or null.
@@ -88,6 +94,27 @@ class MSITable {
  protected:
   // A new row of this table with every column null.
   virtual std::unique_ptr<MSIEntry> NewEntry() const = 0;
+  // For tables keyed by one text column: "<prefix><n>", the first such key that no row holds
+  // (deleted rows included, so a key is never reused before Persist). `width` pads n with
+  // zeros. Numbers are tried from just past the last key made, so making many keys stays cheap.
+  TalString MakeUniqueKey(const TalString& prefix, int width = 0);
+  // Records a failure of an operation of this table: GetLastError() and, when a database is
+  // set, the database's error list (with the table's name as the context).
+  void ReportError(unsigned code, const TalString& text);
+  // The data of a binary cell that names `name`: the database stream of that name, empty when
+  // it cannot be read. A table whose data lives elsewhere (sub-storages) overrides it.
+  virtual MSIBinary ReadStream(const TalString& name) const;
+  // For tables whose rows are not those of a database table of their name (the catalog
+  // tables, streams, storages, summary information): replaces the rows held with `rows` (made
+  // by NewEntry), loaded as they are: unmodified, the table clean. A row repeating an earlier
+  // row's key is left out.
+  void LoadRows(std::vector<std::unique_ptr<MSIEntry>> rows);
+  // Ends a Persist that wrote the rows by other means: destroys the deleted rows and leaves
+  // every row unmodified and the table clean.
+  void ClearChanges();
+  // Counts changes to the rows held (loads, adds, edits, deletes), so that a derived table can
+  // tell when a lookup structure of its own has gone stale.
+  std::uint64_t GetChangeCount() const { return changes_; }
 
  private:
   friend class MSIEntry;
@@ -96,8 +123,6 @@ class MSITable {
   void rowChanged();
   // Re-files `entry` under a new key value; false when another live row has that key.
   bool rekey(MSIEntry& entry, std::size_t column, const MSIRecordColumn& value);
-  // The data of a database stream; empty when it cannot be read.
-  MSIBinary readStream(const TalString& name) const;
   // Writes the binary cells of the live rows to the streams of `table`'s rows (row i of the
   // table holds live row i) and removes the streams no row uses any more.
   void writeStreams(const std::vector<MSIEntry*>& live, odlex::engine::Table& table);
@@ -110,7 +135,9 @@ class MSITable {
   // Streams of binary cells as the database held them at the last Populate or Persist.
   std::vector<std::u16string> knownStreams_;
   bool dirty_ = false;
+  std::uint64_t changes_ = 0;
   TalString lastError_;
+  unsigned long nextKeyNumber_ = 1;
   // FindBy indexes, by catalog column: value key -> rows in key order.
   mutable std::map<std::size_t, std::multimap<std::u16string, MSIEntry*>> indexes_;
 };

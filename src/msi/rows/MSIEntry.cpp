@@ -2,12 +2,27 @@
 
 #include "odlex/msi/MSIEntry.h"
 
+#include <functional>
+
 #include "msi/rows/CellOrder.h"
 #include "msi/schema/Schema.h"
 #include "odlex/msi/MSITable.h"
 
 MSIEntry::MSIEntry(const odlex::schema::TableSchema& schema)
     : schema_(&schema), values_(schema.columns.size()), binaries_(schema.columns.size()) {}
+
+MSIEntry::MSIEntry(const MSIEntry& other)
+    : RWCollectable(other),
+      schema_(other.schema_),
+      values_(other.values_),
+      binaries_(other.binaries_.size()),
+      deleted_(other.deleted_),
+      modified_(other.modified_) {
+  for (std::size_t column = 0; column < values_.size(); ++column) {
+    if (isBinaryColumn(column) && !other.cellIsNull(column))
+      binaries_[column] = std::make_shared<MSIBinary>(other.BinaryAt(column));
+  }
+}
 
 MSIEntry::~MSIEntry() = default;
 
@@ -108,6 +123,28 @@ void MSIEntry::changed() {
     owner_->rowChanged();
 }
 
+bool MSIEntry::CopyFields(const MSIEntry& other) {
+  if (other.schema_ != schema_)
+    return false;
+  bool changed = false;
+  for (std::size_t column = 0; column < values_.size(); ++column) {
+    if (isKeyColumn(column))
+      continue;
+    if (isBinaryColumn(column)) {
+      const MSIBinary data = other.BinaryAt(column);
+      if (data == BinaryAt(column))
+        continue;
+      SetBinaryAt(column, data);
+    } else {
+      if (other.values_[column] == values_[column])
+        continue;
+      store(column, other.values_[column]);
+    }
+    changed = true;
+  }
+  return changed;
+}
+
 TalString MSIEntry::GetComponentKey() const {
   if (schema_->name == u"Component")
     return TextAt(0);
@@ -121,8 +158,14 @@ TalString MSIEntry::GetComponentKey() const {
 
 int MSIEntry::compareTo(const RWCollectable* other) const {
   const auto* row = dynamic_cast<const MSIEntry*>(other);
-  if (!row || row->schema_ != schema_)
+  if (!row)
     return RWCollectable::compareTo(other);
+  // Rows of different tables order by table, so a tree may hold rows of several tables.
+  if (row->schema_ != schema_) {
+    if (const int order = schema_->name.compare(row->schema_->name))
+      return order < 0 ? -1 : 1;
+    return std::less<const void*>()(schema_, row->schema_) ? -1 : 1;
+  }
   for (std::size_t i = 0; i < values_.size() && isKeyColumn(i); ++i) {
     if (const int order = odlex::rows::compareCells(values_[i], row->values_[i]))
       return order;
@@ -183,9 +226,14 @@ MSIBinary MSIEntry::BinaryAt(std::size_t column) const {
     if (values_[column].IsNull() || !owner_)
       return MSIBinary();
     binaries_[column] =
-        std::make_shared<MSIBinary>(owner_->readStream(values_[column].GetStreamName()));
+        std::make_shared<MSIBinary>(owner_->ReadStream(values_[column].GetStreamName()));
   }
   return *binaries_[column];
+}
+
+void MSIEntry::SetStreamAt(std::size_t column, const TalString& stream) {
+  values_[column] = MSIRecordColumn::Stream(stream);
+  binaries_[column].reset();
 }
 
 void MSIEntry::SetBinaryAt(std::size_t column, const MSIBinary& value) {

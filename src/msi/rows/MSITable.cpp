@@ -5,6 +5,7 @@
 #include <unordered_set>
 
 #include "msi/engine/Database.h"
+#include "msi/engine/Result.h"
 #include "msi/rows/CellOrder.h"
 #include "msi/rows/EngineCells.h"
 #include "msi/schema/Schema.h"
@@ -38,27 +39,81 @@ TalString MSITable::GenerateGUID() {
   return odlex::GenerateGuid();
 }
 
+TalString MSITable::MakeUniqueKey(const TalString& prefix, int width) {
+  std::unique_ptr<MSIEntry> probe = NewEntry();
+  for (;; ++nextKeyNumber_) {
+    std::string number = std::to_string(nextKeyNumber_);
+    if (static_cast<int>(number.size()) < width)
+      number.insert(0, static_cast<std::size_t>(width) - number.size(), '0');
+    probe->values_[0] =
+        MSIRecordColumn::String(TalString(prefix.u16() + TalString::FromUtf8(number).u16()));
+    if (!rows_.find(probe.get()))
+      return probe->values_[0].GetString();
+  }
+}
+
+void MSITable::ReportError(unsigned code, const TalString& text) {
+  lastError_ = text;
+  if (database_)
+    database_->AddError(TalError(code, text, GetName()));
+}
+
 void MSITable::clearRows() {
   for (RWCollectable* item : rows_)
     delete asEntry(item);
   rows_.clear();
   replaced_.clear();
   indexes_.clear();
+  ++changes_;
 }
 
 void MSITable::rowChanged() {
   dirty_ = true;
   indexes_.clear();
+  ++changes_;
+}
+
+void MSITable::LoadRows(std::vector<std::unique_ptr<MSIEntry>> rows) {
+  clearRows();
+  knownStreams_.clear();
+  dirty_ = false;
+  nextKeyNumber_ = 1;
+  for (std::unique_ptr<MSIEntry>& entry : rows) {
+    entry->owner_ = this;
+    entry->modified_ = false;
+    entry->deleted_ = false;
+    if (rows_.insert(entry.get()) == entry.get())
+      entry.release();
+  }
+}
+
+void MSITable::ClearChanges() {
+  std::vector<MSIEntry*> deleted;
+  for (RWCollectable* item : rows_) {
+    asEntry(item)->modified_ = false;
+    if (asEntry(item)->IsDeleted())
+      deleted.push_back(asEntry(item));
+  }
+  for (MSIEntry* row : deleted) {
+    rows_.remove(row);
+    delete row;
+  }
+  replaced_.clear();
+  indexes_.clear();
+  ++changes_;
+  dirty_ = false;
 }
 
 bool MSITable::Populate() {
   clearRows();
   knownStreams_.clear();
   dirty_ = false;
+  nextKeyNumber_ = 1;
   lastError_ = TalString();
   odlex::engine::Database* db = database_ ? database_->engineDatabase() : nullptr;
   if (!db) {
-    lastError_ = TalString(u"table " + GetName().u16() + u": no open database");
+    ReportError(odlex::engine::kInvalidHandle,
+                TalString(u"table " + GetName().u16() + u": no open database"));
     return false;
   }
   const odlex::engine::Table* table = db->findTable(schema_->name);
@@ -82,14 +137,14 @@ bool MSITable::Populate() {
   }
   if (duplicates == 0)
     return true;
-  lastError_ = TalString::Format(
-      u"table %s: %u row(s) repeat the key of an earlier row and were "
-      u"left out",
-      GetName(), static_cast<unsigned long>(duplicates));
+  ReportError(odlex::engine::kInvalidData,
+              TalString::Format(u"table %s: %u row(s) repeat the key of an earlier row and were "
+                                u"left out",
+                                GetName(), static_cast<unsigned long>(duplicates)));
   return false;
 }
 
-MSIBinary MSITable::readStream(const TalString& name) const {
+MSIBinary MSITable::ReadStream(const TalString& name) const {
   const odlex::engine::Database* db = database_ ? database_->engineDatabase() : nullptr;
   std::vector<std::uint8_t> bytes;
   odlex::engine::Error error;
@@ -102,7 +157,8 @@ bool MSITable::Persist() {
   lastError_ = TalString();
   odlex::engine::Database* db = database_ ? database_->engineDatabase() : nullptr;
   if (!db) {
-    lastError_ = TalString(u"table " + GetName().u16() + u": no open database");
+    ReportError(odlex::engine::kInvalidHandle,
+                TalString(u"table " + GetName().u16() + u": no open database"));
     return false;
   }
   std::vector<MSIEntry*> live;
@@ -122,7 +178,7 @@ bool MSITable::Persist() {
     table = db->createTable(std::u16string(schema_->name), odlex::schema::engineColumns(*schema_),
                             error);
     if (!table) {
-      lastError_ = TalString::FromUtf8(error.text);
+      ReportError(error.code, TalString::FromUtf8(error.text));
       return false;
     }
   }
@@ -182,7 +238,8 @@ bool MSITable::Drop() {
   lastError_ = TalString();
   odlex::engine::Database* db = database_ ? database_->engineDatabase() : nullptr;
   if (!db) {
-    lastError_ = TalString(u"table " + GetName().u16() + u": no open database");
+    ReportError(odlex::engine::kInvalidHandle,
+                TalString(u"table " + GetName().u16() + u": no open database"));
     return false;
   }
   if (db->findTable(schema_->name))
@@ -209,6 +266,24 @@ MSIEntry* MSITable::AddEntry(std::unique_ptr<MSIEntry> entry) {
   rows_.insert(entry.get());
   rowChanged();
   return entry.release();
+}
+
+MSIEntry* MSITable::AddCopy(const MSIEntry& values) {
+  std::unique_ptr<MSIEntry> entry = NewEntry();
+  for (std::size_t column = 0; column < entry->values_.size(); ++column) {
+    const int from =
+        values.GetColumnIndex(TalString(std::u16string(schema_->columns[column].name)));
+    if (from < 0 || values.cellIsNull(from))
+      continue;
+    if (entry->isBinaryColumn(column) != values.isBinaryColumn(from) ||
+        entry->isIntegerColumn(column) != values.isIntegerColumn(from))
+      continue;
+    if (entry->isBinaryColumn(column))
+      entry->binaries_[column] = std::make_shared<MSIBinary>(values.BinaryAt(from));
+    else
+      entry->values_[column] = values.values_[from];
+  }
+  return AddEntry(std::move(entry));
 }
 
 MSIEntry* MSITable::FindEntry(const MSIEntry& probe) const {

@@ -76,9 +76,11 @@ TEST(RowsCatalog, EveryTableIsCreatedWrittenAndReadBack) {
     MSIDatabase db(text(file), MSIDatabase::ePersistCreate);
     ASSERT_TRUE(db.isValid());
     for (const schema::TableSchema& catalog : schema::allTables()) {
-      std::unique_ptr<MSITable> table = createTableObject(TalString(std::u16string(catalog.name)));
-      if (!table)
+      // The tables the database keeps about itself have table objects of their own shape.
+      if (catalog.system() && catalog.name != u"_Validation")
         continue;
+      std::unique_ptr<MSITable> table = createTableObject(TalString(std::u16string(catalog.name)));
+      ASSERT_NE(table, nullptr) << TalString(std::u16string(catalog.name)).ToUtf8();
       table->SetDatabase(db);
       ASSERT_TRUE(table->Populate());
       EXPECT_EQ(table->GetTable().entries(), 0u);

@@ -155,7 +155,7 @@ TEST(RowsTable, FactoryKnowsCatalogTablesOnly) {
   EXPECT_NE(createTableObject(u"Registry"), nullptr);
   EXPECT_EQ(createTableObject(u"Registry")->GetName(), u"Registry");
   EXPECT_NE(createTableObject(u"_Validation"), nullptr);
-  EXPECT_EQ(createTableObject(u"_Streams"), nullptr);
+  EXPECT_NE(createTableObject(u"_Streams"), nullptr);
   EXPECT_EQ(createTableObject(u"registry"), nullptr);
   EXPECT_EQ(createTableObject(u"NoSuchTable"), nullptr);
   const TalString guid = MSITable::GenerateGUID();

@@ -1,0 +1,64 @@
+// SYSTEMTIME fields to FILETIME counts and back, with the calendar's edges.
+
+#include <gtest/gtest.h>
+
+#include <odlex/support/SystemTime.h>
+
+#include <cstdint>
+
+namespace {
+
+constexpr std::uint64_t kUnixEpoch = 116444736000000000ull;  // 1970-01-01 as a FILETIME
+
+TEST(SystemTime, ConvertsKnownDatesBothWays) {
+  std::uint64_t count = 0;
+  ASSERT_TRUE(odlex::SystemTimeToFileTime(SYSTEMTIME{1970, 1, 0, 1, 0, 0, 0, 0}, count));
+  EXPECT_EQ(count, kUnixEpoch);
+  ASSERT_TRUE(odlex::SystemTimeToFileTime(SYSTEMTIME{1601, 1, 0, 1, 0, 0, 0, 0}, count));
+  EXPECT_EQ(count, 0u);
+
+  const SYSTEMTIME leap{2024, 2, 0, 29, 23, 59, 58, 999};
+  ASSERT_TRUE(odlex::SystemTimeToFileTime(leap, count));
+  SYSTEMTIME back{};
+  ASSERT_TRUE(odlex::FileTimeToSystemTime(count + 9'999, back));  // below a millisecond
+  EXPECT_EQ(back.wYear, 2024);
+  EXPECT_EQ(back.wMonth, 2);
+  EXPECT_EQ(back.wDay, 29);
+  EXPECT_EQ(back.wDayOfWeek, 4) << "a Thursday";
+  EXPECT_EQ(back.wHour, 23);
+  EXPECT_EQ(back.wMinute, 59);
+  EXPECT_EQ(back.wSecond, 58);
+  EXPECT_EQ(back.wMilliseconds, 999);
+}
+
+TEST(SystemTime, RefusesFieldsOutOfRange) {
+  std::uint64_t count = 7;
+  const SYSTEMTIME bad[] = {
+      {2023, 2, 0, 29, 0, 0, 0, 0},  // not a leap year
+      {1900, 2, 0, 29, 0, 0, 0, 0},  // century, not a leap year
+      {2024, 13, 0, 1, 0, 0, 0, 0}, {2024, 0, 0, 1, 0, 0, 0, 0},    {2024, 4, 0, 31, 0, 0, 0, 0},
+      {2024, 1, 0, 0, 0, 0, 0, 0},  {2024, 1, 0, 1, 24, 0, 0, 0},   {2024, 1, 0, 1, 0, 60, 0, 0},
+      {2024, 1, 0, 1, 0, 0, 60, 0}, {2024, 1, 0, 1, 0, 0, 0, 1000}, {1600, 12, 0, 31, 0, 0, 0, 0},
+      {30828, 1, 0, 1, 0, 0, 0, 0},
+  };
+  for (const SYSTEMTIME& time : bad) {
+    EXPECT_FALSE(odlex::SystemTimeToFileTime(time, count))
+        << time.wYear << "-" << time.wMonth << "-" << time.wDay << " " << time.wHour << ":"
+        << time.wMinute << ":" << time.wSecond << "." << time.wMilliseconds;
+  }
+  EXPECT_EQ(count, 7u) << "the count is left unchanged";
+  EXPECT_TRUE(odlex::SystemTimeToFileTime(SYSTEMTIME{2000, 2, 0, 29, 0, 0, 0, 0}, count));
+
+  ASSERT_TRUE(odlex::SystemTimeToFileTime(SYSTEMTIME{30827, 12, 0, 31, 23, 59, 59, 999}, count));
+  SYSTEMTIME last{};
+  EXPECT_TRUE(odlex::FileTimeToSystemTime(count, last));
+  EXPECT_FALSE(odlex::FileTimeToSystemTime(count + 10'000, last));
+  EXPECT_FALSE(odlex::FileTimeToSystemTime(UINT64_MAX, last));
+}
+
+TEST(SystemTime, NowIsAfterTheUnixEpoch) {
+  EXPECT_GT(odlex::CurrentFileTime(), kUnixEpoch);
+  EXPECT_GE(odlex::CurrentSystemTime().wYear, 2024);
+}
+
+}  // namespace
