@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh
 cmake -S . -B build -DCMAKE_BUILD_TYPE=Release >/dev/null
-cmake --build build -j"$(nproc)" --target odlex_tool sample_package
+cmake --build build -j"$(nproc)" --target odlex_tool sample_package odlex_host_example
 
 odlex=build/tools/odlex/odlex
 sample=build/examples/sample.msi
@@ -28,3 +28,12 @@ for table in $("$odlex" tables "$sample"); do
     { echo "table $table differs after rewrite"; exit 1; }
 done
 echo "every table reads back identically from the rewritten package"
+echo "== odlex rows: the Shortcut table through its table object"
+"$odlex" rows "$sample" Shortcut
+echo "== the example host program edits a copy of the sample"
+cp "$sample" "$out/edited.msi"
+build/examples/host/odlex-host "$out/edited.msi" ARPHELPLINK https://example.org/help 25001 \
+  "Could not reach [2]." HelpShortcut
+"$odlex" rows "$out/edited.msi" Shortcut
+"$odlex" query "$out/edited.msi" "SELECT \`Property\`, \`Value\` FROM \`Property\` WHERE \`Property\` = 'ARPHELPLINK'"
+"$odlex" query "$out/edited.msi" "SELECT \`Error\`, \`Message\` FROM \`Error\` WHERE \`Error\` = 25001"

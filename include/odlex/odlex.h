@@ -1,6 +1,10 @@
 #pragma once
 // The whole public interface of odlex.
 
+#include <odlex/database/ODLEXDatabase.h>
+#include <odlex/database/ODLEXDatabaseInfo.h>
+#include <odlex/database/ODLEXOpenType.h>
+#include <odlex/database/Progress.h>
 #include <odlex/msi/CustomActionType.h>
 #include <odlex/msi/Guid.h>
 #include <odlex/msi/MSIBinary.h>
@@ -36,3 +40,7 @@
 #include <odlex/support/TalString.h>
 #include <odlex/support/UserName.h>
 #include <odlex/support/Utf8.h>
+#include <odlex/tables/ODLEXDatabaseError.h>
+#include <odlex/tables/ODLEXTObject.h>
+#include <odlex/tables/ODLEXTableAttributes.h>
+#include <odlex/tables/ODLEXTables.h>

@@ -89,5 +89,27 @@ TEST(OdlexQuery, PrintsRowsTabSeparatedWithNullsEmpty) {
   EXPECT_NE(unknown.err.find("(error 1628)"), std::string::npos) << unknown.err;
 }
 
+TEST(OdlexRows, PrintsTheLiveRowsOfATableObjectInKeyOrder) {
+  TempDir dir;
+  writeText(dir / "Property.idt",
+            "Property\tValue\r\ns72\tl0\r\nProperty\tProperty\r\nZeta\tlast\r\n"
+            "Alpha\tA\x10tab\r\n");
+  ASSERT_TRUE(runOdlex({"import", (dir / "p.msi").string(), (dir / "Property.idt").string()}).ok());
+  ProcessResult rows = runOdlex({"rows", (dir / "p.msi").string(), "Property"});
+  ASSERT_TRUE(rows.ok()) << rows.describe();
+  EXPECT_EQ(rows.out, "Property\tValue\nAlpha\tA\x10tab\nZeta\tlast\n")
+      << "a tab inside a value is written as in table text files";
+
+  ProcessResult empty = runOdlex({"rows", (dir / "p.msi").string(), "Shortcut"});
+  ASSERT_TRUE(empty.ok()) << empty.describe();
+  EXPECT_TRUE(empty.out.starts_with("Shortcut\tDirectory_\tName\t")) << empty.out;
+
+  ProcessResult unknown = runOdlex({"rows", (dir / "p.msi").string(), "property"});
+  EXPECT_EQ(unknown.exitCode, 1);
+  EXPECT_NE(unknown.err.find("(error 1628)"), std::string::npos) << unknown.err;
+  ProcessResult missing = runOdlex({"rows", (dir / "none.msi").string(), "Property"});
+  EXPECT_NE(missing.err.find("(error 110)"), std::string::npos) << missing.err;
+}
+
 }  // namespace
 }  // namespace odlex::test

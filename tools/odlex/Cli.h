@@ -47,5 +47,6 @@ int exportAllCommand(const Arguments& args);
 int importCommand(const Arguments& args);
 int rewriteCommand(const Arguments& args);
 int queryCommand(const Arguments& args);
+int rowsCommand(const Arguments& args);
 
 }  // namespace odlex::cli

@@ -20,7 +20,10 @@ constexpr const char* kUsage =
     "                                    import table files into PACKAGE (created when\n"
     "                                    missing), or into a copy OUT\n"
     "  rewrite PACKAGE -o OUT            decode everything and write a fresh file\n"
-    "  query PACKAGE \"SQL\"               run a SELECT, one row per line, tab-separated\n";
+    "  query PACKAGE \"SQL\"               run a SELECT, one row per line, tab-separated\n"
+    "  rows PACKAGE TABLE                the live rows of TABLE through its table object:\n"
+    "                                    a line of column names, then one row per line,\n"
+    "                                    tab-separated\n";
 
 struct Entry {
   const char* name;
@@ -28,9 +31,13 @@ struct Entry {
 };
 
 constexpr Entry kCommands[] = {
-    {"tables", odlex::cli::tablesCommand},        {"export", odlex::cli::exportCommand},
-    {"export-all", odlex::cli::exportAllCommand}, {"import", odlex::cli::importCommand},
-    {"rewrite", odlex::cli::rewriteCommand},      {"query", odlex::cli::queryCommand},
+    {"tables", odlex::cli::tablesCommand},
+    {"export", odlex::cli::exportCommand},
+    {"export-all", odlex::cli::exportAllCommand},
+    {"import", odlex::cli::importCommand},
+    {"rewrite", odlex::cli::rewriteCommand},
+    {"query", odlex::cli::queryCommand},
+    {"rows", odlex::cli::rowsCommand},
 };
 
 }  // namespace

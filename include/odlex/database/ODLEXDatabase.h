@@ -1,0 +1,263 @@
+#pragma once
+// ODLEXDatabase: one open installer database (.msi, .msm, .pcp) and the process-wide list of
+// open databases.
+//
+// The list (GetDatabaseList) owns the databases; hosts hold references. AddDatabaseToList and
+// GetDatabaseWithFilePath open a file, or give the database already open for it, so every
+// caller naming the same file works on the same object. The list is ordered by the working
+// path (GetDatabasePath, exact case) and searched by the file name the caller used
+// (GetFilePath, ignoring case).
+//
+// A database owns its lower-layer MSIDatabase and one lazily made table object per table type,
+// in slot 4194 - typeID. Edits only mark rows and tables; SaveChanges persists the modified
+// table objects (the members of a table's set first) and commits; Rollback puts the file back
+// as it was first opened.
+//
+// Failures the database detects are thrown as ODLEXDatabaseError; lower-layer failures are kept
+// in the lower layer's error list (GetTalError, DumpAllErrors). Debug lines go to the debug
+// output sink (odlex/support/DebugOutput.h). Everything here is for one thread.
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "odlex/database/ODLEXDatabaseInfo.h"
+#include "odlex/database/ODLEXOpenType.h"
+#include "odlex/database/Progress.h"
+#include "odlex/msi/MSIDatabase.h"
+#include "odlex/msi/MSIStringChecker.h"
+#include "odlex/support/RWBTree.h"
+#include "odlex/support/RWCollectable.h"
+#include "odlex/support/RWFactory.h"
+#include "odlex/tables/ODLEXTObject.h"
+
+#define ODLEX_TABLE_TYPE(Table, id, edits, attributes) class ODLEXT##Table;
+#include "odlex/tables/TableTypes.def"
+#undef ODLEX_TABLE_TYPE
+
+class MSIE_Storages;
+class MSIE_Streams;
+class MSITranslate;
+class ODLEXMergeErrors;
+
+class ODLEXDatabase : public RWCollectable {
+ public:
+  ~ODLEXDatabase() override;
+  ODLEXDatabase(const ODLEXDatabase&) = delete;
+  ODLEXDatabase& operator=(const ODLEXDatabase&) = delete;
+
+  // Collectable protocol: class id 387; ordered by GetDatabasePath (exact case).
+  RWCollectable* newSpecies() const override;
+  RWCollectable* copy() const override;
+  RWClassID isA() const override;
+  static RWClassID classIsA() { return myAtom; }
+  int compareTo(const RWCollectable* other) const override;
+  unsigned hash() const override;
+  bool isEqual(const RWCollectable* other) const override;
+
+  // --- The list of open databases -----------------------------------------------------------
+  static ODLEXDatabase& AddDatabaseToList(const TalString& path);
+  static ODLEXDatabase& AddDatabaseToList(const TalString& path, ODLEXOpenType& how);
+  static ODLEXDatabase& GetDatabaseWithFilePath(const TalString& path);
+  static ODLEXDatabase& GetDatabaseWithFilePath(const TalString& path, ODLEXOpenType& how);
+  static bool IsDatabaseFilePathLoaded(const TalString& path);
+  static RWBTree& GetDatabaseList();
+  static void RemoveDatabaseFromList(const TalString& path, bool save);
+  void RemoveFromList(bool save);
+  static void KillDatabaseList();
+
+  // --- Opening, table objects, saving ---------------------------------------------------------
+  bool SetDatabasePath(const TalString& path, ODLEXOpenType& how);
+  ODLEXTObject& GetTableObject(ODLEXTObject::typeID type);
+  ODLEXTObject& GetTableObject(ODLEXTObject::typeID type, bool load);
+  // One typed accessor per table type: GetComponent(), Get_SummaryInformation(), ... The
+  // accessors of tables that need a newer schema (FileSFPCatalog, SFPCatalog and the
+  // MsiAssembly, MsiDigital... and MsiFileHash tables) throw code 60 when the database's schema
+  // cannot hold them.
+#define ODLEX_TABLE_TYPE(Table, id, edits, attributes) ODLEXT##Table& Get##Table();
+#include "odlex/tables/TableTypes.def"
+#undef ODLEX_TABLE_TYPE
+
+  void Modify(bool modified) {
+    SetModified(modified);
+  }
+  void SetModified(bool modified);
+  bool IsModified() const;
+  bool GetInteriorModify() const;
+  void SetExteriorModify(bool modified) {
+    exteriorModify_ = modified;
+  }
+  bool GetExteriorModify() const {
+    return exteriorModify_;
+  }
+  bool SaveChanges();
+  void PersistTables();
+  void Rollback();
+  void Reload();
+  void Close(bool save);
+  void SetCreatingTransform(bool creating);
+  bool IsCreatingTransform() const {
+    return creatingTransform_;
+  }
+
+  bool IsReadOnly() const {
+    return readOnly_;
+  }
+  bool IsValid() const {
+    return database_.isValid();
+  }
+  MSIDatabase& GetDatabase() {
+    return database_;
+  }
+  const TalString& GetFilePath() const {
+    return filePath_;
+  }
+  TalString GetDatabasePath() const {
+    return database_.getPath();
+  }
+  MSITranslate& GetTranslator();
+  void SetStorage(void* storage) {
+    storage_ = storage;
+  }
+  void* GetStorage() const {
+    return storage_;
+  }
+
+  // Takes the oldest pending lower-layer error and discards the rest; code 0 when none.
+  const TalError& GetTalError();
+  // Writes every pending lower-layer error to the debug output, one "TalMSI: <text>\r\n" line
+  // each.
+  void DumpAllErrors();
+
+  // --- Product information and file kind ------------------------------------------------------
+  ODLEXDatabaseInfo GetDatabaseInfo() const {
+    return info_;
+  }
+  void SetDatabaseInfo(const ODLEXDatabaseInfo& info, TalString* reason);
+  bool IsMergeModule();
+  void SetMergeModule(bool mergeModule);
+  bool IsPCP() const;
+  bool IsCompressed() const {
+    return compressed_;
+  }
+  bool CheckForCompression();
+  eSchemaVersion GetVersion() const {
+    return database_.GetVersion();
+  }
+  // Whether the database's code page can hold the character / text; false before the first
+  // successful open.
+  bool IsCharOK(char16_t c) const;
+  bool IsStringOK(const TalString& text) const;
+  static bool MatchesExtension(const TalString& path, const TalString& extension);
+
+  // --- Table types, sets and schema -----------------------------------------------------------
+  static ODLEXTObject::typeID GetTableType(const TalString& name);
+  static bool CanCreateTable(ODLEXTObject::typeID type, const ODLEXDatabase& db);
+  bool IsTableValid(ODLEXTObject::typeID type) const;
+  static std::multimap<eTableSets, ODLEXTObject::typeID> related_tables;
+
+  // --- Change log -----------------------------------------------------------------------------
+  // Records message `messageId` with `inserts` in the package's change log, when a message
+  // catalog is loaded (SetResources) and logging is on; otherwise does nothing.
+  void UpdateChangeLog(unsigned long messageId, const std::vector<std::u16string>& inserts,
+                       const TalString& table);
+
+  // --- Class-wide settings --------------------------------------------------------------------
+  static void INIT();
+  static void SetResources(TalString path);
+  static void SetSchemaCAB(const TalString& path);
+  static void SetProgramDir(const TalString& path);
+  static const TalString& GetProgramDirectory();
+  static void SetCurrentDirectoryW(const TalString& path);
+  static const TalString& GetCurrentDirectoryW();
+  static void SetSingleProgress(SingleProgress* progress);
+  static void SetDualProgress(DualProgress* progress);
+  static void ClearSingleProgress();
+  static void ClearDualProgress();
+  static SingleProgress& GetSingleProgress();
+  static DualProgress& GetDualProgress();
+  static void SetCopySingleFile(bool (*copy)(const TalString& from, const TalString& to));
+  bool CopySingleFile(const TalString& from, const TalString& to);
+  static void SetUserPermitsFunction(bool (*permits)());
+  static bool UserPermits();
+  static void SetGlobalAutoUpdatePackageCode(bool (*autoUpdate)());
+  static ODLEXMergeErrors* GetMergeErrors();
+  static void WriteDebugInfo(unsigned code, bool flag);
+  // The name of the temporary read-only copy of `path`: the same name ending in ".mri".
+  static TalString GetTempMsiFileName(const TalString& path);
+  static void DeleteReadOnlyTemp(const TalString& path);
+
+  static unsigned totalODLEXTObjects;
+  static unsigned nonODLEXRWCollectables;
+
+ protected:
+  static void InitRelatedTables();
+
+ private:
+  ODLEXDatabase();
+  explicit ODLEXDatabase(const TalString& path);
+
+  void init();
+  void UnloadTables();
+  void AcquireDatabaseInfo();
+  // Refused for every storage: making a file of a sub-storage is not supported (code 81).
+  void CreateStoragesFile(MSIE_Storages& storage, const TalString& path);
+  static TalString ChangeFilePathToExt(const TalString& path, const TalString& extension);
+
+  // Adds copies of `rows` to the lower-layer table of `table`, each marked modified (the
+  // source's streams and sub-storages after an output-file open).
+  template <class Row>
+  static void CarryRows(ODLEXTObject& table, const std::vector<std::unique_ptr<Row>>& rows);
+  // Marks the summary information modified, so that persisting writes it.
+  void DeclareSummaryModified();
+  // Writes the values of `info` that differ from the cached record to the summary information
+  // and the Property table.
+  void WriteChangedInfo(const ODLEXDatabaseInfo& info);
+  // Takes `database` out of the list by identity, even if its path changed while listed.
+  static void RemoveFromDatabaseList(ODLEXDatabase* database);
+
+  // The slot of table type `type` in tableObjects_: types count down from the no-table value.
+  static constexpr std::size_t SlotOf(ODLEXTObject::typeID type) {
+    return static_cast<std::size_t>(ODLEXTObject::eNoTable - type);
+  }
+  // The lower-layer table of `object` as its table class; null when it has none.
+  template <class LowerTable>
+  static LowerTable* LowerTableOf(ODLEXTObject& object) {
+    return static_cast<LowerTable*>(object.GetLowerTable());
+  }
+
+  static constexpr RWClassID myAtom = ODLEXTObject::eDatabaseClass;
+
+  // Class-wide state.
+  static RWBTree databaseList;
+  static RWFactory* factory;
+  static unsigned initCalls;
+  static TalString programDirectory;
+  static TalString currentDirectory;
+  static TalString schemaPath;
+  // The message catalog named by SetResources; not loaded yet (see SetResources).
+  static TalString resourcePath;
+  static std::unique_ptr<SingleProgress> singleProgress;
+  static std::unique_ptr<DualProgress> dualProgress;
+  static bool (*userPermits)();
+  static bool (*copySingleFile)(const TalString& from, const TalString& to);
+  static bool (*autoUpdatePackageCode)();
+  static std::unique_ptr<ODLEXMergeErrors> merge_errors;
+  static const odlex::FactoryRegistration factoryRegistration;
+
+  bool compressed_ = false;
+  bool readOnly_ = false;
+  ODLEXDatabaseInfo info_;
+  std::vector<std::unique_ptr<ODLEXTObject>> tableObjects_;
+  std::unique_ptr<MSIStringChecker> stringChecker_;
+  TalString filePath_;
+  bool modified_ = false;
+  bool exteriorModify_ = false;
+  bool creatingTransform_ = false;
+  MSIDatabase database_;
+  int mergeModuleState_ = 0;  // 0 not known yet, 1 merge module, 2 not
+  TalString reserved_;
+  void* storage_ = nullptr;
+  TalError takenError_;  // the error GetTalError returned last
+};

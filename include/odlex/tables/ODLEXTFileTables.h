@@ -1,0 +1,98 @@
+#pragma once
+// Table objects of the tables that describe files and their media: Icon, Media and BindImage;
+// Font and SelfReg (files registered as fonts or self-registering modules); the file
+// operations of components (MoveFile, DuplicateFile, RemoveFile); IsolatedComponent; Binary.
+
+#include "odlex/tables/ODLEXTRowTable.h"
+
+class MSIEFile;
+
+class ODLEXTIcon : public ODLEXTRowTable<ODLEXTIcon, ODLEXTObject::eIcon> {
+ public:
+  // The row named `iconID`; code 14 when there is none.
+  MSIEIcon& GetIconWithIconID(const TalString& iconID);
+  // The row whose data was read from the file `sourceFile` (as the path was given when the data
+  // was set; rows read from a package have no file); code 14 when there is none.
+  MSIEIcon& GetIconWithSourceFile(const TalString& sourceFile);
+};
+
+class ODLEXTMedia : public ODLEXTRowTable<ODLEXTMedia, ODLEXTObject::eMedia> {
+ public:
+  // The disk `diskID`; code 27 when there is none.
+  MSIEMedia& GetMediaWithDiskID(short diskID);
+};
+
+class ODLEXTBindImage : public ODLEXTRowTable<ODLEXTBindImage, ODLEXTObject::eBindImage> {
+ public:
+  // The row of the file `fileID`; code 33 when there is none.
+  MSIEBindImage& GetBindImageWithFileID(const TalString& fileID);
+  // The File row the row binds; ODLEXDatabaseErrorWithEntry (this table, `row`, code 20) when
+  // the file does not exist.
+  MSIEFile& GetFile(const MSIEBindImage& row);
+};
+
+class ODLEXTFont : public ODLEXTRowTable<ODLEXTFont, ODLEXTObject::eFont> {
+ public:
+  // The row of the font file `fileID`; code 16 when there is none.
+  MSIEFont& GetFontWithFileID(const TalString& fileID);
+  // Whether `file` is registered as a font: a live Font row names it.
+  bool IsFileAFont(const MSIEFile& file);
+};
+
+class ODLEXTSelfReg : public ODLEXTRowTable<ODLEXTSelfReg, ODLEXTObject::eSelfReg> {
+ public:
+  // The row of the self-registering file `fileID`; code 17 when there is none.
+  MSIESelfReg& GetSelfRegWithFileID(const TalString& fileID);
+};
+
+class ODLEXTMoveFile : public ODLEXTRowTable<ODLEXTMoveFile, ODLEXTObject::eMoveFile> {
+ public:
+  // The row with the key `fileKey`; code 35 when there is none.
+  MSIEMoveFile& GetMoveFileWithID(const TalString& fileKey);
+  // Inserts the live MoveFile rows of `component` into `out`; returns `out`.
+  RWBTree& GetMoveFiles(RWBTree& out, const MSIEComponent& component);
+};
+
+class ODLEXTDuplicateFile
+    : public ODLEXTRowTable<ODLEXTDuplicateFile, ODLEXTObject::eDuplicateFile> {
+ public:
+  // The first live row (in key order) that duplicates `file`; ODLEXDatabaseErrorWithEntry (the
+  // File table, `file`, code 34) when the file has no duplicate.
+  MSIEDuplicateFile& GetDuplicateFile(const MSIEFile& file);
+  // Insert into `out` the live rows that duplicate `file`, or that `component` installs;
+  // return `out`.
+  RWBTree& GetDuplicateFiles(RWBTree& out, const MSIEFile& file);
+  RWBTree& GetDuplicateFiles(RWBTree& out, const MSIEComponent& component);
+};
+
+class ODLEXTRemoveFile : public ODLEXTRowTable<ODLEXTRemoveFile, ODLEXTObject::eRemoveFile> {
+ public:
+  // Inserts the live RemoveFile rows of `component` into `out`; returns `out`.
+  RWBTree& GetRemoveFiles(RWBTree& out, const MSIEComponent& component);
+};
+
+// A row installs the shared component (Component_Shared) privately into the folder of the
+// application component (Component_Application).
+class ODLEXTIsolatedComponent
+    : public ODLEXTRowTable<ODLEXTIsolatedComponent, ODLEXTObject::eIsolatedComponent> {
+ public:
+  using ODLEXTObject::GetEntries;
+  // Inserts into `out` the live rows in which `component` takes part, as the shared or as the
+  // application component; returns `out`.
+  RWBTree& GetEntries(RWBTree& out, const MSIEComponent& component);
+  // Inserts into `out` the live rows of the application component `application` (the shared
+  // components isolated into its folder); returns `out`.
+  RWBTree& GetEntriesForApplicationComponent(RWBTree& out, const MSIEComponent& application);
+  // Inserts into `out` the live rows of the shared component `shared` (the applications it is
+  // isolated for); returns `out`.
+  RWBTree& GetEntriesForSharedComponent(RWBTree& out, const MSIEComponent& shared);
+  // The row isolating the component `shared` for the component `application`. The table has no
+  // not-found code of its own: a missing pairing throws code 21, that of a missing component.
+  MSIEIsolatedComponent& GetEntry(const TalString& shared, const TalString& application);
+};
+
+class ODLEXTBinary : public ODLEXTRowTable<ODLEXTBinary, ODLEXTObject::eBinary> {
+ public:
+  // The row named `name`; code 29 when there is none.
+  MSIEBinary& GetBinaryWithID(const TalString& name);
+};

@@ -1,0 +1,49 @@
+#pragma once
+// The Property table object: values by name, and the translation of "[Property]" references.
+// The table has none of the common row edits: properties are set, added to and read by name.
+
+#include "odlex/msi/MSITranslate.h"
+#include "odlex/tables/ODLEXTRowTable.h"
+
+class ODLEXTProperty : public ODLEXTRowTable<ODLEXTProperty, ODLEXTObject::eProperty> {
+ public:
+  // Loads the rows, then the translator (init).
+  void Load(ODLEXDatabase& db) override;
+
+  // The row of property `name`; code 5 when there is none.
+  MSIEProperty& Find(const TalString& name);
+  // The value of `name`; empty when the property is not set (as the installer reads an unset
+  // property).
+  TalString GetValue(const TalString& name);
+  // Sets `name` to `value`, adding the row when missing. The Value column cannot be empty, so an
+  // empty value removes the property (marks its row deleted). The row changed or added is the
+  // temp entry; the table is marked modified only when something changed. The translator
+  // follows.
+  void SetValue(const TalString& name, const TalString& value);
+  // Adds `value` to the ";"-separated list held by `name` (SecureCustomProperties, say), unless
+  // the list holds it already (exact comparison); sets the property when it is not set.
+  void AddValue(const TalString& name, const TalString& value);
+  // `text` with every "[Name]" of a property set in the table replaced by its value (from the
+  // rows as they are now); references to other names stay as written.
+  TalString Expand(const TalString& text);
+
+  // The translator of the lower-layer table: the property values as loaded by InitVars.
+  MSITranslate& GetTranslator();
+  // Fills the translator afresh with the value of every live property.
+  void InitVars();
+  // Prepares the object after loading: fills the translator.
+  void init();
+  // `text` translated with the translator (fast for many texts; as current as the last
+  // InitVars, SetValue or AddValue).
+  TalString TranslateVars(const TalString& text);
+  // `text` with the translator's values put back as "[Name]" references, longer values first.
+  TalString UnFormatVars(const TalString& text);
+
+  // Search and replace leaves out the package's identity (ProductCode, UpgradeCode,
+  // ProductLanguage): a text replacement must never change which product a package is.
+  bool SARExcludeEntry(const MSIEntry* entry) override;
+
+ private:
+  // The live row of `name`, or null.
+  MSIEProperty* live(const TalString& name);
+};

@@ -1,0 +1,115 @@
+#pragma once
+// ODLEXTRowTable: the pattern every table class shares, written once. A table class derives
+// from ODLEXTRowTable<itself, its typeID> and adds only its own operations. The template gives
+//   - the collectable plumbing: newSpecies, copy, isA/classIsA (the typeID);
+//   - construction with a new, empty MSIT<Table> and the table's attributes, and Unload that
+//     makes a fresh empty one so the object can be loaded again;
+//   - GetTable(), the lower-layer table as its concrete class;
+//   - GetTableSet(): the file-search set for AppSearch, Signature and the locator tables;
+//   - the common row edits Add, Change and Delete, for the classes that have them;
+//   - Lookup(keys...), the live row with a key or null, for other table objects;
+//   - FindOrThrow, the "Get<Row>With<Key>" lookup shape: a row or the table's not-found error.
+//
+// The edits, step by step:
+//   Add(row)       asks the lower layer for a row with row's key (refused, without an error,
+//                  when a live row has it); the temp entries then hold exactly the new row (or
+//                  nothing); a new row is revived (not deleted), marked modified, the table is
+//                  marked modified, and row's other fields are copied into it.
+//   Delete(row)    marks the row modified and deleted (it stays in the lower-layer table until
+//                  the table is written) and the table modified.
+//   Change(row, v) when a key field of v differs from row's (exact comparison: a change of
+//                  case is a key change), deletes row and adds v: the changed row is a new row
+//                  object, found in the temp entries; returns true. Otherwise copies the fields
+//                  of v that differ into row; the temp entries hold row; when something changed
+//                  row is revived and marked modified and the table modified. Returns whether
+//                  anything changed.
+
+#include <memory>
+
+#include "odlex/tables/ODLEXDatabaseError.h"
+#include "odlex/tables/ODLEXTableTraits.h"
+
+template <class Derived, ODLEXTObject::typeID type>
+class ODLEXTRowTable : public ODLEXTObject {
+ public:
+  using Traits = ODLEXTableTraits<type>;
+  using LowerTable = typename Traits::LowerTable;
+  using Entry = typename Traits::Entry;
+  static constexpr typeID kType = type;
+
+  ODLEXTRowTable() {
+    SetLowerTable(std::make_unique<LowerTable>());
+    Attributes() = Traits::kAttributes;
+  }
+
+  RWCollectable* newSpecies() const override { return new (std::nothrow) Derived(); }
+  RWCollectable* copy() const override {
+    return new (std::nothrow) Derived(static_cast<const Derived&>(*this));
+  }
+  RWClassID isA() const override { return kType; }
+  static RWClassID classIsA() { return kType; }
+  static const char* className() { return Traits::kClassName; }
+
+  eTableSets GetTableSet() override { return tableSetOf(kType); }
+
+  void Unload() override {
+    ODLEXTObject::Unload();
+    SetLowerTable(std::make_unique<LowerTable>());
+  }
+
+  void Add(const Entry& row) requires((Traits::kEdits & kAddEdit) != 0) { addRow(row); }
+
+  void Delete(Entry& row) requires((Traits::kEdits & kDeleteEdit) != 0) { markDeleted(row); }
+
+  bool Change(Entry& row, const Entry& values) requires((Traits::kEdits & kChangeEdit) != 0) {
+    if (!row.HasSameKey(values)) {
+      markDeleted(row);
+      addRow(values);
+      return true;
+    }
+    const bool changed = row.CopyFields(values);
+    SetTempEntries(&row);
+    if (changed)
+      Revive(row);
+    return changed;
+  }
+
+  // The live row with these key values, or null: the lookup other table objects use to follow
+  // a reference into this table.
+  template <class... Keys>
+  Entry* Lookup(const Keys&... keys) {
+    return GetTable().Find(keys...);
+  }
+
+ protected:
+  LowerTable& GetTable() { return static_cast<LowerTable&>(*GetLowerTable()); }
+
+  // A row found by a lookup of the lower-layer table, or the error `notFound`.
+  template <class Row>
+  static Row& FindOrThrow(Row* row, ODLEXDatabaseError::eCodeMeaning notFound) {
+    if (!row)
+      throw ODLEXDatabaseError(notFound);
+    return *row;
+  }
+
+ private:
+  void addRow(const Entry& row) {
+    Entry* added = static_cast<Entry*>(GetTable().AddCopy(row));
+    SetTempEntries(added);
+    if (added)
+      Revive(*added);
+  }
+
+  void markDeleted(Entry& row) {
+    row.Modify();
+    row.Delete();
+    Modify(true);
+  }
+
+  // A row just added or changed: live, modified, and its table modified.
+  void Revive(Entry& row) {
+    row.SetDeleted(false);
+    row.Modify();
+    Modify(true);
+  }
+};

@@ -1,0 +1,77 @@
+#pragma once
+// Every table-object class. Classes that only follow the common pattern are declared here with
+// ODLEX_SIMPLE_TABLE; classes with operations of their own have their own header, included here.
+
+#include "odlex/tables/ODLEXTAssemblyTables.h"
+#include "odlex/tables/ODLEXTComTables.h"
+#include "odlex/tables/ODLEXTFileTables.h"
+#include "odlex/tables/ODLEXTInstallTables.h"
+#include "odlex/tables/ODLEXTLocatorTables.h"
+#include "odlex/tables/ODLEXTODBCTables.h"
+#include "odlex/tables/ODLEXTPatchTables.h"
+#include "odlex/tables/ODLEXTProperty.h"
+#include "odlex/tables/ODLEXTRowTable.h"
+#include "odlex/tables/ODLEXTUITables.h"
+
+#define ODLEX_SIMPLE_TABLE(Table) \
+  class ODLEXT##Table : public ODLEXTRowTable<ODLEXT##Table, ODLEXTObject::e##Table> {};
+
+ODLEX_SIMPLE_TABLE(ActionText)
+ODLEX_SIMPLE_TABLE(AdminExecuteSequence)
+ODLEX_SIMPLE_TABLE(AdminUISequence)
+ODLEX_SIMPLE_TABLE(AdvtExecuteSequence)
+ODLEX_SIMPLE_TABLE(AdvtUISequence)
+ODLEX_SIMPLE_TABLE(AppId)
+ODLEX_SIMPLE_TABLE(BBControl)
+ODLEX_SIMPLE_TABLE(Billboard)
+ODLEX_SIMPLE_TABLE(CheckBox)
+ODLEX_SIMPLE_TABLE(ComboBox)
+ODLEX_SIMPLE_TABLE(Component)
+ODLEX_SIMPLE_TABLE(Condition)
+ODLEX_SIMPLE_TABLE(Control)
+ODLEX_SIMPLE_TABLE(ControlCondition)
+ODLEX_SIMPLE_TABLE(CustomAction)
+ODLEX_SIMPLE_TABLE(Dialog)
+ODLEX_SIMPLE_TABLE(Directory)
+ODLEX_SIMPLE_TABLE(Error)
+ODLEX_SIMPLE_TABLE(EventMapping)
+ODLEX_SIMPLE_TABLE(Feature)
+ODLEX_SIMPLE_TABLE(FeatureComponents)
+ODLEX_SIMPLE_TABLE(File)
+ODLEX_SIMPLE_TABLE(InstallExecuteSequence)
+ODLEX_SIMPLE_TABLE(InstallUISequence)
+ODLEX_SIMPLE_TABLE(ListBox)
+ODLEX_SIMPLE_TABLE(ListView)
+ODLEX_SIMPLE_TABLE(ModuleAdminExecuteSequence)
+ODLEX_SIMPLE_TABLE(ModuleAdminUISequence)
+ODLEX_SIMPLE_TABLE(ModuleAdvtExecuteSequence)
+ODLEX_SIMPLE_TABLE(ModuleAdvtUISequence)
+ODLEX_SIMPLE_TABLE(ModuleInstallExecuteSequence)
+ODLEX_SIMPLE_TABLE(ModuleInstallUISequence)
+ODLEX_SIMPLE_TABLE(ModuleSignature)
+ODLEX_SIMPLE_TABLE(MsiDigitalCertificate)
+ODLEX_SIMPLE_TABLE(MsiDigitalSignature)
+ODLEX_SIMPLE_TABLE(MsiFileHash)
+ODLEX_SIMPLE_TABLE(Patch)
+ODLEX_SIMPLE_TABLE(PatchPackage)
+ODLEX_SIMPLE_TABLE(PublishComponent)
+ODLEX_SIMPLE_TABLE(Registry)
+ODLEX_SIMPLE_TABLE(SFPCatalog)
+ODLEX_SIMPLE_TABLE(TextStyle)
+ODLEX_SIMPLE_TABLE(UIText)
+ODLEX_SIMPLE_TABLE(Upgrade)
+ODLEX_SIMPLE_TABLE(ZrChangeLog)
+ODLEX_SIMPLE_TABLE(ZrKeyword)
+ODLEX_SIMPLE_TABLE(ZrRemoveTextFile)
+ODLEX_SIMPLE_TABLE(ZrTextFile)
+ODLEX_SIMPLE_TABLE(_Columns)
+ODLEX_SIMPLE_TABLE(_Storages)
+ODLEX_SIMPLE_TABLE(_Streams)
+ODLEX_SIMPLE_TABLE(_SummaryInformation)
+ODLEX_SIMPLE_TABLE(_Tables)
+ODLEX_SIMPLE_TABLE(_TransformView)
+ODLEX_SIMPLE_TABLE(_Validation)
+ODLEX_SIMPLE_TABLE(_ZrActionInformation)
+ODLEX_SIMPLE_TABLE(_ZrPropertyInformation)
+
+#undef ODLEX_SIMPLE_TABLE

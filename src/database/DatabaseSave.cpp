@@ -1,0 +1,76 @@
+// Modification state and saving: the modified flags, SaveChanges and the order in which table
+// objects are persisted.
+
+#include "odlex/database/ODLEXDatabase.h"
+#include "odlex/msi/MSISystemTables.h"
+#include "odlex/tables/ODLEXDatabaseError.h"
+#include "odlex/tables/ODLEXTables.h"
+
+void ODLEXDatabase::SetModified(bool modified) {
+  if (!readOnly_)
+    modified_ = modified;
+}
+
+bool ODLEXDatabase::IsModified() const {
+  return !readOnly_ && (modified_ || exteriorModify_);
+}
+
+bool ODLEXDatabase::GetInteriorModify() const {
+  return !readOnly_ && modified_;
+}
+
+// A transform is only made while working on a separate, writable copy of the file.
+void ODLEXDatabase::SetCreatingTransform(bool creating) {
+  if (creating && (readOnly_ || GetFilePath() == GetDatabasePath()))
+    throw ODLEXDatabaseError(ODLEXDatabaseError::eCannotCreateTransform);
+  creatingTransform_ = creating;
+}
+
+bool ODLEXDatabase::SaveChanges() {
+  if (modified_) {
+    DeclareSummaryModified();
+    const bool newPackageCode =
+        info_.packageCodePolicy == ODLEXDatabaseInfo::ePackageCodeAlways ||
+        (info_.packageCodePolicy == ODLEXDatabaseInfo::ePackageCodeAskHost &&
+         autoUpdatePackageCode && autoUpdatePackageCode());
+    if (newPackageCode && !info_.packageCodeChanged) {
+      ODLEXDatabaseInfo info = info_;
+      info.packageCode = ODLEXTObject::GenerateGUID();
+      SetDatabaseInfo(info, nullptr);
+    }
+  }
+  PersistTables();
+  // A failed commit leaves its reason in the lower layer's error list.
+  database_.commit();
+  return true;
+}
+
+// The summary table object has no operation of its own for this yet, so its row is marked
+// modified through the lower-layer table.
+void ODLEXDatabase::DeclareSummaryModified() {
+  auto* summary = LowerTableOf<MSIT_SummaryInformation>(Get_SummaryInformation());
+  if (MSIE_SummaryInformation* row = summary ? summary->FindFirst() : nullptr)
+    row->Modify();
+}
+
+// Each modified table object is written after the members of its table set. After an
+// output-file open the system tables are left to Close, which writes them into the output.
+void ODLEXDatabase::PersistTables() {
+  const bool systemTablesOnClose = !readOnly_ && !database_.getInPath().isNull();
+  InitRelatedTables();
+  for (std::size_t slot = 0; slot < totalODLEXTObjects; ++slot) {
+    ODLEXTObject* table = tableObjects_[slot].get();
+    if (!table || !table->IsModified())
+      continue;
+    if (systemTablesOnClose) {
+      const RWClassID type = table->isA();
+      if (type == ODLEXTObject::e_SummaryInformation || type == ODLEXTObject::e_Streams ||
+          type == ODLEXTObject::e_Storages)
+        continue;
+    }
+    const auto [first, last] = related_tables.equal_range(table->GetTableSet());
+    for (auto member = first; member != last; ++member)
+      GetTableObject(member->second).Persist();
+    table->Persist();
+  }
+}

@@ -1,0 +1,132 @@
+// Operations of the patch-creation table objects.
+
+#include "odlex/tables/ODLEXTables.h"
+#include "tables/RowQueries.h"
+
+using odlex::tables::collectLiveRows;
+using odlex::tables::collectRowsWithValue;
+
+RWBTree& ODLEXTImageFamilies::GetEntries(RWBTree& out) {
+  return collectLiveRows<MSIEImageFamilies>(GetEntries(), out,
+                                            [](const MSIEImageFamilies&) { return true; });
+}
+
+MSIEImageFamilies& ODLEXTImageFamilies::GetWithFamily(const TalString& family) {
+  return FindOrThrow(GetTable().Find(family), ODLEXDatabaseError::eImageFamiliesNotFound);
+}
+
+MSIEImageFamilies& ODLEXTImageFamilies::GetWithMediaSrcPropName(const TalString& mediaSrcPropName) {
+  return FindOrThrow(GetTable().FindByMediaSrcPropName(mediaSrcPropName),
+                     ODLEXDatabaseError::eImageFamiliesNotFound);
+}
+
+RWBTree& ODLEXTUpgradedImages::GetEntries(RWBTree& out, const MSIEImageFamilies& family) {
+  return collectRowsWithValue(GetEntries(), out, &MSIEUpgradedImages::GetFamily,
+                              family.GetFamily());
+}
+
+MSIEUpgradedImages& ODLEXTUpgradedImages::GetWithFamily(const TalString& family) {
+  return FindOrThrow(GetTable().FindByFamily(family), ODLEXDatabaseError::eUpgradedImagesNotFound);
+}
+
+MSIEUpgradedImages& ODLEXTUpgradedImages::GetWithUpgraded(const TalString& upgraded) {
+  return FindOrThrow(GetTable().Find(upgraded), ODLEXDatabaseError::eUpgradedImagesNotFound);
+}
+
+RWBTree& ODLEXTTargetImages::GetEntries(RWBTree& out, const MSIEUpgradedImages& upgraded) {
+  return collectRowsWithValue(GetEntries(), out, &MSIETargetImages::GetUpgraded,
+                              upgraded.GetUpgraded());
+}
+
+MSIETargetImages& ODLEXTTargetImages::GetWithTarget(const TalString& target) {
+  return FindOrThrow(GetTable().Find(target), ODLEXDatabaseError::eTargetImagesNotFound);
+}
+
+MSIETargetImages& ODLEXTTargetImages::GetWithUpgraded(const TalString& upgraded) {
+  return FindOrThrow(GetTable().FindByUpgraded(upgraded),
+                     ODLEXDatabaseError::eTargetImagesNotFound);
+}
+
+RWBTree& ODLEXTExternalFiles::GetEntries(RWBTree& out, const MSIEImageFamilies& family) {
+  return collectRowsWithValue(GetEntries(), out, &MSIEExternalFiles::GetFamily, family.GetFamily());
+}
+
+MSIEExternalFiles& ODLEXTExternalFiles::GetEntry(const TalString& family, const TalString& ftk,
+                                                 const TalString& filePath) {
+  return FindOrThrow(GetTable().Find(family, ftk, filePath),
+                     ODLEXDatabaseError::eExternalFilesNotFound);
+}
+
+MSIEExternalFiles& ODLEXTExternalFiles::GetWithFamily(const TalString& family) {
+  return FindOrThrow(GetTable().FindByFamily(family), ODLEXDatabaseError::eExternalFilesNotFound);
+}
+
+RWBTree& ODLEXTFamilyFileRanges::GetEntries(RWBTree& out, const MSIEImageFamilies& family) {
+  return collectRowsWithValue(GetEntries(), out, &MSIEFamilyFileRanges::GetFamily,
+                              family.GetFamily());
+}
+
+MSIEFamilyFileRanges& ODLEXTFamilyFileRanges::GetEntry(const TalString& family,
+                                                       const TalString& ftk) {
+  return FindOrThrow(GetTable().Find(family, ftk), ODLEXDatabaseError::eFamilyFileRangesNotFound);
+}
+
+MSIEFamilyFileRanges& ODLEXTFamilyFileRanges::GetWithFamily(const TalString& family) {
+  return FindOrThrow(GetTable().FindByFamily(family),
+                     ODLEXDatabaseError::eFamilyFileRangesNotFound);
+}
+
+RWBTree& ODLEXTTargetFiles_OptionalData::GetEntries(RWBTree& out, const MSIETargetImages& target) {
+  return collectRowsWithValue(GetEntries(), out, &MSIETargetFiles_OptionalData::GetTarget,
+                              target.GetTarget());
+}
+
+MSIETargetFiles_OptionalData& ODLEXTTargetFiles_OptionalData::GetEntry(const TalString& target,
+                                                                       const TalString& ftk) {
+  return FindOrThrow(GetTable().Find(target, ftk),
+                     ODLEXDatabaseError::eTargetFilesOptionalDataNotFound);
+}
+
+MSIETargetFiles_OptionalData& ODLEXTTargetFiles_OptionalData::GetWithTarget(
+    const TalString& target) {
+  return FindOrThrow(GetTable().FindByTarget(target),
+                     ODLEXDatabaseError::eTargetFilesOptionalDataNotFound);
+}
+
+RWBTree& ODLEXTUpgradedFilesToIgnore::GetEntries(RWBTree& out, const MSIEUpgradedImages& upgraded) {
+  return collectRowsWithValue(GetEntries(), out, &MSIEUpgradedFilesToIgnore::GetUpgraded,
+                              upgraded.GetUpgraded());
+}
+
+MSIEUpgradedFilesToIgnore& ODLEXTUpgradedFilesToIgnore::GetEntry(const TalString& upgraded,
+                                                                 const TalString& ftk) {
+  return FindOrThrow(GetTable().Find(upgraded, ftk),
+                     ODLEXDatabaseError::eUpgradedFilesToIgnoreNotFound);
+}
+
+MSIEUpgradedFilesToIgnore& ODLEXTUpgradedFilesToIgnore::GetWithUpgraded(const TalString& upgraded) {
+  return FindOrThrow(GetTable().FindByUpgraded(upgraded),
+                     ODLEXDatabaseError::eUpgradedFilesToIgnoreNotFound);
+}
+
+RWBTree& ODLEXTUpgradedFiles_OptionalData::GetEntries(RWBTree& out,
+                                                      const MSIEUpgradedImages& upgraded) {
+  return collectRowsWithValue(GetEntries(), out, &MSIEUpgradedFiles_OptionalData::GetUpgraded,
+                              upgraded.GetUpgraded());
+}
+
+MSIEUpgradedFiles_OptionalData& ODLEXTUpgradedFiles_OptionalData::GetEntry(
+    const TalString& upgraded, const TalString& ftk) {
+  return FindOrThrow(GetTable().Find(upgraded, ftk),
+                     ODLEXDatabaseError::eUpgradedFilesOptionalDataNotFound);
+}
+
+MSIEUpgradedFiles_OptionalData& ODLEXTUpgradedFiles_OptionalData::GetWithUpgraded(
+    const TalString& upgraded) {
+  return FindOrThrow(GetTable().FindByUpgraded(upgraded),
+                     ODLEXDatabaseError::eUpgradedFilesOptionalDataNotFound);
+}
+
+MSIEProperties& ODLEXTProperties::GetWithName(const TalString& name) {
+  return FindOrThrow(GetTable().Find(name), ODLEXDatabaseError::ePropertiesNotFound);
+}

@@ -1,0 +1,114 @@
+// Opening read-only, into an output file, and the source files that must never be written.
+
+#include <odlex/msi/MSIRows.h>
+#include <odlex/msi/MSISystemTables.h>
+#include <odlex/tables/ODLEXTables.h>
+
+#include <filesystem>
+
+#include "common/DatabaseTest.h"
+
+namespace odlex::test {
+namespace {
+
+namespace fs = std::filesystem;
+using Error = ODLEXDatabaseError;
+
+const std::string kSearchRow = "FOUNDPROP\tSearchSig";
+
+void addSearch(ODLEXDatabase& db) {
+  db.GetAppSearch().Add(MSIEAppSearch(u"FOUNDPROP", u"SearchSig"));
+}
+
+class DatabaseOpenTest : public DatabaseTest {};
+
+TEST_F(DatabaseOpenTest, ReadOnlyDatabaseIsNeverModifiedNorWritten) {
+  const std::string before = readFileBytes(package());
+  ODLEXOpenType readOnly(MSIDatabase::ePersistReadOnly);
+  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()), readOnly);
+  EXPECT_TRUE(db.IsReadOnly());
+  db.SetModified(true);
+  addSearch(db);
+  EXPECT_FALSE(db.IsModified());
+  EXPECT_FALSE(db.GetInteriorModify());
+  EXPECT_EQ(thrownCode([&] { db.SetCreatingTransform(true); }), Error::eCannotCreateTransform);
+  db.SaveChanges();
+  ODLEXDatabase::RemoveDatabaseFromList(text(package()), true);
+  EXPECT_EQ(readFileBytes(package()), before);
+}
+
+TEST_F(DatabaseOpenTest, OutputFileOpenWritesOnlyTheOutput) {
+  const std::string before = readFileBytes(package());
+  const fs::path output = file("out.msi");
+  ODLEXOpenType how(text(output).data());
+  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()), how);
+  EXPECT_TRUE(how.IsEnum());
+  EXPECT_EQ(db.GetFilePath(), text(package()));
+  EXPECT_EQ(db.GetDatabasePath(), text(output));
+  EXPECT_NO_THROW(db.SetCreatingTransform(true));
+  addSearch(db);
+  ODLEXDatabase::RemoveDatabaseFromList(text(package()), true);
+  EXPECT_EQ(readFileBytes(package()), before);
+  EXPECT_EQ(exportedRows(output, "AppSearch"), std::vector<std::string>{kSearchRow});
+}
+
+TEST_F(DatabaseOpenTest, OutputFileThatIsNotSavedIsRemoved) {
+  const fs::path output = file("out.msi");
+  ODLEXOpenType how(text(output).data());
+  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()), how);
+  addSearch(db);
+  ODLEXDatabase::RemoveDatabaseFromList(text(package()), false);
+  EXPECT_FALSE(fs::exists(output));
+  EXPECT_TRUE(fs::exists(package()));
+}
+
+TEST_F(DatabaseOpenTest, InPlaceDatabaseCannotCreateATransform) {
+  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()));
+  EXPECT_EQ(thrownCode([&] { db.SetCreatingTransform(true); }), Error::eCannotCreateTransform);
+  db.SetCreatingTransform(false);
+  EXPECT_FALSE(db.IsCreatingTransform());
+}
+
+// Opened on a source and an output file, the source is only read; the output receives the
+// changes and the source's streams.
+TEST_F(DatabaseOpenTest, SourceAndOutputOpenCarriesTheStreamsIntoTheOutput) {
+  const std::string before = readFileBytes(package());
+  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()));
+  const fs::path output = file("out.msi");
+  ODLEXOpenType intoOutput(text(output).data());
+  ASSERT_TRUE(db.SetDatabasePath(text(package()), intoOutput));
+  EXPECT_FALSE(db.IsReadOnly());
+  EXPECT_EQ(db.GetDatabasePath(), text(output));
+  addSearch(db);
+  db.SaveChanges();
+  db.Close(true);
+  EXPECT_EQ(readFileBytes(package()), before);
+  EXPECT_EQ(exportedRows(output, "AppSearch"), std::vector<std::string>{kSearchRow});
+  const ProcessResult sourceStreams = msiinfoStreams(package());
+  const ProcessResult outputStreams = msiinfoStreams(output);
+  ASSERT_TRUE(sourceStreams.ok() && outputStreams.ok()) << outputStreams.describe();
+  EXPECT_TRUE(
+      linesEqual(sortedLines(sourceStreams.out), sortedLines(outputStreams.out), "streams"));
+}
+
+TEST_F(DatabaseOpenTest, SourceWithASubStorageCannotBeOpenedIntoAnOutputFile) {
+  const fs::path withStorage = file("with-storage.msi");
+  fs::copy_file(package(), withStorage);
+  {
+    MSIDatabase lower(text(withStorage), MSIDatabase::ePersistDirect);
+    ASSERT_TRUE(lower.isValid());
+    MSIT_Storages storages;
+    storages.SetDatabase(lower);
+    ASSERT_TRUE(storages.Populate());
+    ASSERT_NE(storages.Add(u"Embedded", text(package()), false), nullptr);
+    ASSERT_TRUE(storages.Persist());
+    ASSERT_EQ(lower.commit(), 0u);
+  }
+  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()));
+  ODLEXOpenType intoOutput(text(file("out.msi")).data());
+  EXPECT_EQ(thrownCode([&] { db.SetDatabasePath(text(withStorage), intoOutput); }),
+            Error::eStorageFileRefused);
+}
+
+}  // namespace
+}  // namespace odlex::test

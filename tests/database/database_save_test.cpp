@@ -1,0 +1,186 @@
+// Saving, closing and rolling back: what reaches the file, the modified state, the package code
+// and the order in which related tables are written.
+
+#include <odlex/msi/MSIRows.h>
+#include <odlex/support/RWFactory.h>
+#include <odlex/tables/ODLEXTables.h>
+
+#include <filesystem>
+#include <vector>
+
+#include "common/DatabaseTest.h"
+
+namespace odlex::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string kSearchRow = "FOUNDPROP\tSearchSig";
+
+void addSearch(ODLEXDatabase& db) {
+  db.GetAppSearch().Add(MSIEAppSearch(u"FOUNDPROP", u"SearchSig"));
+}
+
+// The package code msiinfo reads from a package's summary information.
+std::string packageCodeIn(const fs::path& package) {
+  const ProcessResult summary = msiinfoSuminfo(package);
+  EXPECT_TRUE(summary.ok()) << summary.describe();
+  for (const std::string& line : splitLines(summary.out)) {
+    if (line.rfind("Revision number (UUID): ", 0) == 0)
+      return line.substr(line.find(": ") + 2);
+  }
+  return {};
+}
+
+class DatabaseSaveTest : public DatabaseTest {};
+
+TEST_F(DatabaseSaveTest, SavedChangesReachTheFileAndTheDatabaseStaysModifiedUntilClosed) {
+  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()));
+  EXPECT_FALSE(db.IsModified());
+  addSearch(db);
+  EXPECT_TRUE(db.IsModified());
+  EXPECT_TRUE(db.SaveChanges());
+  EXPECT_TRUE(db.IsModified());
+  EXPECT_EQ(exportedRows(package(), "AppSearch"), std::vector<std::string>{kSearchRow});
+  db.Close(true);
+  EXPECT_FALSE(db.IsModified());
+}
+
+TEST_F(DatabaseSaveTest, ExteriorChangesCountAsModifiedButAreNotInterior) {
+  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()));
+  db.SetExteriorModify(true);
+  EXPECT_TRUE(db.IsModified());
+  EXPECT_FALSE(db.GetInteriorModify());
+  db.Close(false);
+  EXPECT_FALSE(db.GetExteriorModify());
+}
+
+TEST_F(DatabaseSaveTest, PackageCodeIsRenewedOnlyWhenModifiedAndAskedFor) {
+  const std::string original = packageCodeIn(package());
+  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()));
+  EXPECT_EQ(db.GetDatabaseInfo().packageCode.ToUtf8(), original);
+
+  // Not modified: tables are written, but the package code stays.
+  db.SaveChanges();
+  EXPECT_EQ(packageCodeIn(package()), original);
+
+  ODLEXDatabaseInfo info = db.GetDatabaseInfo();
+  info.packageCodePolicy = ODLEXDatabaseInfo::ePackageCodeAlways;
+  db.SetDatabaseInfo(info, nullptr);
+  EXPECT_TRUE(db.IsModified());
+  db.SaveChanges();
+  const std::string renewed = packageCodeIn(package());
+  EXPECT_NE(renewed, original);
+  EXPECT_EQ(db.GetDatabaseInfo().packageCode.ToUtf8(), renewed);
+  EXPECT_TRUE(db.GetDatabaseInfo().packageCodeChanged);
+
+  // Once changed since opening, it is not changed again.
+  db.SaveChanges();
+  EXPECT_EQ(packageCodeIn(package()), renewed);
+}
+
+TEST_F(DatabaseSaveTest, ChangedProductInformationIsWrittenToThePropertyTable) {
+  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()));
+  ODLEXDatabaseInfo info = db.GetDatabaseInfo();
+  EXPECT_EQ(info.productName, u"Idt Oracle Product");
+  info.productName = u"Renamed Product";
+  info.noRemove = true;
+  info.manufacturer = TalString();
+  db.SetDatabaseInfo(info, nullptr);
+  db.SaveChanges();
+  const std::vector<std::string> rows = exportedRows(package(), "Property");
+  auto has = [&](const std::string& row) {
+    return std::find(rows.begin(), rows.end(), row) != rows.end();
+  };
+  EXPECT_TRUE(has("ProductName\tRenamed Product"));
+  EXPECT_TRUE(has("ARPNOREMOVE\t1"));
+  EXPECT_FALSE(has("Manufacturer\tOdlex Fixtures"));
+}
+
+TEST_F(DatabaseSaveTest, RollbackPutsTheWorkingFileBackAsFirstOpened) {
+  const fs::path output = file("out.msi");
+  ODLEXOpenType how(text(output).data());
+  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()), how);
+  addSearch(db);
+  db.SaveChanges();
+  ASSERT_NE(readFileBytes(output), readFileBytes(package()));
+  db.Rollback();
+  EXPECT_EQ(readFileBytes(output), readFileBytes(package()));
+  EXPECT_EQ(db.GetFilePath(), text(package()));
+  EXPECT_EQ(db.GetAppSearch().GetEntries().entries(), 0u);
+  EXPECT_FALSE(db.IsModified());
+}
+
+TEST_F(DatabaseSaveTest, RollbackOfAnInPlaceDatabaseDropsUnsavedChanges) {
+  const std::string before = readFileBytes(package());
+  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()));
+  addSearch(db);
+  db.Rollback();
+  EXPECT_EQ(db.GetAppSearch().GetEntries().entries(), 0u);
+  EXPECT_TRUE(fs::exists(package()));
+  EXPECT_EQ(readFileBytes(package()), before);
+}
+
+// Table objects of the file-search set that record the order in which they are written.
+std::vector<RWClassID> persisted;
+
+template <class Table>
+class RecordingTable : public Table {
+ public:
+  void Persist() override {
+    persisted.push_back(this->isA());
+    Table::Persist();
+  }
+};
+
+template <class Table>
+void registerClass(RWUserCreator creator) {
+  rwAddToFactory(creator, Table::classIsA(), RWStringID(Table::className()));
+}
+
+class RelatedTablesTest : public DatabaseSaveTest {
+ protected:
+  template <class Table>
+  static void recordTable() {
+    registerClass<Table>(&CreateDefault<RecordingTable<Table>>);
+  }
+  template <class Table>
+  static void restoreTable() {
+    registerClass<Table>(&CreateDefault<Table>);
+  }
+
+  void SetUp() override {
+    DatabaseSaveTest::SetUp();
+    persisted.clear();
+    recordTable<ODLEXTAppSearch>();
+    recordTable<ODLEXTCompLocator>();
+    recordTable<ODLEXTRegLocator>();
+    recordTable<ODLEXTDrLocator>();
+    recordTable<ODLEXTIniLocator>();
+    recordTable<ODLEXTSignature>();
+  }
+  void TearDown() override {
+    DatabaseSaveTest::TearDown();
+    restoreTable<ODLEXTAppSearch>();
+    restoreTable<ODLEXTCompLocator>();
+    restoreTable<ODLEXTRegLocator>();
+    restoreTable<ODLEXTDrLocator>();
+    restoreTable<ODLEXTIniLocator>();
+    restoreTable<ODLEXTSignature>();
+  }
+};
+
+TEST_F(RelatedTablesTest, MembersOfATableSetAreWrittenBeforeTheModifiedTable) {
+  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()));
+  addSearch(db);
+  db.SaveChanges();
+  const std::vector<RWClassID> expected = {ODLEXTObject::eAppSearch,  ODLEXTObject::eCompLocator,
+                                           ODLEXTObject::eRegLocator, ODLEXTObject::eDrLocator,
+                                           ODLEXTObject::eIniLocator, ODLEXTObject::eSignature,
+                                           ODLEXTObject::eAppSearch};
+  EXPECT_EQ(persisted, expected);
+  EXPECT_TRUE(db.GetTableObject(ODLEXTObject::eSignature, false).IsLoaded());
+}
+
+}  // namespace
+}  // namespace odlex::test

@@ -1,0 +1,44 @@
+#pragma once
+// Helpers for the tests of table objects: adding rows through a table object, reading what a
+// collector gave, and checking the error records that reference-following lookups throw.
+
+#include <gtest/gtest.h>
+
+#include <odlex/tables/ODLEXTables.h>
+
+#include <set>
+
+#include "common/DatabaseTest.h"
+
+namespace odlex::test {
+
+// Adds `values` through `table`'s Add and gives the row the table now holds for it.
+template <class Table, class Row>
+Row& addRow(Table& table, const Row& values) {
+  table.Add(values);
+  RWBTree& added = table.GetTempEntries();
+  EXPECT_EQ(added.entries(), 1u) << "the table refused the row";
+  return static_cast<Row&>(**added.begin());
+}
+
+// The items of a tree, to compare with the rows a collector should have given.
+inline std::set<RWCollectable*> itemsOf(const RWBTree& tree) {
+  return {tree.begin(), tree.end()};
+}
+
+// Checks that `lookup` throws ODLEXDatabaseErrorWithEntry with `code`, naming `entry` of the
+// table `type`.
+template <class Lookup>
+void expectErrorWithEntry(Lookup lookup, ODLEXDatabaseError::eCodeMeaning code,
+                          ODLEXTObject::typeID type, const MSIEntry& entry) {
+  try {
+    lookup();
+    ADD_FAILURE() << "nothing was thrown";
+  } catch (const ODLEXDatabaseErrorWithEntry& error) {
+    EXPECT_EQ(static_cast<ODLEXDatabaseError::eCodeMeaning>(error), code);
+    EXPECT_EQ(error.GetType(), type);
+    EXPECT_EQ(&static_cast<const MSIEntry&>(error), &entry);
+  }
+}
+
+}  // namespace odlex::test

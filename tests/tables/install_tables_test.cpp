@@ -1,0 +1,170 @@
+// The operations of the install tables (IniFile, Shortcut, CreateFolder, LockPermissions,
+// ReserveCost, ServiceInstall, Complus, LaunchCondition) on a copy of the idt package, whose
+// components are MainExe, Docs, GermanDocs (key files) and Helpers (registry key path, none
+// set).
+
+#include <fstream>
+
+#include "common/DatabaseTest.h"
+#include "tables/TableTestSupport.h"
+
+namespace odlex::test {
+namespace {
+
+class InstallTablesTest : public DatabaseTest {};
+
+MSIEIniFile iniFileOf(const char16_t* key, const char16_t* component) {
+  MSIEIniFile row(key);
+  row.SetComponent(component);
+  return row;
+}
+
+MSIELockPermissions grant(const char16_t* domain, const char16_t* user, int permission) {
+  MSIELockPermissions row(u"ignored", u"ignored", domain, user);
+  row.SetPermission(permission);
+  return row;
+}
+
+MSIEReserveCost reserveCostOf(const char16_t* key, const char16_t* component,
+                              const char16_t* folder) {
+  MSIEReserveCost row(key);
+  row.SetComponent(component);
+  row.SetReserveFolder(folder);
+  return row;
+}
+
+TEST_F(InstallTablesTest, ComponentCollectorsGiveLiveRowsOfThatComponentAndKeepOut) {
+  ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
+  ODLEXTIniFile& iniFiles = db.GetIniFile();
+  MSIEIniFile& kept = addRow(iniFiles, iniFileOf(u"Ini1", u"MainExe"));
+  MSIEIniFile& deleted = addRow(iniFiles, iniFileOf(u"Ini2", u"MainExe"));
+  MSIEIniFile& other = addRow(iniFiles, iniFileOf(u"Ini3", u"Docs"));
+  iniFiles.Delete(deleted);
+
+  RWBTree out;
+  out.insert(&other);
+  iniFiles.GetIniFiles(out, *db.GetComponent().Lookup(u"MainExe"));
+  EXPECT_EQ(itemsOf(out), (std::set<RWCollectable*>{&kept, &other}));
+}
+
+TEST_F(InstallTablesTest, KeyLookupsFindLiveRowsOrThrowTheirTablesCodes) {
+  ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
+  ODLEXTShortcut& shortcuts = db.GetShortcut();
+  MSIEShortcut& shortcut = addRow(shortcuts, MSIEShortcut(u"Menu"));
+  EXPECT_EQ(&shortcuts.GetShortcutWithID(u"Menu"), &shortcut);
+  EXPECT_EQ(thrownCode([&] { shortcuts.GetShortcutWithID(u"menu"); }), 25);
+  shortcuts.Delete(shortcut);
+  EXPECT_EQ(thrownCode([&] { shortcuts.GetShortcutWithID(u"Menu"); }), 25);
+
+  ODLEXTCreateFolder& folders = db.GetCreateFolder();
+  MSIECreateFolder& folder = addRow(folders, MSIECreateFolder(u"BinDir", u"MainExe"));
+  EXPECT_EQ(&folders.GetCreateFolder(u"BinDir", u"MainExe"), &folder);
+  EXPECT_EQ(thrownCode([&] { folders.GetCreateFolder(u"BinDir", u"Docs"); }), 12);
+
+  ODLEXTLaunchCondition& conditions = db.GetLaunchCondition();
+  MSIELaunchCondition& condition = addRow(conditions, MSIELaunchCondition(u"VersionNT"));
+  EXPECT_EQ(&conditions.GetEntry(u"VersionNT"), &condition);
+  EXPECT_EQ(thrownCode([&] { conditions.GetEntry(u"Version9X"); }), 67);
+}
+
+// The Complus table object cannot add rows: the package gets one from msibuild.
+TEST_F(InstallTablesTest, ComplusEntryOfAComponentOrTheComponentInTheError) {
+  const std::filesystem::path& package = this->package();
+  std::ofstream(dir_ / "Complus.idt")
+      << "Component_\tExpType\ns72\tI2\nComplus\tComponent_\tExpType\n"
+         "Docs\t1\n";
+  ASSERT_TRUE(msibuildImport(package, {dir_ / "Complus.idt"}));
+  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package));
+
+  ODLEXTComplus& complus = db.GetComplus();
+  MSIEComponent& docs = *db.GetComponent().Lookup(u"Docs");
+  MSIEComponent& mainExe = *db.GetComponent().Lookup(u"MainExe");
+  EXPECT_EQ(complus.GetEntry(docs).GetExpType(), NullableSignedShort(1));
+  expectErrorWithEntry([&] { complus.GetEntry(mainExe); }, ODLEXDatabaseError::eComplusNotFound,
+                       ODLEXTObject::eComponent, mainExe);
+  complus.Delete(complus.GetEntry(docs));
+  expectErrorWithEntry([&] { complus.GetEntry(docs); }, ODLEXDatabaseError::eComplusNotFound,
+                       ODLEXTObject::eComponent, docs);
+}
+
+TEST_F(InstallTablesTest, ReserveCostFollowsItsComponentAndFolder) {
+  ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
+  ODLEXTReserveCost& costs = db.GetReserveCost();
+  MSIEReserveCost& inComponentDir = addRow(costs, reserveCostOf(u"R1", u"MainExe", u""));
+  MSIEReserveCost& inOwnFolder = addRow(costs, reserveCostOf(u"R2", u"MainExe", u"DocDir"));
+  MSIEReserveCost& noComponent = addRow(costs, reserveCostOf(u"R3", u"Gone", u""));
+  MSIEReserveCost& propertyFolder = addRow(costs, reserveCostOf(u"R4", u"Docs", u"DATAPATH"));
+
+  EXPECT_EQ(costs.GetComponent(inComponentDir).GetComponentID(), TalString(u"MainExe"));
+  EXPECT_EQ(costs.GetDirectory(inComponentDir).GetDirectory(), TalString(u"BinDir"));
+  EXPECT_EQ(costs.GetDirectory(inOwnFolder).GetDirectory(), TalString(u"DocDir"));
+  expectErrorWithEntry([&] { costs.GetComponent(noComponent); },
+                       ODLEXDatabaseError::eComponentNotFound, ODLEXTObject::eReserveCost,
+                       noComponent);
+  expectErrorWithEntry([&] { costs.GetDirectory(noComponent); },
+                       ODLEXDatabaseError::eComponentNotFound, ODLEXTObject::eReserveCost,
+                       noComponent);
+  expectErrorWithEntry([&] { costs.GetDirectory(propertyFolder); },
+                       ODLEXDatabaseError::eDirectoryNotFound, ODLEXTObject::eReserveCost,
+                       propertyFolder);
+}
+
+TEST_F(InstallTablesTest, FolderPermissionsAreReplacedAsAWhole) {
+  ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
+  ODLEXTCreateFolder& folders = db.GetCreateFolder();
+  ODLEXTLockPermissions& permissions = db.GetLockPermissions();
+  MSIECreateFolder& folder = addRow(folders, MSIECreateFolder(u"BinDir", u"MainExe"));
+  MSIELockPermissions& fileGrant =
+      addRow(permissions, MSIELockPermissions(u"BinDir", u"File", u"", u"Alice"));
+
+  RWBTree first;
+  MSIELockPermissions alice = grant(u"CORP", u"Alice", 1);
+  MSIELockPermissions bob = grant(u"", u"Bob", 2);
+  first.insert(&alice);
+  first.insert(&bob);
+  folders.SetPermissions(folder, first);
+  RWBTree granted;
+  folders.GetPermissions(granted, folder);
+  ASSERT_EQ(granted.entries(), 2u);
+  for (RWCollectable* item : granted) {
+    EXPECT_EQ(static_cast<MSIELockPermissions*>(item)->GetLockObject(), TalString(u"BinDir"));
+    EXPECT_EQ(static_cast<MSIELockPermissions*>(item)->GetTable(), TalString(u"CreateFolder"));
+  }
+  MSIELockPermissions& bobRow = *permissions.Lookup(u"BinDir", u"CreateFolder", u"", u"Bob");
+  MSIELockPermissions& aliceRow =
+      *permissions.Lookup(u"BinDir", u"CreateFolder", u"CORP", u"Alice");
+
+  RWBTree second;
+  MSIELockPermissions bobAgain = grant(u"", u"Bob", 3);
+  MSIELockPermissions carol = grant(u"", u"Carol", 4);
+  second.insert(&bobAgain);
+  second.insert(&carol);
+  folders.SetPermissions(folder, second);
+
+  EXPECT_TRUE(aliceRow.IsDeleted());
+  EXPECT_EQ(bobRow.GetPermission(), NullableLong(3));
+  RWBTree replaced;
+  folders.GetPermissions(replaced, folder);
+  EXPECT_EQ(itemsOf(replaced),
+            (std::set<RWCollectable*>{
+                &bobRow, permissions.Lookup(u"BinDir", u"CreateFolder", u"", u"Carol")}));
+  EXPECT_FALSE(fileGrant.IsDeleted());
+}
+
+TEST_F(InstallTablesTest, ServicesNeedAComponentWhoseKeyPathIsAnExistingFile) {
+  ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
+  MSIEComponent broken(u"Broken", u"", u"BinDir");
+  broken.SetAttributes(0);
+  broken.SetKeyPath(u"NoSuchFile");
+  db.GetComponent().Add(broken);
+
+  RWBTree valid;
+  db.GetServiceInstall().GetValidComponents(valid);
+  ODLEXTComponent& components = db.GetComponent();
+  EXPECT_EQ(itemsOf(valid),
+            (std::set<RWCollectable*>{components.Lookup(u"MainExe"), components.Lookup(u"Docs"),
+                                      components.Lookup(u"GermanDocs")}));
+}
+
+}  // namespace
+}  // namespace odlex::test

@@ -1,0 +1,222 @@
+// The table-object base and the shared row-table pattern: records of errors, attributes, the
+// load/unload cycle, modification rules, temp entries and the common edits.
+
+#include <gtest/gtest.h>
+
+#include <odlex/tables/ODLEXTables.h>
+
+#include "common/DatabaseTest.h"
+
+namespace odlex::test {
+namespace {
+
+TEST(ErrorRecords, CodesRowsAndStatuses) {
+  const ODLEXDatabaseError none;
+  EXPECT_TRUE(none == ODLEXDatabaseError::eNoPendingError);
+  EXPECT_EQ(static_cast<int>(ODLEXDatabaseError(ODLEXDatabaseError::eStorageFileRefused)), 81);
+
+  MSIEFile file(u"F1");
+  ODLEXDatabaseErrorWithEntry withEntry(ODLEXTObject::eBindImage, file,
+                                        ODLEXDatabaseError::eFileNotFound);
+  withEntry = ODLEXDatabaseError::eBindImageNotFound;
+  EXPECT_TRUE(withEntry == ODLEXDatabaseError::eBindImageNotFound);
+  EXPECT_EQ(&static_cast<const MSIEntry&>(withEntry), &file) << "the row is kept";
+  EXPECT_EQ(withEntry.GetType(), ODLEXTObject::eBindImage);
+
+  try {
+    throw ODLEXDatabaseErrorWithErrorCode(ODLEXDatabaseError::eTransformServiceFailed, 1624);
+  } catch (const ODLEXDatabaseError& error) {
+    EXPECT_EQ(static_cast<int>(static_cast<ODLEXDatabaseError::eCodeMeaning>(error)), 43);
+    EXPECT_EQ(static_cast<unsigned>(dynamic_cast<const ODLEXDatabaseErrorWithErrorCode&>(error)),
+              1624u);
+  }
+}
+
+TEST(TableAttributes, SettersTouchOnlyTheirBit) {
+  ODLEXTableAttributes attributes(6ul);
+  attributes.SetReadOnly(true);
+  EXPECT_EQ(attributes.GetValue(), 7u);
+  attributes.SetNotInMergeModule(false);
+  EXPECT_EQ(attributes.GetValue(), 5u);
+  EXPECT_TRUE(attributes.IsOnlyInPcp());
+  EXPECT_TRUE(attributes == ODLEXTableAttributes(5ul));
+  EXPECT_TRUE(attributes != ODLEXTableAttributes());
+}
+
+TEST(TableTypes, ClassIdsSetsAndNames) {
+  EXPECT_EQ(ODLEXTActionText().isA(), 4147);
+  EXPECT_EQ(ODLEXTActionText::classIsA(), ODLEXTObject::eActionText);
+  EXPECT_EQ(ODLEXT_TransformView().isA(), 4193);
+  EXPECT_EQ(ODLEXTCustomAction().isA(), 4078);
+  std::unique_ptr<RWCollectable> made(ODLEXTIcon().newSpecies());
+  EXPECT_EQ(made->isA(), ODLEXTObject::eIcon);
+  EXPECT_EQ(ODLEXTObject::GetTableType(u"Component"), ODLEXTObject::eNoTable);
+  EXPECT_EQ(ODLEXTSignature().GetTableSet(), eFileSearchTables);
+  EXPECT_EQ(ODLEXTFile().GetTableSet(), eNoTableSet);
+  EXPECT_TRUE(ODLEXT_Columns().GetAttributes().IsReadOnly());
+  EXPECT_TRUE(ODLEXTFeature().GetAttributes().IsNotInMergeModule());
+  EXPECT_TRUE(ODLEXTTargetImages().GetAttributes().IsOnlyInPcp());
+  EXPECT_EQ(ODLEXTError().GetTableName(), u"Error");
+}
+
+class TableObjectTest : public DatabaseTest {};
+
+TEST_F(TableObjectTest, LoadOnceUnloadKeepsTheModifiedFlag) {
+  ODLEX_OPEN_PACKAGE(db, PackageKind::kWixl);
+  ODLEXTError errors;
+  errors.Load(db);
+  ASSERT_TRUE(errors.IsLoaded());
+  errors.Add(MSIEError(25000));
+  const std::size_t rows = errors.GetEntries().entries();
+  errors.Load(db);
+  EXPECT_EQ(errors.GetEntries().entries(), rows) << "a second Load does not re-read the rows";
+  EXPECT_TRUE(errors.IsModified());
+  EXPECT_TRUE(db.IsModified());
+
+  errors.Unload();
+  EXPECT_FALSE(errors.IsLoaded());
+  EXPECT_TRUE(errors.IsModified());
+  errors.Load(db);
+  EXPECT_EQ(errors.GetEntries().entries(), rows - 1) << "reloaded from the unsaved database";
+}
+
+TEST_F(TableObjectTest, ReadOnlyAndMergeModuleTablesIgnoreEdits) {
+  ODLEX_OPEN_PACKAGE(db, PackageKind::kWixl);
+  ODLEXT_Columns& columns = db.Get_Columns();
+  columns.Modify(true);
+  EXPECT_FALSE(columns.IsModified());
+  EXPECT_FALSE(db.IsModified());
+
+  // The same package named as a merge module: its not-in-merge-module tables ignore edits,
+  // the others do not.
+  const std::filesystem::path module = copyPackage(PackageKind::kWixl, "module.msm");
+  ODLEXDatabase& moduleDb = ODLEXDatabase::AddDatabaseToList(text(module));
+  ASSERT_TRUE(moduleDb.IsMergeModule());
+  moduleDb.GetFeature().Modify(true);
+  EXPECT_FALSE(moduleDb.GetFeature().IsModified());
+  EXPECT_FALSE(moduleDb.IsModified());
+  moduleDb.GetError().Modify(false);
+  EXPECT_TRUE(moduleDb.GetError().IsModified()) << "Modify(false) still marks the table";
+
+  db.GetFeature().Modify(true);
+  EXPECT_TRUE(db.GetFeature().IsModified()) << "the flag means nothing outside merge modules";
+}
+
+TEST_F(TableObjectTest, TempEntriesFilteringAndModifyingRows) {
+  ODLEX_OPEN_PACKAGE(db, PackageKind::kWixl);
+  ODLEXTProperty& properties = db.GetProperty();
+  properties.SetTempEntries(static_cast<MSIEntry*>(nullptr));
+  EXPECT_TRUE(properties.GetTempEntries().isEmpty());
+
+  RWBTree all = properties.GetEntries();
+  ASSERT_GE(all.entries(), 2u);
+  for (RWCollectable* row : all)
+    static_cast<MSIEntry*>(row)->SetDeleted(true);
+  RWBTree filtered = all;
+  properties.FilterOutDeletedEntries(filtered, false);
+  EXPECT_TRUE(filtered.isEmpty());
+  EXPECT_EQ(properties.GetEntries().entries(), all.entries()) << "rows stay in the table";
+
+  MSIEntry* first = static_cast<MSIEntry*>(*all.begin());
+  first->SetDeleted(false);
+  properties.ModifyEntries();
+  for (RWCollectable* row : all) {
+    const auto* entry = static_cast<MSIEntry*>(row);
+    EXPECT_EQ(entry->IsModified(), entry == first) << "deleted rows are not marked modified";
+  }
+
+  ODLEXDatabase::SetUserPermitsFunction([] { return false; });
+  RWBTree asked = all;
+  try {
+    properties.FilterOutDeletedEntries(asked, true);
+    ADD_FAILURE() << "the host's refusal throws";
+  } catch (const ODLEXDatabaseError& error) {
+    EXPECT_TRUE(error == ODLEXDatabaseError::eUserCancelled);
+  }
+  ODLEXDatabase::SetUserPermitsFunction(nullptr);
+}
+
+TEST_F(TableObjectTest, CommonEditsFollowTheKeyRules) {
+  ODLEX_OPEN_PACKAGE(db, PackageKind::kWixl);
+  ODLEXTActionText& texts = db.GetActionText();
+  MSIEActionText values(u"InstallFiles");
+  values.SetDescription(u"Copying files");
+  texts.Add(values);
+  ASSERT_EQ(texts.GetTempEntries().entries(), 1u);
+  auto* row = static_cast<MSIEActionText*>(*texts.GetTempEntries().begin());
+  EXPECT_EQ(row->GetDescription(), u"Copying files");
+
+  // Adding the key again is refused without an error.
+  texts.Add(values);
+  EXPECT_TRUE(texts.GetTempEntries().isEmpty());
+
+  // Equal values: nothing changes.
+  EXPECT_FALSE(texts.Change(*row, values));
+  EXPECT_EQ(*texts.GetTempEntries().begin(), row);
+
+  values.SetTemplate(u"File: [1]");
+  EXPECT_TRUE(texts.Change(*row, values));
+  EXPECT_EQ(row->GetTemplate(), u"File: [1]");
+
+  // A change of case in the key is a key change: a new row replaces the old.
+  MSIEActionText renamed(*row);
+  renamed.SetAction(u"installfiles");
+  EXPECT_TRUE(texts.Change(*row, renamed));
+  EXPECT_TRUE(row->IsDeleted());
+  auto* moved = static_cast<MSIEActionText*>(*texts.GetTempEntries().begin());
+  EXPECT_EQ(moved->GetAction(), u"installfiles");
+  EXPECT_EQ(moved->GetTemplate(), u"File: [1]");
+
+  // Deleted, then added again: the row is live.
+  texts.Delete(*moved);
+  EXPECT_TRUE(moved->IsDeleted());
+  texts.Add(MSIEActionText(u"installfiles"));
+  auto* again = static_cast<MSIEActionText*>(*texts.GetTempEntries().begin());
+  EXPECT_FALSE(again->IsDeleted());
+  EXPECT_TRUE(again->IsModified());
+
+  // A lookup that fails throws the table's code and leaves the temp entries alone.
+  ODLEXTIcon& icons = db.GetIcon();
+  icons.SetTempEntries(static_cast<MSIEntry*>(nullptr));
+  try {
+    icons.GetIconWithIconID(u"missing");
+    ADD_FAILURE() << "expected code 14";
+  } catch (const ODLEXDatabaseError& error) {
+    EXPECT_TRUE(error == ODLEXDatabaseError::eIconNotFound);
+  }
+  EXPECT_TRUE(icons.GetTempEntries().isEmpty());
+}
+
+TEST_F(TableObjectTest, PropertiesByNameAndTheirTranslation) {
+  ODLEX_OPEN_PACKAGE(db, PackageKind::kWixl);
+  ODLEXTProperty& properties = db.GetProperty();
+  EXPECT_EQ(properties.GetValue(u"ARPHELPLINK"), u"https://example.com/help");
+  EXPECT_EQ(properties.GetValue(u"NotSet"), u"");
+  try {
+    properties.Find(u"NotSet");
+    ADD_FAILURE() << "expected code 5";
+  } catch (const ODLEXDatabaseError& error) {
+    EXPECT_TRUE(error == ODLEXDatabaseError::ePropertyNotFound);
+  }
+
+  properties.SetValue(u"VENDOR", u"Acme");
+  properties.SetValue(u"APPDIR", u"[ProgramFilesFolder][VENDOR]\\App");
+  EXPECT_EQ(properties.Expand(u"[APPDIR]\\bin [SourceDir]"),
+            u"[ProgramFilesFolder]Acme\\App\\bin [SourceDir]");
+  EXPECT_EQ(properties.TranslateVars(u"[VENDOR]"), u"Acme");
+  EXPECT_EQ(properties.UnFormatVars(u"by Acme"), u"by [VENDOR]");
+
+  properties.AddValue(u"SecureCustomProperties", u"A");
+  properties.AddValue(u"SecureCustomProperties", u"B");
+  properties.AddValue(u"SecureCustomProperties", u"A");
+  EXPECT_EQ(properties.GetValue(u"SecureCustomProperties"), u"A;B");
+
+  properties.SetValue(u"VENDOR", u"");
+  EXPECT_EQ(properties.GetValue(u"VENDOR"), u"");
+  EXPECT_EQ(properties.Expand(u"[VENDOR]"), u"[VENDOR]");
+  EXPECT_TRUE(properties.SARExcludeEntry(&properties.Find(u"ProductCode")));
+  EXPECT_FALSE(properties.SARExcludeEntry(&properties.Find(u"ARPHELPLINK")));
+}
+
+}  // namespace
+}  // namespace odlex::test
