@@ -32,8 +32,8 @@ echo "== odlex rows: the Shortcut table through its table object"
 "$odlex" rows "$sample" Shortcut
 echo "== the example host program edits a copy of the sample"
 cp "$sample" "$out/edited.msi"
-build/examples/host/odlex-host "$out/edited.msi" ARPHELPLINK https://example.org/help 25001 \
+build/examples/host/odlex-host "$out/edited.msi" ARPHELPLINK https://example.org/help 25002 \
   "Could not reach [2]." HelpShortcut
 "$odlex" rows "$out/edited.msi" Shortcut
 "$odlex" query "$out/edited.msi" "SELECT \`Property\`, \`Value\` FROM \`Property\` WHERE \`Property\` = 'ARPHELPLINK'"
-"$odlex" query "$out/edited.msi" "SELECT \`Error\`, \`Message\` FROM \`Error\` WHERE \`Error\` = 25001"
+"$odlex" query "$out/edited.msi" "SELECT \`Error\`, \`Message\` FROM \`Error\` WHERE \`Error\` = 25002"
