@@ -34,8 +34,9 @@
 
 class MSIDatabase;
 namespace odlex::engine {
+class Database;
 class Table;
-}
+}  // namespace odlex::engine
 
 class MSITable {
  public:
@@ -121,6 +122,9 @@ class MSITable {
 
   void clearRows();
   void rowChanged();
+  // Starts an operation on the database: clears the last error and gives the engine, or
+  // reports that no open database is set and gives null.
+  odlex::engine::Database* openDatabase();
   // Re-files `entry` under a new key value; false when another live row has that key.
   bool rekey(MSIEntry& entry, std::size_t column, const MSIRecordColumn& value);
   // Writes the binary cells of the live rows to the streams of `table`'s rows (row i of the

@@ -109,13 +109,9 @@ bool MSITable::Populate() {
   knownStreams_.clear();
   dirty_ = false;
   nextKeyNumber_ = 1;
-  lastError_ = TalString();
-  odlex::engine::Database* db = database_ ? database_->engineDatabase() : nullptr;
-  if (!db) {
-    ReportError(odlex::engine::kInvalidHandle,
-                TalString(u"table " + GetName().u16() + u": no open database"));
+  odlex::engine::Database* db = openDatabase();
+  if (!db)
     return false;
-  }
   const odlex::engine::Table* table = db->findTable(schema_->name);
   if (!table)
     return true;
@@ -154,13 +150,9 @@ MSIBinary MSITable::ReadStream(const TalString& name) const {
 }
 
 bool MSITable::Persist() {
-  lastError_ = TalString();
-  odlex::engine::Database* db = database_ ? database_->engineDatabase() : nullptr;
-  if (!db) {
-    ReportError(odlex::engine::kInvalidHandle,
-                TalString(u"table " + GetName().u16() + u": no open database"));
+  odlex::engine::Database* db = openDatabase();
+  if (!db)
     return false;
-  }
   std::vector<MSIEntry*> live;
   std::vector<MSIEntry*> deleted;
   for (RWCollectable* item : rows_)
@@ -234,14 +226,19 @@ void MSITable::writeStreams(const std::vector<MSIEntry*>& live, odlex::engine::T
   knownStreams_.assign(used.begin(), used.end());
 }
 
-bool MSITable::Drop() {
+odlex::engine::Database* MSITable::openDatabase() {
   lastError_ = TalString();
   odlex::engine::Database* db = database_ ? database_->engineDatabase() : nullptr;
-  if (!db) {
+  if (!db)
     ReportError(odlex::engine::kInvalidHandle,
                 TalString(u"table " + GetName().u16() + u": no open database"));
+  return db;
+}
+
+bool MSITable::Drop() {
+  odlex::engine::Database* db = openDatabase();
+  if (!db)
     return false;
-  }
   if (db->findTable(schema_->name))
     db->dropTable(schema_->name);
   clearRows();
