@@ -46,6 +46,25 @@ TEST(DirectoryPaths, AddingAPathAgainFindsTheSameChain) {
   EXPECT_EQ(utf8(leaf->GetDefaultDir()), "bin");
 }
 
+TEST(DirectoryPaths, APropertyNamingAFolderPathStartsThePath) {
+  MSITDirectory table;
+  EXPECT_EQ(table.GetRoot(), nullptr);
+  MSIEDirectory* vendor = table.Add(u"[ProgramFilesFolder]Vendor Name");
+  ASSERT_NE(vendor, nullptr);
+  ASSERT_NE(table.GetRoot(), nullptr);
+  EXPECT_EQ(table.GetRoot()->GetDirectory(), u"TARGETDIR");
+
+  MSITProperty properties;
+  properties.Add(u"VENDORDIR")->SetValue(u"[ProgramFilesFolder]Vendor Name\\");
+  properties.Add(u"LOOP")->SetValue(u"[LOOP]x");
+  EXPECT_EQ(table.Add(u"[VENDORDIR]Application"), nullptr) << "unknown without the Property table";
+  table.SetRelatedTables(&properties);
+  MSIEDirectory* application = table.Add(u"[VENDORDIR]Application");
+  ASSERT_NE(application, nullptr) << utf8(table.GetLastError());
+  EXPECT_EQ(application->GetDirectoryParent(), vendor->GetDirectory());
+  EXPECT_EQ(table.Add(u"[LOOP]App"), nullptr) << "a property naming itself ends";
+}
+
 TEST(DirectoryPaths, DeletedRowsAreNotReused) {
   MSITDirectory table;
   MSIEDirectory* deleted = table.Add(kBinPath);

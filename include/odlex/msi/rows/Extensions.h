@@ -10,6 +10,8 @@
 #include "odlex/msi/MSITranslate.h"
 #include "odlex/support/TalString.h"
 
+class MSITProperty;
+
 namespace odlex::directory {
 template <typename T>
 class Result;

@@ -34,9 +34,40 @@ TalString pathOf(MSITable* owner, const TalString& key, PathQuery query, bool fo
 
 }  // namespace
 
+TalString MSITDirectory::expandLeadingProperty(const TalString& target) const {
+  constexpr int kMaxDepth = 16;
+  std::u16string path = target.u16();
+  for (int depth = 0; properties_ && depth < kMaxDepth; ++depth) {
+    const std::size_t close = path.find(u']');
+    if (path.empty() || path[0] != u'[' || close == std::u16string::npos)
+      break;
+    const TalString name(path.substr(1, close - 1));
+    if (Find(name))
+      break;
+    const MSIEProperty* property = properties_->Find(name);
+    if (!property || !property->GetValue().u16().starts_with(u"["))
+      break;
+    path = property->GetValue().u16() + path.substr(close + 1);
+  }
+  return TalString(path);
+}
+
+MSIEDirectory* MSITDirectory::GetRoot() {
+  if (MSIEDirectory* target = Find(TalString(u"TARGETDIR")))
+    return target;
+  for (RWCollectable* item : GetTable()) {
+    auto* row = static_cast<MSIEDirectory*>(item);
+    const TalString parent = row->GetDirectoryParent();
+    if (!row->IsDeleted() && (parent.u16().empty() || parent == row->GetDirectory()))
+      return row;
+  }
+  return nullptr;
+}
+
 MSIEDirectory* MSITDirectory::Add(const TalString& target) {
   odlex::rows::DirectoryTableModel model(*this);
-  return leafOrError(odlex::directory::addTargetPath(model, target.u16()),
+  const TalString expanded = expandLeadingProperty(target);
+  return leafOrError(odlex::directory::addTargetPath(model, expanded.u16()),
                      TalString::Format(u"the folder path '%s'", target));
 }
 
