@@ -2,6 +2,7 @@
 // removing and destroying.
 
 #include <filesystem>
+#include <memory>
 #include <system_error>
 #include <vector>
 
@@ -30,38 +31,33 @@ ODLEXDatabase& ODLEXDatabase::AddDatabaseToList(const TalString& path) {
 }
 
 ODLEXDatabase& ODLEXDatabase::AddDatabaseToList(const TalString& path, ODLEXOpenType& how) {
-  auto* database = new ODLEXDatabase();
+  // Owned here until the list takes it, so a failure or an error thrown while opening frees it.
+  std::unique_ptr<ODLEXDatabase> opened(new ODLEXDatabase());
   TalString workingPath = path;
   // Working on an output file: the named file is copied there and the copy opened for update,
   // so the named file is never written.
   if (how.IsFilePath()) {
     const TalString output = how;
     if (!copyReplacing(path, output)) {
-      delete database;
       odlex::DebugOutput::write(u"ODLEX: Unable to copy file.\r\n");
       throw ODLEXDatabaseError(ODLEXDatabaseError::eDatabaseOpenFailed);
     }
     how = ODLEXOpenType(MSIDatabase::ePersistDirect);
     workingPath = output;
   }
-  if (!database->SetDatabasePath(workingPath, how)) {
-    delete database;
-    database = nullptr;
-  }
-  if (database) {
-    RWCollectable* listed = databaseList.insert(database);
-    if (listed == database) {
-      // After an output-file open the database names the file the caller opened.
-      if (database->filePath_ != path)
-        database->filePath_ = path;
-    } else {
-      // A database with the same working path is open already: that one is used.
-      delete database;
-      database = static_cast<ODLEXDatabase*>(listed);
-    }
-  }
-  if (!database)
+  if (!opened->SetDatabasePath(workingPath, how))
     throw ODLEXDatabaseError(ODLEXDatabaseError::eDatabaseOpenFailed);
+  ODLEXDatabase* database = opened.get();
+  RWCollectable* listed = databaseList.insert(database);
+  if (listed == database) {
+    opened.release();
+    // After an output-file open the database names the file the caller opened.
+    if (database->filePath_ != path)
+      database->filePath_ = path;
+  } else {
+    // A database with the same working path is open already: that one is used.
+    database = static_cast<ODLEXDatabase*>(listed);
+  }
   database->SetMergeModule(MatchesExtension(path, u"MSM"));
   if (database->IsMergeModule())
     database->AcquireDatabaseInfo();

@@ -62,7 +62,8 @@ class MSITable {
   virtual bool Persist();
   // Some row was added, changed or deleted since the last Populate or Persist.
   bool IsDirty() const { return dirty_; }
-  void MakeDirty() { dirty_ = true; }
+  // Marks the table dirty, or with false clean: the rows held are then taken as written.
+  void MakeDirty(bool dirty = true) { dirty_ = dirty; }
   // Removes the table (and the streams of its binary cells) from the database and forgets the
   // rows. False when no open database is set.
   bool Drop();
