@@ -9,6 +9,7 @@
 
 #include "common/Oracle.h"
 #include "common/Packages.h"
+#include "common/TempDir.h"
 
 namespace odlex::test {
 
@@ -28,6 +29,22 @@ class PackageTest : public ::testing::TestWithParam<PackageKind> {
 
  private:
   std::filesystem::path package_;
+};
+
+// Tests on a private copy (package_) of one test package, made by copyPackage: the test is
+// skipped when the tools that build the package are missing, and fails when it cannot be built.
+class PackageCopyTest : public ::testing::Test {
+ protected:
+  void copyPackage(PackageKind kind) {
+    if (!haveMsitools() || (kind == PackageKind::kWixl && !haveWixl()))
+      GTEST_SKIP() << "msitools or wixl are not installed";
+    const BuiltPackage& built = testPackage(kind);
+    ASSERT_FALSE(built.file.empty()) << built.error;
+    std::filesystem::copy_file(built.file, package_);
+  }
+
+  TempDir dir_;
+  std::filesystem::path package_ = dir_ / "package.msi";
 };
 
 inline std::string packageTestName(const ::testing::TestParamInfo<PackageKind>& info) {

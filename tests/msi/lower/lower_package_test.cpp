@@ -16,7 +16,7 @@
 
 #include "common/Oracle.h"
 #include "common/Packages.h"
-#include "common/TempDir.h"
+#include "common/PackageTest.h"
 
 namespace odlex::test {
 namespace {
@@ -28,15 +28,9 @@ TalString text(const fs::path& path) {
 }
 
 // Works on a private copy of the msibuild package made from tests/oracle/fixtures/idt.
-class LowerPackageTest : public ::testing::Test {
+class LowerPackageTest : public PackageCopyTest {
  protected:
-  void SetUp() override {
-    if (!haveMsitools())
-      GTEST_SKIP() << "msitools are not installed";
-    const BuiltPackage& built = testPackage(PackageKind::kIdt);
-    ASSERT_FALSE(built.file.empty()) << built.error;
-    fs::copy_file(built.file, package_);
-  }
+  void SetUp() override { copyPackage(PackageKind::kIdt); }
 
   // Every row of `sql` as its fields joined with '|' (null as "-", streams as "stream").
   std::vector<std::string> rows(MSIDatabase& db, const char16_t* sql, MSIRecord* params = nullptr) {
@@ -64,9 +58,6 @@ class LowerPackageTest : public ::testing::Test {
       codes.push_back(error->GetCode());
     return codes;
   }
-
-  TempDir dir_;
-  fs::path package_ = dir_ / "package.msi";
 };
 
 TEST_F(LowerPackageTest, ReadOnlyOpenRefusesCommitAndEdits) {

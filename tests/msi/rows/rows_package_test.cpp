@@ -99,15 +99,9 @@ MSIBinary bytes(const std::string& data) {
 }
 
 // Edits on a private copy of the msibuild package made from tests/oracle/fixtures/idt.
-class RowsEditTest : public ::testing::Test {
+class RowsEditTest : public PackageCopyTest {
  protected:
-  void SetUp() override {
-    if (!haveMsitools())
-      GTEST_SKIP() << "msitools are not installed";
-    const BuiltPackage& built = testPackage(PackageKind::kIdt);
-    ASSERT_FALSE(built.file.empty()) << built.error;
-    fs::copy_file(built.file, package_);
-  }
+  void SetUp() override { copyPackage(PackageKind::kIdt); }
 
   std::vector<std::string> exported(const std::string& table) {
     const ProcessResult result = msiinfoExport(package_, table);
@@ -117,9 +111,6 @@ class RowsEditTest : public ::testing::Test {
     std::sort(lines.begin(), lines.end());
     return lines;
   }
-
-  TempDir dir_;
-  fs::path package_ = dir_ / "edit.msi";
 };
 
 TEST_F(RowsEditTest, AddChangeDeleteAndReAddReachTheFile) {

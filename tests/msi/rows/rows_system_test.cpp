@@ -15,6 +15,7 @@
 
 #include "common/Oracle.h"
 #include "common/Packages.h"
+#include "common/PackageTest.h"
 #include "common/TempDir.h"
 #include "msi/engine/Database.h"
 #include "storage/CompoundFile.h"
@@ -68,16 +69,19 @@ bool contains(const std::vector<std::string>& lines, const std::string& line) {
   return std::find(lines.begin(), lines.end(), line) != lines.end();
 }
 
+// Opens a copy of the package of `kind`, ending the test when it was skipped or failed.
+#define ODLEX_OPEN(kind)                \
+  open(kind);                           \
+  if (IsSkipped() || HasFatalFailure()) \
+  return
+
 // A private copy of one test package, and the database opened on it for update.
-class SystemTablesTest : public ::testing::Test {
+class SystemTablesTest : public PackageCopyTest {
  protected:
   void open(PackageKind kind) {
-    if (!haveMsitools() || (kind == PackageKind::kWixl && !haveWixl()))
-      GTEST_SKIP() << "msitools or wixl are not installed";
-    const BuiltPackage& built = testPackage(kind);
-    ASSERT_FALSE(built.file.empty()) << built.error;
-    fs::copy_file(built.file, package_);
-    reopen();
+    copyPackage(kind);
+    if (!IsSkipped() && !HasFatalFailure())
+      reopen();
   }
 
   // Commits and opens the file again.
@@ -120,13 +124,11 @@ class SystemTablesTest : public ::testing::Test {
     ASSERT_TRUE(table.Populate()) << table.GetLastError().ToUtf8();
   }
 
-  TempDir dir_;
-  fs::path package_ = dir_ / "system.msi";
   std::unique_ptr<MSIDatabase> db_;
 };
 
 TEST_F(SystemTablesTest, TablesAndColumnsListTheDatabase) {
-  open(PackageKind::kWixl);
+  ODLEX_OPEN(PackageKind::kWixl);
   MSIT_Tables tables;
   load(tables);
   std::vector<std::string> expected = msiinfoPersistentTables(package_);
@@ -145,7 +147,7 @@ TEST_F(SystemTablesTest, TablesAndColumnsListTheDatabase) {
 }
 
 TEST_F(SystemTablesTest, TableRowsCreateAndDropTables) {
-  open(PackageKind::kIdt);
+  ODLEX_OPEN(PackageKind::kIdt);
   MSIT_Tables tables;
   load(tables);
   ASSERT_NE(tables.Add(u"NoSuchTable"), nullptr);
@@ -167,7 +169,7 @@ TEST_F(SystemTablesTest, TableRowsCreateAndDropTables) {
 }
 
 TEST_F(SystemTablesTest, StreamsAreAddedReplacedAndDeleted) {
-  open(PackageKind::kIdt);
+  ODLEX_OPEN(PackageKind::kIdt);
   MSIT_Streams streams;
   load(streams);
   EXPECT_TRUE(
@@ -209,7 +211,7 @@ TEST_F(SystemTablesTest, StreamsAreAddedReplacedAndDeleted) {
 }
 
 TEST_F(SystemTablesTest, StoragesTakeCompoundFilesOnly) {
-  open(PackageKind::kIdt);
+  ODLEX_OPEN(PackageKind::kIdt);
   MSIT_Storages storages;
   load(storages);
   EXPECT_TRUE(storages.GetTable().isEmpty());
@@ -240,7 +242,7 @@ TEST_F(SystemTablesTest, StoragesTakeCompoundFilesOnly) {
 }
 
 TEST_F(SystemTablesTest, SummaryInformationReadsAsMsiinfoShowsIt) {
-  open(PackageKind::kWixl);
+  ODLEX_OPEN(PackageKind::kWixl);
   MSIT_SummaryInformation summary;
   msidbSumInfoSourceType source{};
   MSIDatabase::ePlatform platform{};
@@ -280,7 +282,7 @@ TEST_F(SystemTablesTest, SummaryInformationReadsAsMsiinfoShowsIt) {
 }
 
 TEST_F(SystemTablesTest, UntouchedSummaryStaysByteExact) {
-  open(PackageKind::kIdt);
+  ODLEX_OPEN(PackageKind::kIdt);
   // Bytes after the property set that rewriting the stream would not keep.
   editSummaryStream([](std::vector<storage::CompoundNode>&, auto summary) {
     summary->data.insert(summary->data.end(), 16, 0xEE);
@@ -297,7 +299,7 @@ TEST_F(SystemTablesTest, UntouchedSummaryStaysByteExact) {
 }
 
 TEST_F(SystemTablesTest, UpdatedSummaryReachesTheFile) {
-  open(PackageKind::kWixl);
+  ODLEX_OPEN(PackageKind::kWixl);
   MSIT_SummaryInformation summary;
   ASSERT_TRUE(db_->UpdateSummaryInformation(summary, true, msidbSumInfoSourceTypeSFN,
                                             MSIDatabase::ePlatformX64, u"New title", u"New subject",
@@ -328,7 +330,7 @@ TEST_F(SystemTablesTest, UpdatedSummaryReachesTheFile) {
 }
 
 TEST_F(SystemTablesTest, SummaryIsCreatedForADatabaseWithout) {
-  open(PackageKind::kIdt);
+  ODLEX_OPEN(PackageKind::kIdt);
   // The same package without its summary information stream.
   editSummaryStream(
       [](std::vector<storage::CompoundNode>& children, auto summary) { children.erase(summary); });
