@@ -1,8 +1,11 @@
 #!/usr/bin/env bash
 # Rebuilds the seed inputs in fuzz/corpus: a few tiny packages made by msibuild (an
 # independent writer) and a few broken files cut from them. The seeds are kept in the
-# repository; run this only to change them. Other files in fuzz/corpus (empty-directory.msi)
-# are inputs the fuzzer once failed on, kept as regression seeds; this script leaves them alone.
+# repository; run this only to change them. Other files in fuzz/corpus are kept as regression
+# seeds and this script leaves them alone: empty-directory.msi, an input the fuzzer once failed
+# on, and shared-sectors.msi / shared-mini-sectors.msi, containers whose thousands (hundreds) of
+# directory entries all point at one chain of sectors (mini sectors), crafted like the cases of
+# tests/storage/compound_file_sharing_test.cpp.
 set -euo pipefail
 corpus="$(cd "$(dirname "$0")" && pwd)/corpus"
 work="$(mktemp -d)"

@@ -17,8 +17,9 @@ cmake --build "$build" --target odlex_fuzz_package -j2
 # Sanitizer reports with a stack, so a failure in CI can be read without rerunning it.
 export UBSAN_OPTIONS="print_stacktrace=1${UBSAN_OPTIONS:+:$UBSAN_OPTIONS}"
 
-# New inputs go to a working corpus in the build folder; the committed seeds stay untouched.
+# Inputs up to 1 MiB: room for thousands of directory entries, the shapes that once made a
+# small file cost gigabytes. New inputs go to a working corpus in the build folder; the committed seeds stay untouched.
 mkdir -p "$build/corpus" "$build/artifacts"
 "$build/fuzz/odlex_fuzz_package" "$build/corpus" "$root/fuzz/corpus" \
-  -max_total_time="$seconds" -rss_limit_mb=2048 -max_len=65536 -timeout=10 \
+  -max_total_time="$seconds" -rss_limit_mb=2048 -max_len=1048576 -timeout=10 \
   -artifact_prefix="$build/artifacts/" -print_final_stats=1

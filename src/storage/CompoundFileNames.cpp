@@ -2,6 +2,8 @@
 
 #include "storage/CompoundFileNames.h"
 
+#include <vector>
+
 namespace odlex::storage::cfb {
 namespace {
 
@@ -45,11 +47,7 @@ constexpr SingleMapping kSingleMappings[] = {
     {0x03AC, 0x0386}, {0x03C2, 0x03A3}, {0x03CC, 0x038C},
 };
 
-}  // namespace
-
-char16_t upcaseUnit(char16_t unit) {
-  if (unit < 0x80)
-    return (unit >= u'a' && unit <= u'z') ? static_cast<char16_t>(unit - 0x20) : unit;
+char16_t upcaseByRules(char16_t unit) {
   for (const ShiftedBlock& block : kShiftedBlocks) {
     if (unit >= block.first && unit <= block.last)
       return static_cast<char16_t>(unit - block.distance);
@@ -65,6 +63,24 @@ char16_t upcaseUnit(char16_t unit) {
       return mapping.upper;
   }
   return unit;
+}
+
+// Every unit's upper-case form, worked out once: sorting the names of a large package compares
+// many units outside ASCII (installer names are packed into U+3800..U+4840).
+std::vector<char16_t> makeUpcaseTable() {
+  std::vector<char16_t> table(0x10000);
+  for (std::size_t unit = 0; unit < table.size(); ++unit)
+    table[unit] = upcaseByRules(static_cast<char16_t>(unit));
+  return table;
+}
+
+}  // namespace
+
+char16_t upcaseUnit(char16_t unit) {
+  if (unit < 0x80)
+    return (unit >= u'a' && unit <= u'z') ? static_cast<char16_t>(unit - 0x20) : unit;
+  static const std::vector<char16_t> table = makeUpcaseTable();
+  return table[unit];
 }
 
 int compareEntryNames(std::u16string_view a, std::u16string_view b) {

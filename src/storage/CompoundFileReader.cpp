@@ -1,6 +1,9 @@
 // Reads the compound file container. Every number taken from the file is checked before it is
-// used: sector indices against the sectors the file really has, chains against cycles, sizes
-// against what their chains can hold, directory links against the directory's length.
+// used: sector indices against the sectors the file really has, sizes against what their chains
+// can hold, directory links against the directory's length. Every sector and mini sector is
+// claimed by at most one owner (a stream, the directory, a sector table) when the file is
+// opened, which rules out cycles and streams sharing sectors: reading a file then costs at most
+// what the file holds.
 
 #include <algorithm>
 #include <cstring>
@@ -8,30 +11,26 @@
 #include "storage/CompoundFile.h"
 #include "storage/CompoundFileFormat.h"
 #include "storage/MemoryFileSystem.h"
+#include "storage/StreamName.h"
 
 namespace odlex::storage {
 namespace {
 
 using namespace cfb;
 
-std::string utf16ToDisplay(std::u16string_view name) {
-  std::string text;
-  for (char16_t unit : name) {
-    if (unit >= 0x20 && unit < 0x7F) {
-      text += static_cast<char>(unit);
-    } else {
-      static const char digits[] = "0123456789ABCDEF";
-      text += "\\u";
-      for (int shift = 12; shift >= 0; shift -= 4)
-        text += digits[(unit >> shift) & 0xF];
-    }
-  }
-  return text;
-}
-
 std::uint64_t ceilDiv(std::uint64_t value, std::uint64_t unit) {
   return (value + unit - 1) / unit;
 }
+
+// Owners of sectors besides streams (which are owned by their directory index + 1).
+enum Owner : std::uint32_t {
+  kUnowned = 0,
+  kOwnerFat = 0xFFFFFFF0,
+  kOwnerDifat,
+  kOwnerDirectory,
+  kOwnerMiniFat,
+  kOwnerMiniStream,
+};
 
 // One chain of sectors (or mini sectors) through an allocation table.
 struct ChainRequest {
@@ -42,29 +41,6 @@ struct ChainRequest {
   const char* unit;         // "sector" or "mini sector", for messages
 };
 
-bool followChain(const ChainRequest& request, std::vector<std::uint32_t>& chain,
-                 std::string& error) {
-  chain.clear();
-  std::vector<bool> visited(request.bound, false);
-  std::uint32_t current = request.start;
-  while (current != kEndOfChain && chain.size() < request.maxLength) {
-    if (current >= request.bound) {
-      error = std::string(request.unit) + " index " + std::to_string(current) + " out of range (" +
-              std::to_string(request.bound) + " " + request.unit + "s available)";
-      return false;
-    }
-    if (visited[current]) {
-      error = std::string(request.unit) + " chain loops back to " + request.unit + " " +
-              std::to_string(current);
-      return false;
-    }
-    visited[current] = true;
-    chain.push_back(current);
-    current = (*request.table)[current];
-  }
-  return true;
-}
-
 class Reader final : public CompoundFileReader {
  public:
   explicit Reader(std::unique_ptr<ReadableFile> file)
@@ -72,7 +48,7 @@ class Reader final : public CompoundFileReader {
 
   bool load(std::string& error) {
     return readHeader(error) && readFat(error) && readMiniFat(error) && readDirectory(error) &&
-           readMiniStreamLocation(error) && buildTree(error);
+           readMiniStreamLocation(error) && buildTree(error) && claimStreams(error);
   }
 
   std::uint16_t majorVersion() const override { return major_; }
@@ -90,12 +66,8 @@ class Reader final : public CompoundFileReader {
       return true;
     const bool inMiniStream = size < kMiniStreamCutoff;
     const std::uint32_t unitSize = inMiniStream ? kMiniSectorSize : sectorSize_;
-    ChainRequest request{inMiniStream ? &miniFat_ : &fat_, inMiniStream ? miniBound_ : fatBound_,
-                         starts_[index], ceilDiv(size, unitSize),
-                         inMiniStream ? "mini sector" : "sector"};
     std::vector<std::uint32_t> chain;
-    if (!followChain(request, chain, error) ||
-        !requireLength(chain, request.maxLength, size, error)) {
+    if (!walkChain(streamChain(index), chain, error)) {
       error = entryLabel(directoryIndex_[index], entries_[index].name) + ": " + error;
       return false;
     }
@@ -115,8 +87,111 @@ class Reader final : public CompoundFileReader {
   static std::string entryLabel(std::uint32_t index, std::u16string_view name = {}) {
     std::string label = "directory entry " + std::to_string(index);
     if (!name.empty())
-      label += " (\"" + utf16ToDisplay(name) + "\")";
+      label += " (" + describeEntryName(name) + ")";
     return label;
+  }
+
+  std::string ownerLabel(std::uint32_t owner) const {
+    switch (owner) {
+      case kOwnerFat:
+        return "the FAT";
+      case kOwnerDifat:
+        return "the DIFAT";
+      case kOwnerDirectory:
+        return "the directory";
+      case kOwnerMiniFat:
+        return "the mini FAT";
+      case kOwnerMiniStream:
+        return "the mini stream";
+      default: {
+        std::u16string name;
+        std::string ignored;
+        decodeName(owner - 1, name, ignored);
+        return entryLabel(owner - 1, name);
+      }
+    }
+  }
+
+  // Gives `unit` (an index already checked against `owners`) to `owner`; a unit that already
+  // has one is refused, naming both.
+  bool claim(std::vector<std::uint32_t>& owners, std::uint32_t unit, std::uint32_t owner,
+             const char* unitName, std::string& error) const {
+    const std::uint32_t held = owners[unit];
+    if (held == kUnowned) {
+      owners[unit] = owner;
+      return true;
+    }
+    error = held == owner
+                ? std::string(unitName) + " chain loops back to " + unitName + " " +
+                      std::to_string(unit)
+                : std::string(unitName) + " " + std::to_string(unit) + " is used by both " +
+                      ownerLabel(held) + " and " + ownerLabel(owner);
+    return false;
+  }
+
+  // Follows a chain, claiming each of its units for `owner`.
+  bool claimChain(const ChainRequest& request, std::vector<std::uint32_t>& owners,
+                  std::uint32_t owner, std::vector<std::uint32_t>& chain,
+                  std::string& error) const {
+    chain.clear();
+    std::uint32_t current = request.start;
+    while (current != kEndOfChain && chain.size() < request.maxLength) {
+      if (!inRange(request, current, error) || !claim(owners, current, owner, request.unit, error))
+        return false;
+      chain.push_back(current);
+      current = (*request.table)[current];
+    }
+    return true;
+  }
+
+  static bool inRange(const ChainRequest& request, std::uint32_t index, std::string& error) {
+    if (index < request.bound)
+      return true;
+    error = std::string(request.unit) + " index " + std::to_string(index) + " out of range (" +
+            std::to_string(request.bound) + " " + request.unit + "s available)";
+    return false;
+  }
+
+  // Follows the chain of a stream whose units were claimed when the file was opened, so it
+  // neither loops nor runs short.
+  static bool walkChain(const ChainRequest& request, std::vector<std::uint32_t>& chain,
+                        std::string& error) {
+    chain.clear();
+    chain.reserve(static_cast<std::size_t>(request.maxLength));
+    std::uint32_t current = request.start;
+    while (chain.size() < request.maxLength) {
+      if (!inRange(request, current, error))
+        return false;
+      chain.push_back(current);
+      current = (*request.table)[current];
+    }
+    return true;
+  }
+
+  ChainRequest streamChain(std::uint32_t index) const {
+    const std::uint64_t size = entries_[index].size;
+    const bool inMiniStream = size < kMiniStreamCutoff;
+    return ChainRequest{inMiniStream ? &miniFat_ : &fat_, inMiniStream ? miniBound_ : fatBound_,
+                        starts_[index], ceilDiv(size, inMiniStream ? kMiniSectorSize : sectorSize_),
+                        inMiniStream ? "mini sector" : "sector"};
+  }
+
+  // Claims the sectors of every stream, so that no two streams share one and every chain is
+  // as long as its stream's size needs.
+  bool claimStreams(std::string& error) {
+    std::vector<std::uint32_t> chain;
+    for (std::uint32_t index = 1; index < entries_.size(); ++index) {
+      if (entries_[index].isStorage || entries_[index].size == 0)
+        continue;
+      const ChainRequest request = streamChain(index);
+      auto& owners = request.table == &fat_ ? sectorOwners_ : miniOwners_;
+      if (!claimChain(request, owners, directoryIndex_[index] + 1, chain, error) ||
+          !requireLength(chain, request.maxLength, entries_[index].size, error)) {
+        error = entryLabel(directoryIndex_[index], entries_[index].name) + ": " + error;
+        return false;
+      }
+    }
+    return true;
   }
 
   static bool requireLength(const std::vector<std::uint32_t>& chain, std::uint64_t needed,
@@ -233,6 +308,7 @@ class Reader final : public CompoundFileReader {
     const std::uint64_t sectors = ceilDiv(fileSize_ - sectorSize_, sectorSize_);
     sectorCount_ = static_cast<std::uint32_t>(
         std::min<std::uint64_t>(sectors, static_cast<std::uint64_t>(kMaxRegularSector) + 1));
+    sectorOwners_.assign(sectorCount_, kUnowned);
     return true;
   }
 
@@ -257,6 +333,10 @@ class Reader final : public CompoundFileReader {
                 std::to_string(sectorCount_) + " sectors)";
         return false;
       }
+      if (!claim(sectorOwners_, fatSectors[i], kOwnerFat, "sector", error)) {
+        error = "FAT: " + error;
+        return false;
+      }
     }
     std::vector<std::uint8_t> bytes;
     if (!readSectors(fatSectors, bytes, error))
@@ -268,9 +348,8 @@ class Reader final : public CompoundFileReader {
 
   // Collects the FAT sector indices beyond the 109 held in the header from the DIFAT chain.
   bool readDifatSectors(std::uint32_t fatCount, std::vector<std::uint32_t>& fatSectors,
-                        std::string& error) const {
+                        std::string& error) {
     const std::uint32_t perSector = sectorSize_ / 4 - 1;
-    std::vector<bool> visited(sectorCount_, false);
     std::uint32_t current = load32(header_ + header::kFirstDifatSector);
     std::vector<std::uint8_t> bytes;
     while (fatSectors.size() < fatCount) {
@@ -280,11 +359,10 @@ class Reader final : public CompoundFileReader {
                 " of " + std::to_string(fatCount) + " FAT sectors found)";
         return false;
       }
-      if (visited[current]) {
-        error = "DIFAT chain loops back to sector " + std::to_string(current);
+      if (!claim(sectorOwners_, current, kOwnerDifat, "sector", error)) {
+        error = "DIFAT: " + error;
         return false;
       }
-      visited[current] = true;
       if (!readSectors({current}, bytes, error))
         return false;
       for (std::uint32_t i = 0; i < perSector && fatSectors.size() < fatCount; ++i) {
@@ -299,7 +377,7 @@ class Reader final : public CompoundFileReader {
     std::vector<std::uint32_t> chain;
     const ChainRequest request{&fat_, fatBound_, load32(header_ + header::kFirstMiniFatSector),
                                sectorCount_, "sector"};
-    if (!followChain(request, chain, error)) {
+    if (!claimChain(request, sectorOwners_, kOwnerMiniFat, chain, error)) {
       error = "mini FAT: " + error;
       return false;
     }
@@ -318,7 +396,7 @@ class Reader final : public CompoundFileReader {
     }
     std::vector<std::uint32_t> chain;
     const ChainRequest request{&fat_, fatBound_, first, sectorCount_, "sector"};
-    if (!followChain(request, chain, error)) {
+    if (!claimChain(request, sectorOwners_, kOwnerDirectory, chain, error)) {
       error = "directory: " + error;
       return false;
     }
@@ -358,13 +436,14 @@ class Reader final : public CompoundFileReader {
     }
     const ChainRequest request{&fat_, fatBound_, load32(root + entry::kStartSector),
                                ceilDiv(miniStreamSize_, sectorSize_), "sector"};
-    if (!followChain(request, miniStreamSectors_, error) ||
+    if (!claimChain(request, sectorOwners_, kOwnerMiniStream, miniStreamSectors_, error) ||
         !requireLength(miniStreamSectors_, request.maxLength, miniStreamSize_, error)) {
       error = "mini stream: " + error;
       return false;
     }
     miniBound_ = static_cast<std::uint32_t>(
         std::min<std::uint64_t>(miniFat_.size(), ceilDiv(miniStreamSize_, kMiniSectorSize)));
+    miniOwners_.assign(miniBound_, kUnowned);
     return true;
   }
 
@@ -429,7 +508,7 @@ class Reader final : public CompoundFileReader {
 
   // Checks a link to another directory entry and marks it as used; each entry may be reached
   // only once, which rules out cycles and shared subtrees.
-  bool claim(const PendingLink& link, std::vector<bool>& visited, std::string& error) const {
+  bool claimLink(const PendingLink& link, std::vector<bool>& visited, std::string& error) const {
     if (link.target >= directoryCount_) {
       error = entryLabel(link.from) + ": " + link.field + " index " + std::to_string(link.target) +
               " out of range (" + std::to_string(directoryCount_) + " entries)";
@@ -463,7 +542,7 @@ class Reader final : public CompoundFileReader {
       PendingLink link{current, parentDirectory, "child"};
       while (current != kNoStream || !stack.empty()) {
         while (current != kNoStream) {
-          if (!claim(link, visited, error))
+          if (!claimLink(link, visited, error))
             return false;
           stack.push_back(current);
           current = load32(rawEntry(current) + entry::kLeft);
@@ -502,7 +581,10 @@ class Reader final : public CompoundFileReader {
   std::uint64_t miniStreamSize_ = 0;
   std::vector<std::uint32_t> miniStreamSectors_;
   std::vector<CompoundEntry> entries_;
-  std::vector<std::uint32_t> starts_;          // first (mini) sector, per entry
+  std::vector<std::uint32_t> starts_;  // first (mini) sector, per entry
+  // Who holds each sector and mini sector (an Owner, or a stream's directory index + 1).
+  std::vector<std::uint32_t> sectorOwners_;
+  std::vector<std::uint32_t> miniOwners_;
   std::vector<std::uint32_t> directoryIndex_;  // position in the file's directory, per entry
 };
 

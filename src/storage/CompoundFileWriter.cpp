@@ -10,6 +10,7 @@
 #include "storage/CompoundFileFormat.h"
 #include "storage/CompoundFileNames.h"
 #include "storage/CompoundFileTree.h"
+#include "storage/StreamName.h"
 
 namespace odlex::storage {
 namespace {
@@ -18,13 +19,6 @@ using namespace cfb;
 
 std::uint64_t ceilDiv(std::uint64_t value, std::uint64_t unit) {
   return (value + unit - 1) / unit;
-}
-
-std::string displayName(std::u16string_view name) {
-  std::string text;
-  for (char16_t unit : name)
-    text += (unit >= 0x20 && unit < 0x7F) ? static_cast<char>(unit) : '?';
-  return text;
 }
 
 struct DirectoryEntry {
@@ -46,7 +40,7 @@ bool flatten(const CompoundNode& root, std::vector<DirectoryEntry>& entries, std
     const CompoundNode& parent = *entries[next].node;
     if (!parent.isStorage) {
       if (!parent.children.empty()) {
-        error = "stream \"" + displayName(parent.name) + "\" cannot have children";
+        error = "stream " + describeEntryName(parent.name) + " cannot have children";
         return false;
       }
       continue;
@@ -55,8 +49,8 @@ bool flatten(const CompoundNode& root, std::vector<DirectoryEntry>& entries, std
     for (const CompoundNode& child : parent.children) {
       if (child.name.empty() || child.name.size() > kMaxNameUnits ||
           child.name.find(u'\0') != std::u16string::npos) {
-        error = "entry name \"" + displayName(child.name) + "\" in storage \"" +
-                displayName(parent.name) + "\" must have 1 to 31 units and no NUL";
+        error = "entry name " + describeEntryName(child.name) + " in storage " +
+                describeEntryName(parent.name) + " must have 1 to 31 units and no NUL";
         return false;
       }
       sorted.push_back(&child);
@@ -66,9 +60,10 @@ bool flatten(const CompoundNode& root, std::vector<DirectoryEntry>& entries, std
     });
     for (std::size_t i = 1; i < sorted.size(); ++i) {
       if (compareEntryNames(sorted[i - 1]->name, sorted[i]->name) == 0) {
-        error = "storage \"" + displayName(parent.name) + "\" holds \"" +
-                displayName(sorted[i - 1]->name) + "\" and \"" + displayName(sorted[i]->name) +
-                "\", which differ only in case";
+        error = "storage " + describeEntryName(parent.name) + " holds " +
+                describeEntryName(sorted[i - 1]->name) + " and " +
+                describeEntryName(sorted[i]->name) +
+                ", whose names are the same or differ only in case";
         return false;
       }
     }
@@ -136,11 +131,11 @@ class Writer {
     for (DirectoryEntry& entry : entries_) {
       const std::uint64_t size = entry.node->isStorage ? 0 : entry.node->data.size();
       if (entry.node->isStorage && !entry.node->data.empty()) {
-        error = "storage \"" + displayName(entry.node->name) + "\" cannot hold data";
+        error = "storage " + describeEntryName(entry.node->name) + " cannot hold data";
         return false;
       }
       if (major_ == 3 && size > std::numeric_limits<std::uint32_t>::max()) {
-        error = "stream \"" + displayName(entry.node->name) + "\" is too large for version 3";
+        error = "stream " + describeEntryName(entry.node->name) + " is too large for version 3";
         return false;
       }
       if (size == 0)

@@ -69,4 +69,20 @@ DecodedStreamName decodeStreamName(std::u16string_view encoded) {
   return decoded;
 }
 
+std::string describeEntryName(std::u16string_view stored) {
+  const DecodedStreamName decoded = decodeStreamName(stored);
+  std::string text = decoded.isTable ? "table \"" : "\"";
+  for (const char16_t unit : decoded.name) {
+    if (unit >= 0x20 && unit < 0x7F) {
+      text += static_cast<char>(unit);
+    } else {
+      static const char digits[] = "0123456789ABCDEF";
+      text += "\\u";
+      for (int shift = 12; shift >= 0; shift -= 4)
+        text += digits[(unit >> shift) & 0xF];
+    }
+  }
+  return text + '"';
+}
+
 }  // namespace odlex::storage

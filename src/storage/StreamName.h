@@ -19,4 +19,8 @@ struct DecodedStreamName {
 };
 DecodedStreamName decodeStreamName(std::u16string_view encoded);
 
+// A container entry name as a person reads it in a message, in double quotes: installer names
+// decoded (a table stream shown as table "Property"), units outside printable ASCII as \uXXXX.
+std::string describeEntryName(std::u16string_view stored);
+
 }  // namespace odlex::storage

@@ -6,6 +6,7 @@
 #include "storage/CompoundFileFormat.h"
 #include "storage/CompoundFileNames.h"
 #include "storage/CompoundFileTree.h"
+#include "storage/StreamName.h"
 
 namespace odlex::storage {
 namespace {
@@ -137,6 +138,10 @@ TEST(CompoundFileWriter, RefusesBadNames) {
   EXPECT_FALSE(
       writeCompoundFile(storage(u"", {stream(u"Name", 1), stream(u"nAME", 2)}), bytes, error));
   EXPECT_NE(error.find("differ only in case"), std::string::npos) << error;
+  const std::u16string table = *encodeStreamName(u"Orphan", true);
+  EXPECT_FALSE(writeCompoundFile(storage(u"", {stream(table, 1), stream(table, 2)}), bytes, error));
+  EXPECT_NE(error.find("table \"Orphan\" and table \"Orphan\""), std::string::npos)
+      << "installer names are shown decoded: " << error;
   EXPECT_FALSE(writeCompoundFile(
       storage(u"", {storage(u"S", {stream(u"\x00E4x", 1), stream(u"\x00C4X", 1)})}), bytes, error))
       << "upper-casing covers letters beyond ASCII";
