@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <limits>
@@ -81,14 +82,68 @@ class PosixReadableFile final : public ReadableFile {
   std::filesystem::path path_;
 };
 
-// Flushes the directory holding `path` so that a rename inside it survives a crash.
-void syncParentDirectory(const std::filesystem::path& path) {
+// Flushes the directory holding `path` so that a rename inside it survives a crash. Returns 0
+// or the errno of the failure.
+int syncParentDirectory(const std::filesystem::path& path) {
   std::filesystem::path parent = path.parent_path();
   if (parent.empty())
     parent = ".";
   FileDescriptor dir(::open(parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (dir.get() >= 0)
-    ::fsync(dir.get());
+  if (dir.get() < 0)
+    return errno;
+  return ::fsync(dir.get()) == 0 ? 0 : errno;
+}
+
+class PosixWritableFile final : public WritableFile {
+ public:
+  PosixWritableFile(int fd, std::filesystem::path path) : fd_(fd), path_(std::move(path)) {}
+
+  bool append(std::span<const std::uint8_t> bytes, std::string& error) override {
+    const std::uint8_t* data = bytes.data();
+    std::size_t left = bytes.size();
+    while (left > 0) {
+      const ssize_t put = ::write(fd_.get(), data, left);
+      if (put < 0) {
+        if (errno == EINTR)
+          continue;
+        error = describe("cannot write", path_, errno);
+        return false;
+      }
+      data += put;
+      left -= static_cast<std::size_t>(put);
+    }
+    return true;
+  }
+
+  bool finish(std::string& error) override {
+    if (::fsync(fd_.get()) != 0) {
+      error = describe("cannot flush", path_, errno);
+      return false;
+    }
+    if (const int code = fd_.close(); code != 0) {
+      error = describe("cannot close", path_, code);
+      return false;
+    }
+    return true;
+  }
+
+ private:
+  FileDescriptor fd_;
+  std::filesystem::path path_;
+};
+
+// Gives the new file `fd` the owner, group and permission bits of `model`. The owner and group
+// are given only where the process may; the permission bits always.
+bool takePermissionsOf(int fd, const struct stat& model, const std::filesystem::path& path,
+                       std::string& error) {
+  const bool given = ::fchown(fd, model.st_uid, model.st_gid) == 0 ||
+                     ::fchown(fd, static_cast<uid_t>(-1), model.st_gid) == 0;
+  static_cast<void>(given);  // a file the process may not give away stays its own
+  if (::fchmod(fd, model.st_mode & 07777) != 0) {
+    error = describe("cannot set the permissions of", path, errno);
+    return false;
+  }
+  return true;
 }
 
 class PosixFileSystem final : public FileSystem {
@@ -113,52 +168,58 @@ class PosixFileSystem final : public FileSystem {
                                                static_cast<std::uint64_t>(info.st_size), path);
   }
 
-  bool writeFile(const std::filesystem::path& path, std::span<const std::uint8_t> bytes,
-                 std::string& error) override {
-    FileDescriptor fd(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+  std::unique_ptr<WritableFile> createFile(const std::filesystem::path& path,
+                                           const NewFileOptions& options,
+                                           std::string& error) override {
+    struct stat model {};
+    const bool hasModel =
+        !options.permissionsOf.empty() && ::stat(options.permissionsOf.c_str(), &model) == 0;
+    const int flags =
+        O_WRONLY | O_CREAT | O_CLOEXEC | (options.exclusive ? O_EXCL | O_NOFOLLOW : O_TRUNC);
+    // Created no more open than the model (the umask may only narrow it), then given the
+    // model's exact bits before anything is written.
+    const mode_t mode = hasModel ? (model.st_mode & 0777) : 0666;
+    FileDescriptor fd(::open(path.c_str(), flags, mode));
     if (fd.get() < 0) {
       error = describe("cannot create", path, errno);
+      return nullptr;
+    }
+    if (hasModel && !takePermissionsOf(fd.get(), model, path, error))
+      return nullptr;
+    return std::make_unique<PosixWritableFile>(fd.release(), path);
+  }
+
+  bool rename(const std::filesystem::path& from, const std::filesystem::path& to,
+              std::string& error) override {
+    if (::rename(from.c_str(), to.c_str()) != 0) {
+      error = describe("cannot rename " + from.string() + " to", to, errno);
       return false;
     }
-    const std::uint8_t* data = bytes.data();
-    std::size_t left = bytes.size();
-    while (left > 0) {
-      const ssize_t put = ::write(fd.get(), data, left);
-      if (put < 0) {
-        if (errno == EINTR)
-          continue;
-        error = describe("cannot write", path, errno);
-        return false;
-      }
-      data += put;
-      left -= static_cast<std::size_t>(put);
-    }
-    if (::fsync(fd.get()) != 0) {
-      error = describe("cannot flush", path, errno);
-      return false;
-    }
-    if (const int code = fd.close(); code != 0) {
-      error = describe("cannot close", path, code);
+    if (const int code = syncParentDirectory(to); code != 0) {
+      error = describe("replaced the file, but cannot flush the folder of", to, code);
       return false;
     }
     return true;
   }
 
-  bool rename(const std::filesystem::path& from, const std::filesystem::path& to,
-              std::string& error) override {
-    // A file that replaces another keeps the permissions of the one it replaces.
-    struct stat replaced {};
-    if (::stat(to.c_str(), &replaced) == 0 &&
-        ::chmod(from.c_str(), replaced.st_mode & 07777) != 0) {
-      error = describe("cannot set the permissions of", from, errno);
-      return false;
+  bool resolveLinks(const std::filesystem::path& path, std::filesystem::path& resolved,
+                    std::string& error) override {
+    constexpr int kMaxLinks = 40;  // as the kernel allows in one path
+    resolved = path;
+    for (int followed = 0; followed <= kMaxLinks; ++followed) {
+      std::error_code code;
+      const auto status = std::filesystem::symlink_status(resolved, code);
+      if (code || !std::filesystem::is_symlink(status))
+        return true;
+      const std::filesystem::path next = std::filesystem::read_symlink(resolved, code);
+      if (code) {
+        error = "cannot follow the link " + resolved.string() + ": " + code.message();
+        return false;
+      }
+      resolved = next.is_absolute() ? next : resolved.parent_path() / next;
     }
-    if (::rename(from.c_str(), to.c_str()) != 0) {
-      error = describe("cannot rename " + from.string() + " to", to, errno);
-      return false;
-    }
-    syncParentDirectory(to);
-    return true;
+    error = "cannot follow the link " + path.string() + ": " + std::strerror(ELOOP);
+    return false;
   }
 
   bool remove(const std::filesystem::path& path, std::string& error) override {
@@ -185,7 +246,10 @@ class PosixFileSystem final : public FileSystem {
   }
 };
 
+// "<target's name>.odlex-<12 random hex digits>.tmp" in the target's folder, the name cut short
+// where needed so that the whole stays within the longest name a folder entry may have.
 std::filesystem::path temporaryNameBeside(const std::filesystem::path& target) {
+  constexpr std::size_t kMaxNameBytes = 255;
   static const char digits[] = "0123456789abcdef";
   std::random_device entropy;
   std::uniform_int_distribution<int> pick(0, 15);
@@ -193,9 +257,9 @@ std::filesystem::path temporaryNameBeside(const std::filesystem::path& target) {
   for (int i = 0; i < 12; ++i)
     suffix += digits[pick(entropy)];
   suffix += ".tmp";
-  std::filesystem::path temporary = target;
-  temporary += suffix;
-  return temporary;
+  std::string name = target.filename().string();
+  name.resize(std::min(name.size(), kMaxNameBytes - suffix.size()));
+  return target.parent_path() / (name + suffix);
 }
 
 }  // namespace
@@ -205,10 +269,24 @@ FileSystem& FileSystem::real() {
   return instance;
 }
 
+bool FileSystem::writeFile(const std::filesystem::path& path, std::span<const std::uint8_t> bytes,
+                           std::string& error) {
+  auto file = createFile(path, {}, error);
+  return file && file->append(bytes, error) && file->finish(error);
+}
+
 bool replaceFileAtomically(FileSystem& fs, const std::filesystem::path& target,
                            std::span<const std::uint8_t> bytes, std::string& error) {
-  const std::filesystem::path temporary = temporaryNameBeside(target);
-  if (fs.writeFile(temporary, bytes, error) && fs.rename(temporary, target, error))
+  std::filesystem::path resolved;
+  if (!fs.resolveLinks(target, resolved, error))
+    return false;
+  const std::filesystem::path temporary = temporaryNameBeside(resolved);
+  auto file = fs.createFile(temporary, {.exclusive = true, .permissionsOf = resolved}, error);
+  if (!file)
+    return false;
+  const bool written = file->append(bytes, error) && file->finish(error);
+  file.reset();
+  if (written && fs.rename(temporary, resolved, error))
     return true;
   std::string ignored;
   fs.remove(temporary, ignored);

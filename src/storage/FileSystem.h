@@ -21,18 +21,48 @@ class ReadableFile {
                       std::string& error) = 0;
 };
 
+// A file being written from start to end.
+class WritableFile {
+ public:
+  virtual ~WritableFile() = default;
+  // Appends `bytes`; false with a reason when they could not all be written (a full disk too).
+  virtual bool append(std::span<const std::uint8_t> bytes, std::string& error) = 0;
+  // Flushes everything appended to the disk and closes the file; false with a reason. A file
+  // dropped without finish() is closed, its contents unflushed.
+  virtual bool finish(std::string& error) = 0;
+};
+
+// How createFile makes its file.
+struct NewFileOptions {
+  // Fail when anything (a file or a link) already has the path, rather than truncate it.
+  bool exclusive = false;
+  // When this names an existing file, the new file takes its permission bits, and its owner
+  // and group where the process may give them, before any byte is written.
+  std::filesystem::path permissionsOf;
+};
+
 class FileSystem {
  public:
   virtual ~FileSystem() = default;
 
   virtual std::unique_ptr<ReadableFile> openRead(const std::filesystem::path& path,
                                                  std::string& error) = 0;
+  // Creates `path` for writing (truncating what is there unless `options.exclusive`); null
+  // with a reason on failure.
+  virtual std::unique_ptr<WritableFile> createFile(const std::filesystem::path& path,
+                                                   const NewFileOptions& options,
+                                                   std::string& error) = 0;
   // Creates or truncates `path` and writes all of `bytes`, flushed to disk.
-  virtual bool writeFile(const std::filesystem::path& path, std::span<const std::uint8_t> bytes,
-                         std::string& error) = 0;
-  // Atomically replaces `to` with `from`.
+  bool writeFile(const std::filesystem::path& path, std::span<const std::uint8_t> bytes,
+                 std::string& error);
+  // Atomically replaces `to` with `from`, then flushes the folder so the change survives a
+  // crash; a failure of that flush is reported although the rename happened.
   virtual bool rename(const std::filesystem::path& from, const std::filesystem::path& to,
                       std::string& error) = 0;
+  // The file that writing to `path` would change: `path` with symbolic links followed, or
+  // `path` itself when nothing is there. False with a reason for a loop of links.
+  virtual bool resolveLinks(const std::filesystem::path& path, std::filesystem::path& resolved,
+                            std::string& error) = 0;
   virtual bool remove(const std::filesystem::path& path, std::string& error) = 0;
   virtual bool exists(const std::filesystem::path& path) = 0;
   virtual bool createDirectories(const std::filesystem::path& path, std::string& error) = 0;
@@ -41,8 +71,10 @@ class FileSystem {
   static FileSystem& real();
 };
 
-// Writes `bytes` to a new file beside `target` and renames it over `target`. On any failure
-// the temporary file is removed and `target` is left exactly as it was.
+// Writes `bytes` to a new file beside `target` and renames it over `target`. A link is written
+// through: the file it leads to is replaced, the link stays. The new file has the permissions,
+// owner and group of the one it replaces from its creation on. On any failure the temporary
+// file is removed and `target` is left exactly as it was.
 bool replaceFileAtomically(FileSystem& fs, const std::filesystem::path& target,
                            std::span<const std::uint8_t> bytes, std::string& error);
 

@@ -27,13 +27,45 @@ std::unique_ptr<ReadableFile> MemoryFileSystem::openRead(const std::filesystem::
   return std::make_unique<MemoryReadableFile>(found->second);
 }
 
-bool MemoryFileSystem::writeFile(const std::filesystem::path& path,
-                                 std::span<const std::uint8_t> bytes, std::string& error) {
+namespace {
+
+// Appends straight into the file's bytes, as a real file shows what was written so far.
+class MemoryWritableFile final : public WritableFile {
+ public:
+  explicit MemoryWritableFile(std::shared_ptr<std::vector<std::uint8_t>> bytes)
+      : bytes_(std::move(bytes)) {}
+  bool append(std::span<const std::uint8_t> bytes, std::string&) override {
+    bytes_->insert(bytes_->end(), bytes.begin(), bytes.end());
+    return true;
+  }
+  bool finish(std::string&) override { return true; }
+
+ private:
+  std::shared_ptr<std::vector<std::uint8_t>> bytes_;
+};
+
+}  // namespace
+
+std::unique_ptr<WritableFile> MemoryFileSystem::createFile(const std::filesystem::path& path,
+                                                           const NewFileOptions& options,
+                                                           std::string& error) {
   if (!hasFolder(path.parent_path()) || folders_.count(path) != 0) {
     error = "cannot create " + path.string() + ": No such file or directory";
-    return false;
+    return nullptr;
   }
-  files_[path] = std::make_shared<const std::vector<std::uint8_t>>(bytes.begin(), bytes.end());
+  if (options.exclusive && files_.count(path) != 0) {
+    error = "cannot create " + path.string() + ": File exists";
+    return nullptr;
+  }
+  // A new vector, so that readers of the old contents keep what they opened.
+  auto bytes = std::make_shared<std::vector<std::uint8_t>>();
+  files_[path] = bytes;
+  return std::make_unique<MemoryWritableFile>(std::move(bytes));
+}
+
+bool MemoryFileSystem::resolveLinks(const std::filesystem::path& path,
+                                    std::filesystem::path& resolved, std::string&) {
+  resolved = path;
   return true;
 }
 

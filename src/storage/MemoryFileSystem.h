@@ -29,10 +29,15 @@ class MemoryFileSystem final : public FileSystem {
  public:
   std::unique_ptr<ReadableFile> openRead(const std::filesystem::path& path,
                                          std::string& error) override;
-  bool writeFile(const std::filesystem::path& path, std::span<const std::uint8_t> bytes,
-                 std::string& error) override;
+  // Options other than `exclusive` have no meaning here.
+  std::unique_ptr<WritableFile> createFile(const std::filesystem::path& path,
+                                           const NewFileOptions& options,
+                                           std::string& error) override;
   bool rename(const std::filesystem::path& from, const std::filesystem::path& to,
               std::string& error) override;
+  // There are no links: every path is its own file.
+  bool resolveLinks(const std::filesystem::path& path, std::filesystem::path& resolved,
+                    std::string& error) override;
   bool remove(const std::filesystem::path& path, std::string& error) override;
   bool exists(const std::filesystem::path& path) override;
   bool createDirectories(const std::filesystem::path& path, std::string& error) override;
@@ -43,7 +48,7 @@ class MemoryFileSystem final : public FileSystem {
  private:
   bool hasFolder(const std::filesystem::path& path) const;
 
-  std::map<std::filesystem::path, std::shared_ptr<const std::vector<std::uint8_t>>> files_;
+  std::map<std::filesystem::path, std::shared_ptr<std::vector<std::uint8_t>>> files_;
   std::set<std::filesystem::path> folders_;
 };
 

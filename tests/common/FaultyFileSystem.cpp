@@ -20,6 +20,31 @@ class FaultyReadableFile final : public storage::ReadableFile {
   FaultyFileSystem& owner_;
 };
 
+class FaultyWritableFile final : public storage::WritableFile {
+ public:
+  FaultyWritableFile(std::unique_ptr<storage::WritableFile> inner, FaultyFileSystem& owner)
+      : inner_(std::move(inner)), owner_(owner) {}
+
+  bool append(std::span<const std::uint8_t> bytes, std::string& error) override {
+    if (owner_.injectFault("append", error)) {
+      std::string ignored;
+      inner_->append(bytes.first(bytes.size() / 2), ignored);
+      error += ": No space left on device";
+      return false;
+    }
+    return inner_->append(bytes, error);
+  }
+  bool finish(std::string& error) override {
+    if (owner_.injectFault("finish", error))
+      return false;
+    return inner_->finish(error);
+  }
+
+ private:
+  std::unique_ptr<storage::WritableFile> inner_;
+  FaultyFileSystem& owner_;
+};
+
 }  // namespace
 
 void FaultyFileSystem::failAtCall(std::uint64_t call) {
@@ -46,14 +71,21 @@ std::unique_ptr<storage::ReadableFile> FaultyFileSystem::openRead(const std::fil
   return std::make_unique<FaultyReadableFile>(std::move(file), *this);
 }
 
-bool FaultyFileSystem::writeFile(const std::filesystem::path& path,
-                                 std::span<const std::uint8_t> bytes, std::string& error) {
-  if (injectFault("writeFile", error)) {
-    std::string ignored;
-    inner_.writeFile(path, bytes.first(bytes.size() / 2), ignored);
+std::unique_ptr<storage::WritableFile> FaultyFileSystem::createFile(
+    const std::filesystem::path& path, const storage::NewFileOptions& options, std::string& error) {
+  if (injectFault("createFile", error))
+    return nullptr;
+  auto file = inner_.createFile(path, options, error);
+  if (!file)
+    return nullptr;
+  return std::make_unique<FaultyWritableFile>(std::move(file), *this);
+}
+
+bool FaultyFileSystem::resolveLinks(const std::filesystem::path& path,
+                                    std::filesystem::path& resolved, std::string& error) {
+  if (injectFault("resolveLinks", error))
     return false;
-  }
-  return inner_.writeFile(path, bytes, error);
+  return inner_.resolveLinks(path, resolved, error);
 }
 
 bool FaultyFileSystem::rename(const std::filesystem::path& from, const std::filesystem::path& to,

@@ -1,8 +1,9 @@
 #pragma once
 // A FileSystem that forwards to another one but makes the N-th call fail (every method counts,
 // including reads through files it opened). Tests loop "fail at call 1, 2, 3, ..." until an
-// operation succeeds, checking after every failure that nothing was damaged. A failing
-// writeFile first writes half of its bytes, like a write cut short by a full disk.
+// operation succeeds, checking after every failure that nothing was damaged. Every call counts,
+// writes and flushes through files it created included; a failing append first writes half of
+// its bytes and reports a full disk.
 
 #include <cstdint>
 
@@ -22,10 +23,13 @@ class FaultyFileSystem final : public storage::FileSystem {
 
   std::unique_ptr<storage::ReadableFile> openRead(const std::filesystem::path& path,
                                                   std::string& error) override;
-  bool writeFile(const std::filesystem::path& path, std::span<const std::uint8_t> bytes,
-                 std::string& error) override;
+  std::unique_ptr<storage::WritableFile> createFile(const std::filesystem::path& path,
+                                                    const storage::NewFileOptions& options,
+                                                    std::string& error) override;
   bool rename(const std::filesystem::path& from, const std::filesystem::path& to,
               std::string& error) override;
+  bool resolveLinks(const std::filesystem::path& path, std::filesystem::path& resolved,
+                    std::string& error) override;
   bool remove(const std::filesystem::path& path, std::string& error) override;
   bool exists(const std::filesystem::path& path) override;
   bool createDirectories(const std::filesystem::path& path, std::string& error) override;

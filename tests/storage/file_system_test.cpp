@@ -1,6 +1,8 @@
 #include "storage/FileSystem.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <functional>
@@ -74,6 +76,88 @@ TEST(RealFileSystem, ReplaceLeavesOnlyTheTargetWithItsPermissions) {
   EXPECT_FALSE(
       replaceFileAtomically(FileSystem::real(), dir / "no" / "such.msi", bytesOf("x"), error));
   EXPECT_NE(error.find("such.msi"), std::string::npos) << error;
+}
+
+// The real file system, noting the permission bits and owner of each file as it is created.
+class CreationWatcher final : public FileSystem {
+ public:
+  std::unique_ptr<ReadableFile> openRead(const std::filesystem::path& path,
+                                         std::string& error) override {
+    return real_.openRead(path, error);
+  }
+  std::unique_ptr<WritableFile> createFile(const std::filesystem::path& path,
+                                           const NewFileOptions& options,
+                                           std::string& error) override {
+    auto file = real_.createFile(path, options, error);
+    if (file)
+      ::stat(path.c_str(), &created);
+    return file;
+  }
+  bool rename(const std::filesystem::path& from, const std::filesystem::path& to,
+              std::string& error) override {
+    return real_.rename(from, to, error);
+  }
+  bool resolveLinks(const std::filesystem::path& path, std::filesystem::path& resolved,
+                    std::string& error) override {
+    return real_.resolveLinks(path, resolved, error);
+  }
+  bool remove(const std::filesystem::path& path, std::string& error) override {
+    return real_.remove(path, error);
+  }
+  bool exists(const std::filesystem::path& path) override { return real_.exists(path); }
+  bool createDirectories(const std::filesystem::path& path, std::string& error) override {
+    return real_.createDirectories(path, error);
+  }
+
+  struct stat created {};
+
+ private:
+  FileSystem& real_ = FileSystem::real();
+};
+
+TEST(RealFileSystem, ReplaceWritesThroughLinksPrivatelyAndWithinNameLimits) {
+  test::TempDir dir;
+  std::string error;
+  CreationWatcher fs;
+  const auto contents = [&error](const std::filesystem::path& path) {
+    std::vector<std::uint8_t> read;
+    EXPECT_TRUE(readWholeFile(FileSystem::real(), path, read, error)) << error;
+    return std::string(read.begin(), read.end());
+  };
+
+  // A private package stays private while its replacement is written, and keeps its owner.
+  const auto secret = dir / "secret.msi";
+  ASSERT_TRUE(fs.writeFile(secret, bytesOf("old"), error)) << error;
+  ASSERT_EQ(::chmod(secret.c_str(), 0600), 0);
+  const bool mayGiveAway = ::geteuid() == 0 && ::chown(secret.c_str(), 4321, 4321) == 0;
+  ASSERT_TRUE(replaceFileAtomically(fs, secret, bytesOf("new"), error)) << error;
+  EXPECT_EQ(fs.created.st_mode & 07777, 0600u) << "as created, before any byte was written";
+  struct stat after {};
+  ASSERT_EQ(::stat(secret.c_str(), &after), 0);
+  EXPECT_EQ(after.st_mode & 07777, 0600u);
+  if (mayGiveAway) {
+    EXPECT_EQ(fs.created.st_uid, 4321u);
+    EXPECT_EQ(after.st_uid, 4321u);
+    EXPECT_EQ(after.st_gid, 4321u);
+  }
+
+  // Saving through a link replaces the file it leads to; the link stays a link.
+  std::filesystem::create_directory(dir / "real");
+  ASSERT_TRUE(fs.writeFile(dir / "real" / "package.msi", bytesOf("old"), error)) << error;
+  std::filesystem::create_symlink("real/package.msi", dir / "link.msi");
+  ASSERT_TRUE(replaceFileAtomically(fs, dir / "link.msi", bytesOf("through"), error)) << error;
+  EXPECT_TRUE(std::filesystem::is_symlink(dir / "link.msi"));
+  EXPECT_EQ(contents(dir / "real" / "package.msi"), "through");
+  EXPECT_EQ(listFolder(dir / "real"), std::vector<std::filesystem::path>{"package.msi"});
+  std::filesystem::create_symlink("loop.msi", dir / "loop.msi");
+  EXPECT_FALSE(replaceFileAtomically(fs, dir / "loop.msi", bytesOf("x"), error));
+  EXPECT_NE(error.find("symbolic links"), std::string::npos) << error;
+
+  // A name as long as a folder entry may be still leaves room for the temporary file.
+  const auto longest = dir / (std::string(251, 'p') + ".msi");
+  ASSERT_TRUE(replaceFileAtomically(fs, longest, bytesOf("first"), error)) << error;
+  ASSERT_TRUE(replaceFileAtomically(fs, longest, bytesOf("second"), error)) << error;
+  EXPECT_EQ(contents(longest), "second");
 }
 
 TEST(MemoryFileSystem, BehavesLikeAFolderTree) {

@@ -157,11 +157,15 @@ class HugeFiles final : public storage::FileSystem {
                                                   std::string&) override {
     return std::make_unique<File>();
   }
-  bool writeFile(const std::filesystem::path&, std::span<const std::uint8_t>,
-                 std::string&) override {
-    return false;
+  std::unique_ptr<storage::WritableFile> createFile(const std::filesystem::path&,
+                                                    const storage::NewFileOptions&,
+                                                    std::string&) override {
+    return nullptr;
   }
   bool rename(const std::filesystem::path&, const std::filesystem::path&, std::string&) override {
+    return false;
+  }
+  bool resolveLinks(const std::filesystem::path&, std::filesystem::path&, std::string&) override {
     return false;
   }
   bool remove(const std::filesystem::path&, std::string&) override { return false; }
