@@ -4,8 +4,8 @@
 #include <set>
 
 #include "msi/engine/Catalog.h"
-#include "msi/engine/DatabaseSlots.h"
 #include "msi/engine/Text.h"
+#include "storage/CompoundFileNames.h"
 #include "storage/StreamName.h"
 
 namespace odlex::engine {
@@ -69,11 +69,22 @@ Table* Database::createTable(std::u16string name, std::vector<Column> columns, E
     if (column.key() && keysEnded) {
       return fail(kInvalidParameter, what + ": key columns must come first");
     }
+    // Temporary columns are never written, so a temporary key would leave the saved table
+    // without the key it was built on.
+    if (column.key() && column.temporary()) {
+      return fail(kInvalidParameter, what + ": a key column cannot be temporary");
+    }
     keysEnded = !column.key();
     if (!validColumnType(column)) {
       return fail(kInvalidParameter, what + ": integers are 2 or 4 bytes wide");
     }
   }
+  // A table-marked stream that no table claimed is kept as it was read; a new table of that
+  // name replaces it, since both would be stored under one name.
+  const std::u16string stored = *storage::encodeStreamName(name, true);
+  std::erase_if(preserved_, [&stored](const StreamSlot& slot) {
+    return storage::cfb::compareEntryNames(slot.storedName, stored) == 0;
+  });
   tables_.push_back(std::make_unique<Table>(std::move(name), std::move(columns)));
   return tables_.back().get();
 }
@@ -83,9 +94,12 @@ bool Database::dropTable(std::u16string_view name) {
                             [name](const auto& table) { return table->name() == name; });
   if (found == tables_.end())
     return false;
-  std::u16string prefix = std::u16string(name) + u'.';
-  std::erase_if(streams_,
-                [&prefix](const StreamSlot& slot) { return slot.name.starts_with(prefix); });
+  const std::u16string prefix = std::u16string(name) + u'.';
+  auto first = streams_.lower_bound(prefix);
+  auto last = first;
+  while (last != streams_.end() && last->first.starts_with(prefix))
+    ++last;
+  streams_.erase(first, last);
   tables_.erase(found);
   return true;
 }
@@ -126,48 +140,51 @@ std::unique_ptr<Table> Database::catalogView(std::u16string_view name) {
 
 std::vector<std::u16string> Database::streamNames() const {
   std::vector<std::u16string> names;
-  for (const StreamSlot& slot : streams_)
-    names.push_back(slot.name);
-  std::sort(names.begin(), names.end());
+  names.reserve(streams_.size());
+  for (const auto& [name, slot] : streams_)
+    names.push_back(name);
   return names;
 }
 
 bool Database::hasStream(std::u16string_view name) const {
-  return std::any_of(streams_.begin(), streams_.end(),
-                     [name](const StreamSlot& slot) { return slot.name == name; });
+  return streams_.find(name) != streams_.end();
 }
 
 bool Database::readStream(std::u16string_view name, std::vector<std::uint8_t>& out,
                           Error& error) const {
-  for (const StreamSlot& slot : streams_) {
-    if (slot.name != name)
-      continue;
-    if (slot.data) {
-      out = *slot.data;
-      return true;
-    }
-    std::string reason;
-    if (reader_->readStream(slot.entry, out, reason))
-      return true;
-    error = Error{kReadFault, "stream " + toUtf8(name) + ": " + reason};
+  const auto found = streams_.find(name);
+  if (found == streams_.end()) {
+    error = Error{kFileNotFound, "no stream named " + toUtf8(name)};
     return false;
   }
-  error = Error{kFileNotFound, "no stream named " + toUtf8(name)};
+  const StreamSlot& slot = found->second;
+  if (slot.data) {
+    out = *slot.data;
+    return true;
+  }
+  std::string reason;
+  if (reader_->readStream(slot.entry, out, reason))
+    return true;
+  error = Error{kReadFault, "stream " + toUtf8(name) + ": " + reason};
   return false;
 }
 
 void Database::setStream(std::u16string name, std::vector<std::uint8_t> data) {
-  for (StreamSlot& slot : streams_) {
-    if (slot.name == name) {
-      slot.data = std::move(data);
-      return;
-    }
+  const auto found = streams_.find(name);
+  if (found != streams_.end()) {
+    found->second.data = std::move(data);
+    return;
   }
-  streams_.push_back(StreamSlot{std::move(name), {}, kNoEntry, std::move(data)});
+  std::u16string key = name;
+  streams_.emplace(std::move(key), StreamSlot{std::move(name), {}, kNoEntry, std::move(data)});
 }
 
 bool Database::removeStream(std::u16string_view name) {
-  return std::erase_if(streams_, [name](const StreamSlot& slot) { return slot.name == name; }) > 0;
+  const auto found = streams_.find(name);
+  if (found == streams_.end())
+    return false;
+  streams_.erase(found);
+  return true;
 }
 
 std::vector<std::u16string> Database::storageNames() const {

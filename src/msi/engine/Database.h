@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -90,8 +91,22 @@ class Database {
   std::uint32_t saveAs(const std::filesystem::path& target, Error& error);
 
  private:
-  struct StreamSlot;
-  struct StorageSlot;
+  static constexpr std::uint32_t kNoEntry = UINT32_MAX;
+  // A stream of the _Streams table. Its contents are either still in the opened file (entry)
+  // or were set in memory (data).
+  struct StreamSlot {
+    std::u16string name;        // decoded name, as the _Streams table shows it
+    std::u16string storedName;  // name in the container; empty for a new stream
+    std::uint32_t entry = kNoEntry;
+    std::optional<std::vector<std::uint8_t>> data;
+  };
+  struct StorageSlot {
+    std::u16string name;
+    std::u16string storedName;
+    std::uint32_t entry = kNoEntry;
+    std::optional<storage::CompoundNode> replacement;
+  };
+  using StreamSlots = std::map<std::u16string, StreamSlot, std::less<>>;
 
   Database(storage::FileSystem& fs, OpenMode mode);
   bool load(Error& error);
@@ -108,7 +123,7 @@ class Database {
   std::uint32_t codePage_ = 0;
   StringPool strings_;
   std::vector<std::unique_ptr<Table>> tables_;
-  std::vector<StreamSlot> streams_;
+  StreamSlots streams_;  // by name, so packages with many binary cells look them up quickly
   std::vector<StorageSlot> storages_;
   // Root streams the database does not interpret (digital signatures and the like), kept
   // byte for byte under their encoded names.

@@ -7,7 +7,6 @@
 
 #include "msi/engine/Catalog.h"
 #include "msi/engine/Database.h"
-#include "msi/engine/DatabaseSlots.h"
 #include "msi/engine/StringPoolCodec.h"
 #include "msi/engine/TableCodec.h"
 #include "msi/engine/Text.h"
@@ -78,10 +77,12 @@ bool Database::load(Error& error) {
       summaryEntry = child;
     } else if (decoded.isTable && !tableStreams.contains(decoded.name)) {
       tableStreams.emplace(decoded.name, child);
-    } else if (decoded.isTable) {
-      preserved_.push_back(StreamSlot{decoded.name, entry.name, child, std::nullopt});
     } else {
-      streams_.push_back(StreamSlot{decoded.name, entry.name, child, std::nullopt});
+      // A second stream under a name already taken (a table name twice, or one name packed
+      // and unpacked) is kept as it is, unseen by the tables.
+      StreamSlot slot{decoded.name, entry.name, child, std::nullopt};
+      if (decoded.isTable || !streams_.emplace(decoded.name, slot).second)
+        preserved_.push_back(std::move(slot));
     }
   }
 

@@ -6,7 +6,6 @@
 
 #include "msi/engine/Catalog.h"
 #include "msi/engine/Database.h"
-#include "msi/engine/DatabaseSlots.h"
 #include "msi/engine/StringPoolCodec.h"
 #include "msi/engine/TableCodec.h"
 #include "msi/engine/Text.h"
@@ -123,19 +122,25 @@ bool Database::buildImage(std::vector<std::uint8_t>& image, Error& error) {
     addTableStream(*table, std::move(bytes));
   }
 
-  for (const auto& slots : {&streams_, &preserved_}) {
-    const bool isTable = slots == &preserved_;
-    for (const StreamSlot& slot : *slots) {
-      storage::CompoundNode node;
-      if (slot.data) {
-        node.data = *slot.data;
-      } else if (!readStoredNode(slot.entry, node, error)) {
-        return false;
-      }
-      if (!containerName(slot.storedName, slot.name, isTable, node.name, error))
-        return false;
-      root.children.push_back(std::move(node));
+  auto addStream = [&](const StreamSlot& slot, bool isTable) {
+    storage::CompoundNode node;
+    if (slot.data) {
+      node.data = *slot.data;
+    } else if (!readStoredNode(slot.entry, node, error)) {
+      return false;
     }
+    if (!containerName(slot.storedName, slot.name, isTable, node.name, error))
+      return false;
+    root.children.push_back(std::move(node));
+    return true;
+  };
+  for (const auto& [name, slot] : streams_) {
+    if (!addStream(slot, false))
+      return false;
+  }
+  for (const StreamSlot& slot : preserved_) {
+    if (!addStream(slot, true))
+      return false;
   }
   for (const StorageSlot& slot : storages_) {
     storage::CompoundNode node;

@@ -37,6 +37,8 @@ bool readStringPool(const std::vector<std::uint8_t>& poolStream,
     const std::uint8_t* entry = poolStream.data() + 4 + 4 * i;
     std::size_t length = readLe16(entry);
     std::uint16_t references = readLe16(entry + 2);
+    // A string longer than 65,535 bytes takes two entries, (0, high word of the length) then
+    // (low word, reference count), but only one id: the ids after it go on from there.
     bool isLong = length == 0 && references != 0;
     if (isLong) {
       if (i + 1 >= entries) {
@@ -59,10 +61,8 @@ bool readStringPool(const std::vector<std::uint8_t>& poolStream,
     }
     offset += length;
     pool.appendLoaded(text);
-    if (isLong) {
-      pool.appendLoaded({});  // the id taken by the length entry
+    if (isLong)
       ++i;
-    }
   }
   return true;
 }
@@ -88,12 +88,11 @@ bool writeStringPool(const StringPool& pool, const std::vector<std::uint32_t>& r
       appendLe16(out.poolStream, static_cast<std::uint16_t>(bytes.size() >> 16));
       appendLe16(out.poolStream, static_cast<std::uint16_t>(bytes.size() & 0xFFFF));
       appendLe16(out.poolStream, count);
-      nextId += 2;
     } else {
       appendLe16(out.poolStream, static_cast<std::uint16_t>(bytes.size()));
       appendLe16(out.poolStream, count);
-      nextId += 1;
     }
+    ++nextId;
     out.dataStream.insert(out.dataStream.end(), bytes.begin(), bytes.end());
   }
   bool longReferences = nextId - 1 > kMaxShortId;
