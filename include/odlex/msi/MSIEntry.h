@@ -89,14 +89,20 @@ class MSIEntry : public RWCollectable {
   short ShortAt(std::size_t column) const;
   NullableSignedShort NullableShortAt(std::size_t column) const;
   NullableLong NullableLongAt(std::size_t column) const;
-  void SetIntegerAt(std::size_t column, std::int32_t value);
+  // Integer setters refuse, returning false with the row unchanged, a value the column cannot
+  // hold: outside -32767..32767 for a 16-bit column (-32768 is how the file writes null) and
+  // INT32_MIN as a number for a 32-bit one. A row held by a table reports the refusal through
+  // the table's GetLastError() and the database's error list. MSIRecord::NullInteger given to
+  // SetIntegerAt makes the cell null.
+  bool SetIntegerAt(std::size_t column, std::int32_t value);
   void SetNullAt(std::size_t column);
   template <typename T>
-  void SetNullableAt(std::size_t column, const Nullable<T>& value) {
-    if (value.IsNull())
+  bool SetNullableAt(std::size_t column, const Nullable<T>& value) {
+    if (value.IsNull()) {
       SetNullAt(column);
-    else
-      SetIntegerAt(column, value.Get());
+      return true;
+    }
+    return value.Get() != MSIRecord::NullInteger && SetIntegerAt(column, value.Get());
   }
   // An empty value makes the cell null. Reading data that can no longer be read (the database
   // closed, the stream missing) gives an empty value.

@@ -36,6 +36,13 @@ struct Column {
   bool isInteger() const { return (type & column_type::kString) == 0; }
   // 2 or 4 for integer columns.
   unsigned integerSize() const { return (type & column_type::kSizeMask) == 4 ? 4 : 2; }
+  // Whether an integer column can hold `value` as a number: -32767..32767 for 16-bit columns,
+  // every value but INT32_MIN for 32-bit ones. The lowest value of each size is how the file
+  // marks null, so storing it would read back as null.
+  bool holdsInteger(std::int64_t value) const {
+    const std::int64_t limit = integerSize() == 2 ? INT16_MAX : INT32_MAX;
+    return value >= -limit && value <= limit;
+  }
   // Maximum text length; 0 means unlimited.
   unsigned maxLength() const { return type & column_type::kSizeMask; }
   bool nullable() const { return (type & column_type::kNullable) != 0; }

@@ -4,9 +4,11 @@
 
 #include <functional>
 
+#include "msi/engine/Result.h"
 #include "msi/rows/CellOrder.h"
 #include "msi/schema/Schema.h"
 #include "odlex/msi/MSITable.h"
+#include "odlex/support/Utf8.h"
 
 MSIEntry::MSIEntry(const odlex::schema::TableSchema& schema)
     : schema_(&schema), values_(schema.columns.size()), binaries_(schema.columns.size()) {}
@@ -80,9 +82,7 @@ bool MSIEntry::SetColumn(const TalString& name, const MSIRecordColumn& value) {
     return false;
   if (isIntegerColumn(column)) {
     const int number = value.GetInteger();
-    if (number == MSIRecord::NullInteger)
-      return false;
-    return store(column, MSIRecordColumn::Integer(number));
+    return number != MSIRecord::NullInteger && SetIntegerAt(column, number);
   }
   return store(column, MSIRecordColumn::String(value.GetString()));
 }
@@ -212,9 +212,22 @@ NullableLong MSIEntry::NullableLongAt(std::size_t column) const {
   return NullableLong(values_[column].GetInteger());
 }
 
-void MSIEntry::SetIntegerAt(std::size_t column, std::int32_t value) {
-  store(column,
-        value == MSIRecord::NullInteger ? MSIRecordColumn() : MSIRecordColumn::Integer(value));
+bool MSIEntry::SetIntegerAt(std::size_t column, std::int32_t value) {
+  if (value == MSIRecord::NullInteger)
+    return store(column, MSIRecordColumn());
+  const auto shape = shapeOf(schema_->columns[column]);
+  if (!shape.holdsInteger(value)) {
+    if (owner_) {
+      const std::string where = odlex::Utf16ToUtf8(schema_->name) + "." +
+                                odlex::Utf16ToUtf8(schema_->columns[column].name);
+      owner_->ReportError(
+          odlex::engine::kInvalidData,
+          TalString::FromUtf8(where + ": " + std::to_string(value) + " is out of range for a " +
+                              std::to_string(shape.integerSize() * 8) + "-bit integer column"));
+    }
+    return false;
+  }
+  return store(column, MSIRecordColumn::Integer(value));
 }
 
 void MSIEntry::SetNullAt(std::size_t column) {

@@ -142,6 +142,31 @@ TEST(RowsTable, TypedAndGenericAccessAgree) {
   EXPECT_FALSE(file.SetBinary(u"Version", MSIBinary(data, 4)));
 }
 
+TEST(RowsTable, IntegersAColumnCannotHoldAreRefused) {
+  MSITFeature features;
+  MSIEFeature* feature = features.Add(u"F");
+  feature->SetDisplay(NullableSignedShort(7));
+  feature->SetLevel(1);
+  struct Case {
+    const char16_t* column;
+    int value;
+  };
+  // -32768 is how a 16-bit cell is written as null, so it is no number such a column holds.
+  for (const Case& c : {Case{u"Display", 40000}, Case{u"Display", -32768}, Case{u"Level", 32768},
+                        Case{u"Level", -40000}}) {
+    SCOPED_TRACE(c.value);
+    EXPECT_FALSE(feature->SetColumn(c.column, MSIRecordColumn::Integer(c.value)));
+    EXPECT_NE(features.GetLastError().ToUtf8().find("out of range for a 16-bit integer column"),
+              std::string::npos)
+        << features.GetLastError().ToUtf8();
+  }
+  feature->SetDisplay(NullableSignedShort(-32768));
+  EXPECT_EQ(feature->GetDisplay().Get(), 7);
+  EXPECT_EQ(feature->GetLevel(), 1);
+  EXPECT_TRUE(feature->SetColumn(u"Level", MSIRecordColumn::Integer(-32767)));
+  EXPECT_EQ(feature->GetLevel(), -32767);
+}
+
 TEST(RowsTable, ComponentKeyComesFromTheColumnReferringToComponent) {
   MSIEFeatureComponents link(u"Feature", u"Comp");
   EXPECT_EQ(link.GetComponentKey(), u"Comp");
