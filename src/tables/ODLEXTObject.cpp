@@ -3,6 +3,7 @@
 #include "odlex/tables/ODLEXTObject.h"
 
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "odlex/database/ODLEXDatabase.h"
@@ -21,7 +22,9 @@ MSIEntry* asEntry(RWCollectable* item) {
 
 }  // namespace
 
-ODLEXTObject::ODLEXTObject() = default;
+ODLEXTObject::LowerTableHolder::~LowerTableHolder() = default;
+
+ODLEXTObject::ODLEXTObject() : holder_(std::make_shared<LowerTableHolder>()) {}
 ODLEXTObject::ODLEXTObject(const ODLEXTObject&) = default;
 ODLEXTObject& ODLEXTObject::operator=(const ODLEXTObject&) = default;
 ODLEXTObject::~ODLEXTObject() = default;
@@ -39,7 +42,7 @@ RWClassID ODLEXTObject::isA() const {
 }
 
 void ODLEXTObject::SetLowerTable(std::unique_ptr<MSITable> table) {
-  table_ = std::move(table);
+  holder_->table = std::move(table);
 }
 
 bool ODLEXTObject::IsMergeModule() {
@@ -47,34 +50,37 @@ bool ODLEXTObject::IsMergeModule() {
 }
 
 RWBTree& ODLEXTObject::GetEntries() {
-  return table_->GetTable();
+  return GetLowerTable()->GetTable();
 }
 
 void ODLEXTObject::Persist() {
-  if (!table_ || !IsLoaded() || attributes_.IsReadOnly())
+  MSITable* table = GetLowerTable();
+  if (!table || !IsLoaded() || attributes_.IsReadOnly())
     return;
   if (IsMergeModule() && attributes_.IsNotInMergeModule())
     return;
-  if (!table_->Persist())
+  if (!table->Persist())
     CheckForErrors();
   const TalString name = GetTableName();
   database_->UpdateChangeLog(kTablePersistedMessage, std::vector<std::u16string>{name.u16()}, name);
 }
 
 void ODLEXTObject::Unload() {
-  table_.reset();
+  holder_->table.reset();
+  tempEntries_.clear();
   loaded_ = false;
   database_ = nullptr;
 }
 
 void ODLEXTObject::Load(ODLEXDatabase& db) {
-  if (loaded_ && table_)
+  MSITable* table = GetLowerTable();
+  if (loaded_ && table)
     return;
   database_ = &db;
-  if (!table_)
+  if (!table)
     return;
-  table_->SetDatabase(db.GetDatabase());
-  if (!table_->Populate())
+  table->SetDatabase(db.GetDatabase());
+  if (!table->PopulateKeepingEdits())
     CheckForErrors();
   loaded_ = true;
 }
@@ -92,17 +98,41 @@ eTableSets ODLEXTObject::GetTableSet() {
 }
 
 bool ODLEXTObject::IsModified() {
-  return modified_ || (table_ && table_->IsDirty());
+  const MSITable* table = GetLowerTable();
+  return modified_ || (table && table->IsDirty());
+}
+
+// Rows are compared by address only: a row that is gone cannot be looked at.
+RWBTree& ODLEXTObject::GetTempEntries() {
+  const MSITable* table = GetLowerTable();
+  if (tempEntries_.isEmpty() || (table && table->GetRowEpoch() == tempEntriesEpoch_))
+    return tempEntries_;
+  RWBTree held;
+  if (table) {
+    const std::unordered_set<const RWCollectable*> rows(table->GetTable().begin(),
+                                                        table->GetTable().end());
+    for (RWCollectable* item : tempEntries_) {
+      if (rows.contains(item))
+        held.insert(item);
+    }
+    tempEntriesEpoch_ = table->GetRowEpoch();
+  }
+  tempEntries_ = held;
+  return tempEntries_;
 }
 
 void ODLEXTObject::SetTempEntries(const RWBTree& entries) {
   tempEntries_ = entries;
+  if (const MSITable* table = GetLowerTable())
+    tempEntriesEpoch_ = table->GetRowEpoch();
 }
 
 void ODLEXTObject::SetTempEntries(MSIEntry* entry) {
   tempEntries_.clear();
   if (entry)
     tempEntries_.insert(entry);
+  if (const MSITable* table = GetLowerTable())
+    tempEntriesEpoch_ = table->GetRowEpoch();
 }
 
 void ODLEXTObject::Modify(bool flag) {
@@ -144,7 +174,8 @@ int ODLEXTObject::GetCount(RWBTree& components) {
 }
 
 TalString ODLEXTObject::GetTableName() {
-  return table_ ? table_->GetName() : TalString();
+  const MSITable* table = GetLowerTable();
+  return table ? table->GetName() : TalString();
 }
 
 TalString ODLEXTObject::GenerateGUID() {

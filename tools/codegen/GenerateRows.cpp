@@ -207,8 +207,14 @@ void declare(std::ostream& out, const TableSchema& table) {
       break;
     out << "  " << field.type() << " Get" << field.accessor << "() const { return "
         << field.getter() << "; }\n";
-    out << "  void Set" << field.accessor << "(" << field.parameter() << " value) { "
-        << field.setter("value") << "; }\n";
+    // Setters report whether the value was taken: a key another row holds, or a number the
+    // column cannot hold, is refused.
+    if (field.kind == Kind::kBinary)
+      out << "  void Set" << field.accessor << "(" << field.parameter() << " value) { "
+          << field.setter("value") << "; }\n";
+    else
+      out << "  bool Set" << field.accessor << "(" << field.parameter() << " value) { return "
+          << field.setter("value") << "; }\n";
   }
   includeExtension(out, entry);
   out << "};\n\n";

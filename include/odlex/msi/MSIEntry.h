@@ -84,7 +84,9 @@ class MSIEntry : public RWCollectable {
   // Typed cell access by catalog position, for the generated accessors. A null integer reads
   // as the type's null marker (-32768 for 16-bit, INT32_MIN for 32-bit columns).
   TalString TextAt(std::size_t column) const;
-  void SetTextAt(std::size_t column, const TalString& text);
+  // Text and null setters of a key column re-file a row held by a table under its new key, and
+  // refuse (false, the row unchanged) a key that another live row of the table holds.
+  bool SetTextAt(std::size_t column, const TalString& text);
   std::int32_t IntegerAt(std::size_t column) const;
   short ShortAt(std::size_t column) const;
   NullableSignedShort NullableShortAt(std::size_t column) const;
@@ -95,13 +97,11 @@ class MSIEntry : public RWCollectable {
   // the table's GetLastError() and the database's error list. MSIRecord::NullInteger given to
   // SetIntegerAt makes the cell null.
   bool SetIntegerAt(std::size_t column, std::int32_t value);
-  void SetNullAt(std::size_t column);
+  bool SetNullAt(std::size_t column);
   template <typename T>
   bool SetNullableAt(std::size_t column, const Nullable<T>& value) {
-    if (value.IsNull()) {
-      SetNullAt(column);
-      return true;
-    }
+    if (value.IsNull())
+      return SetNullAt(column);
     return value.Get() != MSIRecord::NullInteger && SetIntegerAt(column, value.Get());
   }
   // An empty value makes the cell null. Reading data that can no longer be read (the database

@@ -57,11 +57,19 @@ class MSITable {
   // Replaces the rows held with those of the database. False when no open database is set
   // or the file repeats a key (see above).
   virtual bool Populate();
+  // As Populate, but the rows edited since the last Populate or Persist (added, changed or
+  // deleted) stay, as the same row objects, in place of the database's rows with their keys;
+  // the table is then dirty when any stayed.
+  bool PopulateKeepingEdits();
   // Writes the live rows back into the database (see above). False when no open, writable
   // database is set, or the engine refuses the table.
   virtual bool Persist();
   // Some row was added, changed or deleted since the last Populate or Persist.
   bool IsDirty() const { return dirty_; }
+  // Changes whenever rows this table held are destroyed (Populate, Persist, Drop, ...), and
+  // differs between tables: holders of row pointers check it to tell whether theirs may be
+  // gone.
+  std::uint64_t GetRowEpoch() const { return rowEpoch_; }
   // Marks the table dirty, or with false clean: the rows held are then taken as written.
   void MakeDirty(bool dirty = true) { dirty_ = dirty; }
   // Removes the table (and the streams of its binary cells) from the database and forgets the
@@ -123,6 +131,8 @@ class MSITable {
 
   void clearRows();
   void rowChanged();
+  // Marks that rows were destroyed: a new epoch, unique in the process.
+  void rowsDestroyed();
   // Starts an operation on the database: clears the last error and gives the engine, or
   // reports that no open database is set and gives null.
   odlex::engine::Database* openDatabase();
@@ -141,6 +151,7 @@ class MSITable {
   std::vector<std::u16string> knownStreams_;
   bool dirty_ = false;
   std::uint64_t changes_ = 0;
+  std::uint64_t rowEpoch_;
   TalString lastError_;
   unsigned long nextKeyNumber_ = 1;
   // FindBy indexes, by catalog column: value key -> rows in key order.

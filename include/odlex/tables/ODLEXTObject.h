@@ -7,9 +7,19 @@
 // back to the caller.
 //
 // The lower-layer table is made by the derived class (ODLEXTRowTable) when it is constructed and
-// re-made empty by its Unload. Copies of a table object share the lower-layer table: it is held
-// by a shared pointer, so the last copy to go deletes it.
+// re-made empty by its Unload. Copies of a table object share the lower-layer table through one
+// holder, so the last copy to go deletes it, and a copy made before an Unload and Load (a
+// Reload, a Rollback) works on the table loaded after it rather than on rows already gone.
+//
+// Where this differs from the installer library's literal steps, to lose no data and hand out
+// no dangling row:
+//   - Load keeps the rows edited before it: a table bound without loading
+//     (ODLEXDatabase::GetTableObject(type, false)) and edited keeps those rows, in place of the
+//     file's rows with their keys, instead of losing them to the read.
+//   - GetTempEntries never holds a row that is gone: rows destroyed by Unload, Reload,
+//     Rollback or a Persist that drops deleted rows leave the temp entries.
 
+#include <cstdint>
 #include <memory>
 
 #include "odlex/support/RWBTree.h"
@@ -54,10 +64,11 @@ class ODLEXTObject : public RWCollectable {
   // Writes the rows back through the lower layer and records a change-log entry; nothing for an
   // unloaded or read-only table, or a not-in-merge-module table of a merge module.
   virtual void Persist();
-  // Deletes the lower-layer table and forgets the database. Temp entries, attributes and the
-  // modified flag stay.
+  // Deletes the lower-layer table and forgets the database. Attributes and the modified flag
+  // stay; the temp entries, whose rows are gone, are emptied.
   virtual void Unload();
-  // Binds the object to `db` and reads the rows; a second Load of a loaded object does nothing.
+  // Binds the object to `db` and reads the rows, keeping rows edited before (see above); a
+  // second Load of a loaded object does nothing.
   virtual void Load(ODLEXDatabase& db);
   virtual bool IsLoaded();
   // Search and replace leave out rows for which this is true; no row by default.
@@ -68,9 +79,8 @@ class ODLEXTObject : public RWCollectable {
   ODLEXDatabase& GetDatabase() {
     return *database_;
   }
-  RWBTree& GetTempEntries() {
-    return tempEntries_;
-  }
+  // The rows last added or changed through this object that its table still holds.
+  RWBTree& GetTempEntries();
   void SetTempEntries(const RWBTree& entries);
   // The temp entries become exactly `entry` (nothing for null).
   void SetTempEntries(MSIEntry* entry);
@@ -102,7 +112,7 @@ class ODLEXTObject : public RWCollectable {
  protected:
   // The lower-layer table, or null before a derived class made one.
   MSITable* GetLowerTable() const {
-    return table_.get();
+    return holder_->table.get();
   }
   void SetLowerTable(std::unique_ptr<MSITable> table);
   ODLEXTableAttributes& Attributes() {
@@ -118,10 +128,18 @@ class ODLEXTObject : public RWCollectable {
   // Writes the database's pending lower-layer errors to the debug output.
   void CheckForErrors();
 
+  // The lower-layer table, shared by the copies of this object.
+  struct LowerTableHolder {
+    ~LowerTableHolder();
+    std::unique_ptr<MSITable> table;
+  };
+
   RWBTree tempEntries_;
+  // The table's row epoch when the temp entries were last known to be held by it.
+  std::uint64_t tempEntriesEpoch_ = 0;
   bool loaded_ = false;
   ODLEXDatabase* database_ = nullptr;
-  std::shared_ptr<MSITable> table_;
+  std::shared_ptr<LowerTableHolder> holder_;
   ODLEXTableAttributes attributes_;
   bool modified_ = false;
 };

@@ -19,7 +19,10 @@
 //                  the table is written) and the table modified.
 //   Change(row, v) when a key field of v differs from row's (exact comparison: a change of
 //                  case is a key change), deletes row and adds v: the changed row is a new row
-//                  object, found in the temp entries; returns true. Otherwise copies the fields
+//                  object, found in the temp entries; returns true. When another live row
+//                  already holds v's key, nothing is changed (row stays as it was, where the
+//                  installer library would delete it and then fail to add v), the temp entries
+//                  are emptied and the result is false. Otherwise copies the fields
 //                  of v that differ into row; the temp entries hold row; when something changed
 //                  row is revived and marked modified and the table modified. Returns whether
 //                  anything changed.
@@ -63,6 +66,10 @@ class ODLEXTRowTable : public ODLEXTObject {
 
   bool Change(Entry& row, const Entry& values) requires((Traits::kEdits & kChangeEdit) != 0) {
     if (!row.HasSameKey(values)) {
+      if (GetTable().FindEntry(values)) {
+        SetTempEntries(nullptr);
+        return false;
+      }
       markDeleted(row);
       addRow(values);
       return true;

@@ -188,8 +188,8 @@ TalString MSIEntry::TextAt(std::size_t column) const {
   return values_[column].GetString();
 }
 
-void MSIEntry::SetTextAt(std::size_t column, const TalString& text) {
-  store(column, MSIRecordColumn::String(text));
+bool MSIEntry::SetTextAt(std::size_t column, const TalString& text) {
+  return store(column, MSIRecordColumn::String(text));
 }
 
 std::int32_t MSIEntry::IntegerAt(std::size_t column) const {
@@ -230,8 +230,8 @@ bool MSIEntry::SetIntegerAt(std::size_t column, std::int32_t value) {
   return store(column, MSIRecordColumn::Integer(value));
 }
 
-void MSIEntry::SetNullAt(std::size_t column) {
-  store(column, MSIRecordColumn());
+bool MSIEntry::SetNullAt(std::size_t column) {
+  return store(column, MSIRecordColumn());
 }
 
 MSIBinary MSIEntry::BinaryAt(std::size_t column) const {

@@ -2,6 +2,7 @@
 
 #include "odlex/msi/MSITable.h"
 
+#include <atomic>
 #include <unordered_set>
 
 #include "msi/engine/Database.h"
@@ -18,6 +19,9 @@ MSIEntry* asEntry(RWCollectable* item) {
   return static_cast<MSIEntry*>(item);
 }
 
+// The last row epoch given to any table (see GetRowEpoch).
+std::atomic<std::uint64_t> lastRowEpoch{0};
+
 // The key FindBy indexes a cell under: its kind, then its text or number.
 std::u16string indexKey(const MSIRecordColumn& cell) {
   return std::u16string(1, static_cast<char16_t>(u'0' + cell.GetKind())) + cell.GetString().u16();
@@ -25,7 +29,8 @@ std::u16string indexKey(const MSIRecordColumn& cell) {
 
 }  // namespace
 
-MSITable::MSITable(const odlex::schema::TableSchema& schema) : schema_(&schema) {}
+MSITable::MSITable(const odlex::schema::TableSchema& schema)
+    : schema_(&schema), rowEpoch_(++lastRowEpoch) {}
 
 MSITable::~MSITable() {
   clearRows();
@@ -65,12 +70,17 @@ void MSITable::clearRows() {
   replaced_.clear();
   indexes_.clear();
   ++changes_;
+  rowsDestroyed();
 }
 
 void MSITable::rowChanged() {
   dirty_ = true;
   indexes_.clear();
   ++changes_;
+}
+
+void MSITable::rowsDestroyed() {
+  rowEpoch_ = ++lastRowEpoch;
 }
 
 void MSITable::LoadRows(std::vector<std::unique_ptr<MSIEntry>> rows) {
@@ -101,6 +111,7 @@ void MSITable::ClearChanges() {
   replaced_.clear();
   indexes_.clear();
   ++changes_;
+  rowsDestroyed();
   dirty_ = false;
 }
 
@@ -140,6 +151,28 @@ bool MSITable::Populate() {
   return false;
 }
 
+bool MSITable::PopulateKeepingEdits() {
+  std::vector<std::unique_ptr<MSIEntry>> edited;
+  const RWBTree rows = rows_;
+  for (RWCollectable* item : rows) {
+    if (asEntry(item)->modified_ || asEntry(item)->deleted_) {
+      rows_.remove(item);
+      edited.emplace_back(asEntry(item));
+    }
+  }
+  std::vector<std::unique_ptr<MSIEntry>> replaced = std::move(replaced_);
+  const bool populated = Populate();
+  replaced_ = std::move(replaced);
+  for (std::unique_ptr<MSIEntry>& row : edited) {
+    if (RWCollectable* read = rows_.remove(row.get()))
+      delete asEntry(read);
+    row->owner_ = this;
+    rows_.insert(row.release());
+    rowChanged();
+  }
+  return populated;
+}
+
 MSIBinary MSITable::ReadStream(const TalString& name) const {
   const odlex::engine::Database* db = database_ ? database_->engineDatabase() : nullptr;
   std::vector<std::uint8_t> bytes;
@@ -163,6 +196,7 @@ bool MSITable::Persist() {
   }
   replaced_.clear();
   indexes_.clear();
+  rowsDestroyed();
 
   odlex::engine::Table* table = db->findTable(schema_->name);
   if (!table && !live.empty()) {
