@@ -157,6 +157,9 @@ class MSIDatabase {
   // Counts opens and closes, so that views and records made earlier can tell that the
   // engine object they used has gone.
   std::uint64_t generation() const { return generation_; }
+  // Lives as long as this object, so that what was made from it (records) can tell, through a
+  // weak reference, that it is gone.
+  std::weak_ptr<const void> lifetime() const { return lifetime_; }
 
  private:
   // Opens the engine on the current paths and mode. On a re-open, a created database that has
@@ -173,6 +176,7 @@ class MSIDatabase {
   eSchemaVersion schema_;
   std::unique_ptr<odlex::engine::Database> engine_;
   std::uint64_t generation_ = 0;
+  std::shared_ptr<const int> lifetime_ = std::make_shared<const int>(0);
   ePersistMode mode_ = ePersistDirect;
   bool committedOutput_ = false;  // a commit has written the output file of open(in, out)
   TalString path_;

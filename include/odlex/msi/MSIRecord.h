@@ -9,6 +9,7 @@
 // open as it was when the row was fetched.
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "odlex/msi/MSIBinary.h"
@@ -90,5 +91,7 @@ class MSIRecord {
  private:
   std::vector<MSIRecordColumn> fields_;
   MSIDatabase* database_ = nullptr;
+  // Expires with the database object, which may go before the record.
+  std::weak_ptr<const void> databaseLifetime_;
   std::uint64_t generation_ = 0;
 };

@@ -79,12 +79,14 @@ unsigned MSIRecord::SetColumn(unsigned field, MSIRecordColumn value) {
 void MSIRecord::Clear() {
   fields_.clear();
   database_ = nullptr;
+  databaseLifetime_.reset();
   generation_ = 0;
 }
 
 void MSIRecord::AssignFetched(std::vector<MSIRecordColumn> fields, MSIDatabase& database) {
   fields_ = std::move(fields);
   database_ = &database;
+  databaseLifetime_ = database.lifetime();
   generation_ = database.generation();
 }
 
@@ -92,7 +94,8 @@ unsigned MSIRecord::GetStream(unsigned field, MSIBinary& out) const {
   const MSIRecordColumn& column = GetColumn(field);
   if (column.GetKind() != MSIRecordColumn::kindStream)
     return engine::kDatatypeMismatch;
-  if (!database_ || database_->generation() != generation_ || !database_->engineDatabase())
+  if (!database_ || databaseLifetime_.expired() || database_->generation() != generation_ ||
+      !database_->engineDatabase())
     return engine::kInvalidHandleState;
   std::vector<std::uint8_t> data;
   engine::Error error;
