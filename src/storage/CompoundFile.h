@@ -24,9 +24,9 @@ struct CompoundEntry {
   bool isStorage = false;  // the root entry counts as a storage
   Clsid clsid{};
   std::uint32_t stateBits = 0;
-  std::uint64_t created = 0;   // FILETIME
-  std::uint64_t modified = 0;  // FILETIME
-  std::uint64_t size = 0;      // streams only
+  std::uint64_t created = 0;            // FILETIME
+  std::uint64_t modified = 0;           // FILETIME
+  std::uint64_t size = 0;               // streams only
   std::vector<std::uint32_t> children;  // entry indices, storages only
 };
 
@@ -56,8 +56,8 @@ struct CompoundNode {
   std::uint32_t stateBits = 0;
   std::uint64_t created = 0;
   std::uint64_t modified = 0;
-  std::vector<std::uint8_t> data;        // streams
-  std::vector<CompoundNode> children;    // storages
+  std::vector<std::uint8_t> data;      // streams
+  std::vector<CompoundNode> children;  // storages
 };
 
 // Loads entry `entry` of `reader` (a stream with its bytes, or a storage with everything under
@@ -67,7 +67,7 @@ bool readCompoundTree(const CompoundFileReader& reader, std::uint32_t entry, Com
 
 // Serialises `root` (a storage) into a complete compound file image. Names longer than
 // 31 UTF-16 units or duplicated within one storage are refused.
-bool writeCompoundFile(const CompoundNode& root, std::vector<std::uint8_t>& out,
-                       std::string& error, std::uint16_t majorVersion = 3);
+bool writeCompoundFile(const CompoundNode& root, std::vector<std::uint8_t>& out, std::string& error,
+                       std::uint16_t majorVersion = 3);
 
 }  // namespace odlex::storage

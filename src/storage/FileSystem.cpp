@@ -43,12 +43,26 @@ class FileDescriptor {
   int fd_;
 };
 
+FileStamp stampOfStat(const struct stat& status) {
+  return FileStamp{
+      static_cast<std::uint64_t>(status.st_dev), static_cast<std::uint64_t>(status.st_ino),
+      static_cast<std::uint64_t>(status.st_size),
+      static_cast<std::int64_t>(status.st_mtim.tv_sec) * 1'000'000'000 + status.st_mtim.tv_nsec};
+}
+
 class PosixReadableFile final : public ReadableFile {
  public:
   PosixReadableFile(int fd, std::uint64_t size, std::filesystem::path path)
       : fd_(fd), size_(size), path_(std::move(path)) {}
 
   std::uint64_t size() const override { return size_; }
+
+  std::optional<FileStamp> stamp() const override {
+    struct stat now {};
+    if (::fstat(fd_.get(), &now) != 0)
+      return std::nullopt;
+    return stampOfStat(now);
+  }
 
   bool readAt(std::uint64_t offset, void* buffer, std::size_t length, std::string& error) override {
     if (offset > size_ || length > size_ - offset) {
@@ -113,6 +127,13 @@ class PosixWritableFile final : public WritableFile {
       left -= static_cast<std::size_t>(put);
     }
     return true;
+  }
+
+  std::optional<FileStamp> stamp() const override {
+    struct stat now {};
+    if (::fstat(fd_.get(), &now) != 0)
+      return std::nullopt;
+    return stampOfStat(now);
   }
 
   bool finish(std::string& error) override {
@@ -235,6 +256,13 @@ class PosixFileSystem final : public FileSystem {
     return std::filesystem::exists(path, ignored);
   }
 
+  std::optional<FileStamp> stampOf(const std::filesystem::path& path) override {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0)
+      return std::nullopt;
+    return stampOfStat(status);
+  }
+
   bool createDirectories(const std::filesystem::path& path, std::string& error) override {
     std::error_code code;
     std::filesystem::create_directories(path, code);
@@ -276,7 +304,8 @@ bool FileSystem::writeFile(const std::filesystem::path& path, std::span<const st
 }
 
 bool replaceFileAtomically(FileSystem& fs, const std::filesystem::path& target,
-                           std::span<const std::uint8_t> bytes, std::string& error) {
+                           std::span<const std::uint8_t> bytes, std::string& error,
+                           std::optional<FileStamp>* written) {
   std::filesystem::path resolved;
   if (!fs.resolveLinks(target, resolved, error))
     return false;
@@ -284,9 +313,12 @@ bool replaceFileAtomically(FileSystem& fs, const std::filesystem::path& target,
   auto file = fs.createFile(temporary, {.exclusive = true, .permissionsOf = resolved}, error);
   if (!file)
     return false;
-  const bool written = file->append(bytes, error) && file->finish(error);
+  bool complete = file->append(bytes, error);
+  if (complete && written)
+    *written = file->stamp();
+  complete = complete && file->finish(error);
   file.reset();
-  if (written && fs.rename(temporary, resolved, error))
+  if (complete && fs.rename(temporary, resolved, error))
     return true;
   std::string ignored;
   fs.remove(temporary, ignored);

@@ -5,17 +5,32 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
 namespace odlex::storage {
 
+// What tells one state of a file from another: which file it is, its size and when its
+// contents last changed. Two stamps of one path differ when the file was replaced or rewritten
+// in between.
+struct FileStamp {
+  std::uint64_t device = 0;
+  std::uint64_t inode = 0;
+  std::uint64_t size = 0;
+  std::int64_t modifiedNanoseconds = 0;
+  bool operator==(const FileStamp&) const = default;
+};
+
 // A file opened for random-access reading.
 class ReadableFile {
  public:
   virtual ~ReadableFile() = default;
   virtual std::uint64_t size() const = 0;
+  // The open file's stamp now (it follows the file, not its name: rewriting the file in place
+  // changes it, replacing the name with another file does not); nothing when it cannot be told.
+  virtual std::optional<FileStamp> stamp() const { return std::nullopt; }
   // Reads exactly `length` bytes at `offset`; false (with a reason) on a short read or I/O error.
   virtual bool readAt(std::uint64_t offset, void* buffer, std::size_t length,
                       std::string& error) = 0;
@@ -30,6 +45,8 @@ class WritableFile {
   // Flushes everything appended to the disk and closes the file; false with a reason. A file
   // dropped without finish() is closed, its contents unflushed.
   virtual bool finish(std::string& error) = 0;
+  // The stamp of the file as written so far (before finish); nothing when it cannot be told.
+  virtual std::optional<FileStamp> stamp() const { return std::nullopt; }
 };
 
 // How createFile makes its file.
@@ -65,6 +82,9 @@ class FileSystem {
                             std::string& error) = 0;
   virtual bool remove(const std::filesystem::path& path, std::string& error) = 0;
   virtual bool exists(const std::filesystem::path& path) = 0;
+  // The stamp of the file `path` names now (links followed); nothing when there is none or it
+  // cannot be told.
+  virtual std::optional<FileStamp> stampOf(const std::filesystem::path&) { return std::nullopt; }
   virtual bool createDirectories(const std::filesystem::path& path, std::string& error) = 0;
 
   // The process's real file system.
@@ -74,9 +94,11 @@ class FileSystem {
 // Writes `bytes` to a new file beside `target` and renames it over `target`. A link is written
 // through: the file it leads to is replaced, the link stays. The new file has the permissions,
 // owner and group of the one it replaces from its creation on. On any failure the temporary
-// file is removed and `target` is left exactly as it was.
+// file is removed and `target` is left exactly as it was. With `written`, the new file's stamp
+// (which the rename keeps) is put there.
 bool replaceFileAtomically(FileSystem& fs, const std::filesystem::path& target,
-                           std::span<const std::uint8_t> bytes, std::string& error);
+                           std::span<const std::uint8_t> bytes, std::string& error,
+                           std::optional<FileStamp>* written = nullptr);
 
 // Reads a whole file into memory (used for small inputs: idt files, certificates).
 bool readWholeFile(FileSystem& fs, const std::filesystem::path& path,

@@ -17,6 +17,18 @@ bool MemoryReadableFile::readAt(std::uint64_t offset, void* buffer, std::size_t 
   return true;
 }
 
+namespace {
+
+FileStamp stampOfBytes(const std::vector<std::uint8_t>& bytes) {
+  return FileStamp{0, reinterpret_cast<std::uintptr_t>(&bytes), bytes.size(), 0};
+}
+
+}  // namespace
+
+std::optional<FileStamp> MemoryReadableFile::stamp() const {
+  return stampOfBytes(*bytes_);
+}
+
 std::unique_ptr<ReadableFile> MemoryFileSystem::openRead(const std::filesystem::path& path,
                                                          std::string& error) {
   const auto found = files_.find(path);
@@ -39,6 +51,7 @@ class MemoryWritableFile final : public WritableFile {
     return true;
   }
   bool finish(std::string&) override { return true; }
+  std::optional<FileStamp> stamp() const override { return stampOfBytes(*bytes_); }
 
  private:
   std::shared_ptr<std::vector<std::uint8_t>> bytes_;
@@ -92,6 +105,13 @@ bool MemoryFileSystem::remove(const std::filesystem::path& path, std::string& er
 
 bool MemoryFileSystem::exists(const std::filesystem::path& path) {
   return files_.count(path) != 0 || folders_.count(path) != 0;
+}
+
+std::optional<FileStamp> MemoryFileSystem::stampOf(const std::filesystem::path& path) {
+  const auto found = files_.find(path);
+  if (found == files_.end())
+    return std::nullopt;
+  return stampOfBytes(*found->second);
 }
 
 bool MemoryFileSystem::createDirectories(const std::filesystem::path& path, std::string& error) {

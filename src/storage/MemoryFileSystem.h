@@ -19,6 +19,8 @@ class MemoryReadableFile final : public ReadableFile {
       : bytes_(std::move(bytes)) {}
 
   std::uint64_t size() const override { return bytes_->size(); }
+  // The held bytes' address stands for the inode; a file is never changed in place here.
+  std::optional<FileStamp> stamp() const override;
   bool readAt(std::uint64_t offset, void* buffer, std::size_t length, std::string& error) override;
 
  private:
@@ -40,6 +42,7 @@ class MemoryFileSystem final : public FileSystem {
                     std::string& error) override;
   bool remove(const std::filesystem::path& path, std::string& error) override;
   bool exists(const std::filesystem::path& path) override;
+  std::optional<FileStamp> stampOf(const std::filesystem::path& path) override;
   bool createDirectories(const std::filesystem::path& path, std::string& error) override;
 
   // The paths of every file, in order (lets tests check that no temporary file was left).

@@ -9,6 +9,7 @@ class FaultyReadableFile final : public storage::ReadableFile {
       : inner_(std::move(inner)), owner_(owner) {}
 
   std::uint64_t size() const override { return inner_->size(); }
+  std::optional<storage::FileStamp> stamp() const override { return inner_->stamp(); }
   bool readAt(std::uint64_t offset, void* buffer, std::size_t length, std::string& error) override {
     if (owner_.injectFault("readAt", error))
       return false;
@@ -34,6 +35,7 @@ class FaultyWritableFile final : public storage::WritableFile {
     }
     return inner_->append(bytes, error);
   }
+  std::optional<storage::FileStamp> stamp() const override { return inner_->stamp(); }
   bool finish(std::string& error) override {
     if (owner_.injectFault("finish", error))
       return false;
@@ -106,6 +108,13 @@ bool FaultyFileSystem::exists(const std::filesystem::path& path) {
   if (injectFault("exists", ignored))
     return false;
   return inner_.exists(path);
+}
+
+std::optional<storage::FileStamp> FaultyFileSystem::stampOf(const std::filesystem::path& path) {
+  std::string ignored;
+  if (injectFault("stampOf", ignored))
+    return std::nullopt;
+  return inner_.stampOf(path);
 }
 
 bool FaultyFileSystem::createDirectories(const std::filesystem::path& path, std::string& error) {

@@ -32,6 +32,7 @@ class FaultyFileSystem final : public storage::FileSystem {
                     std::string& error) override;
   bool remove(const std::filesystem::path& path, std::string& error) override;
   bool exists(const std::filesystem::path& path) override;
+  std::optional<storage::FileStamp> stampOf(const std::filesystem::path& path) override;
   bool createDirectories(const std::filesystem::path& path, std::string& error) override;
 
   // Counts one call; true (with an error) when this is the call that must fail.

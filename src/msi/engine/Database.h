@@ -85,9 +85,13 @@ class Database {
   }
 
   // Writes the database to path(): a new file beside it, renamed into place. kAccessDenied
-  // when opened read-only. On failure the existing file is untouched.
+  // when opened read-only. On failure the existing file is untouched. Refused with
+  // kFunctionFailed, nothing written, when another program changed or replaced the source or
+  // path() since this object last read or wrote them: streams still in the source would be
+  // read from someone else's bytes, and their file would be overwritten.
   std::uint32_t commit(Error& error);
-  // Writes a complete copy to `target` the same way, whatever the open mode.
+  // Writes a complete copy to `target` the same way, whatever the open mode; refused likewise
+  // when the source changed.
   std::uint32_t saveAs(const std::filesystem::path& target, Error& error);
 
  private:
@@ -113,12 +117,22 @@ class Database {
   // Copies an entry of the opened file (a stream, or a storage with everything in it).
   bool readStoredNode(std::uint32_t entry, storage::CompoundNode& out, Error& error) const;
   bool buildImage(std::vector<std::uint8_t>& image, Error& error);
+  // Writes the whole database to `target` (commit and saveAs); the new file's stamp goes to
+  // `written` when given.
+  std::uint32_t write(const std::filesystem::path& target, Error& error,
+                      std::optional<storage::FileStamp>* written);
+  // False with the reason when `path` no longer names the file as `seen` recorded it.
+  bool unchangedOnDisk(const std::filesystem::path& path,
+                       const std::optional<storage::FileStamp>& seen, Error& error) const;
 
   storage::FileSystem& fs_;
   OpenMode mode_;
   std::filesystem::path sourcePath_;
   std::filesystem::path outputPath_;
   std::unique_ptr<storage::CompoundFileReader> reader_;
+  // The source as it was read, and the output as last read or written (nothing: absent).
+  std::optional<storage::FileStamp> sourceStamp_;
+  std::optional<storage::FileStamp> outputStamp_;
   storage::Clsid rootClsid_{};
   std::uint32_t codePage_ = 0;
   StringPool strings_;

@@ -27,6 +27,7 @@ std::unique_ptr<Database> Database::open(storage::FileSystem& fs, const std::fil
   db->sourcePath_ = db->outputPath_ = path;
   if (mode == OpenMode::kCreate) {
     db->rootClsid_ = kPackageClsid;
+    db->outputStamp_ = fs.stampOf(path);
     return db;
   }
   std::string reason;
@@ -35,6 +36,7 @@ std::unique_ptr<Database> Database::open(storage::FileSystem& fs, const std::fil
     error = Error{kOpenFailed, path.string() + ": " + reason};
     return nullptr;
   }
+  db->sourceStamp_ = db->outputStamp_ = file->stamp();
   db->reader_ = storage::CompoundFileReader::open(std::move(file), reason);
   if (!db->reader_) {
     error = Error{kInstallPackageInvalid, path.string() + ": " + reason};
@@ -54,6 +56,7 @@ std::unique_ptr<Database> Database::openInto(storage::FileSystem& fs,
   if (db) {
     db->mode_ = OpenMode::kUpdate;
     db->outputPath_ = output;
+    db->outputStamp_ = fs.stampOf(output);
   }
   return db;
 }

@@ -177,17 +177,43 @@ std::uint32_t Database::commit(Error& error) {
     error = Error{kAccessDenied, outputPath_.string() + ": the database was opened read-only"};
     return error.code;
   }
-  return saveAs(outputPath_, error);
+  if (!unchangedOnDisk(outputPath_, outputStamp_, error))
+    return error.code;
+  std::optional<storage::FileStamp> written;
+  if (const std::uint32_t code = write(outputPath_, error, &written); code != kSuccess)
+    return code;
+  outputStamp_ = written;
+  // The streams still to be read stay in the file opened, which the new one replaced by name.
+  if (outputPath_ == sourcePath_)
+    sourceStamp_ = outputStamp_;
+  return kSuccess;
+}
+
+bool Database::unchangedOnDisk(const std::filesystem::path& path,
+                               const std::optional<storage::FileStamp>& seen, Error& error) const {
+  if (fs_.stampOf(path) == seen)
+    return true;
+  error = Error{kFunctionFailed, path.string() +
+                                     ": changed on disk by another program since it was opened; "
+                                     "nothing was written (open it again to see the changes)"};
+  return false;
 }
 
 std::uint32_t Database::saveAs(const std::filesystem::path& target, Error& error) {
+  return write(target, error, nullptr);
+}
+
+std::uint32_t Database::write(const std::filesystem::path& target, Error& error,
+                              std::optional<storage::FileStamp>* written) {
+  if (reader_ && !unchangedOnDisk(sourcePath_, sourceStamp_, error))
+    return error.code;
   std::vector<std::uint8_t> image;
   if (!buildImage(image, error)) {
     error.text = target.string() + ": " + error.text;
     return error.code;
   }
   std::string reason;
-  if (!storage::replaceFileAtomically(fs_, target, image, reason)) {
+  if (!storage::replaceFileAtomically(fs_, target, image, reason, written)) {
     error = Error{kWriteFault, reason};
     return error.code;
   }
