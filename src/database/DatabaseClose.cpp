@@ -4,27 +4,20 @@
 #include <filesystem>
 #include <system_error>
 
+#include "database/DatabaseFiles.h"
 #include "odlex/database/ODLEXDatabase.h"
 #include "odlex/support/Path.h"
 #include "odlex/tables/ODLEXTables.h"
 
-namespace {
-
-void removeFileQuietly(const TalString& path) {
-  std::error_code ignored;
-  std::filesystem::remove(odlex::path::ToFilesystem(path), ignored);
-}
-
-}  // namespace
-
 void ODLEXDatabase::Close(bool save) {
   const TalString databasePath = GetDatabasePath();
-  const bool readOnly = IsReadOnly();
-  const bool outputMode = !readOnly && !database_.getInPath().isNull();
+  const bool outputMode = !IsReadOnly() && !database_.getInPath().isNull();
   database_.close(save);
-  // A working copy that is not saved is removed.
-  if (!save && !readOnly && filePath_.compareTo(databasePath, RWWString::ignoreCase) != 0)
-    removeFileQuietly(databasePath);
+  // A working copy this library made that is not saved is removed; no other file ever is.
+  if (!save && ownsWorkingCopy_) {
+    odlex::database::removeQuietly(databasePath);
+    ownsWorkingCopy_ = false;
+  }
   // The system tables of an output file are written last, into the committed output.
   if (save && outputMode) {
     database_.open();
@@ -33,28 +26,35 @@ void ODLEXDatabase::Close(bool save) {
       GetTableObject(type).Persist();
     database_.close(true);
   }
-  if (readOnly)
-    DeleteReadOnlyTemp(databasePath);
   modified_ = false;
   exteriorModify_ = false;
 }
 
-// The file first opened is copied over the working file, which is then opened afresh. For a
-// database opened in place both are the same file, and the copy fails harmlessly.
+// The file first opened is copied over the working copy made from it, which is then opened
+// afresh; a database opened in place is opened again as it is on disk. Either is opened in the
+// mode it had: read-only stays read-only.
 void ODLEXDatabase::Rollback() {
   const TalString databasePath = GetDatabasePath();
   const TalString filePath = filePath_;
+  const bool workingCopy = ownsWorkingCopy_;
+  ODLEXOpenType reopen(readOnly_ ? MSIDatabase::ePersistReadOnly : MSIDatabase::ePersistDirect);
   Close(false);
-  std::error_code ignored;
-  std::filesystem::copy_file(odlex::path::ToFilesystem(filePath),
-                             odlex::path::ToFilesystem(databasePath),
-                             std::filesystem::copy_options::overwrite_existing, ignored);
-  ODLEXOpenType forUpdate(MSIDatabase::ePersistDirect);
-  SetDatabasePath(databasePath, forUpdate);
+  if (workingCopy) {
+    std::error_code ignored;
+    std::filesystem::copy_file(odlex::path::ToFilesystem(filePath),
+                               odlex::path::ToFilesystem(databasePath),
+                               std::filesystem::copy_options::overwrite_existing, ignored);
+  }
+  SetDatabasePath(databasePath, reopen);
   filePath_ = filePath;
+  ownsWorkingCopy_ = workingCopy;
 }
 
+// The file is read again, so that what another program wrote to it is what the tables show and
+// what a save copies.
 void ODLEXDatabase::Reload() {
+  if (database_.open() == 0)
+    stringChecker_ = std::make_unique<MSIStringChecker>(database_);
   for (auto& table : tableObjects_) {
     if (table) {
       table->Unload();
@@ -76,5 +76,7 @@ TalString ODLEXDatabase::GetTempMsiFileName(const TalString& path) {
 }
 
 void ODLEXDatabase::DeleteReadOnlyTemp(const TalString& path) {
-  removeFileQuietly(GetTempMsiFileName(path));
+  const TalString temporary = GetTempMsiFileName(path);
+  if (!odlex::database::isSameFile(temporary, path))
+    odlex::database::removeQuietly(temporary);
 }

@@ -1,17 +1,22 @@
-// The process-wide list of open databases: opening into the list, finding by file name,
-// removing and destroying.
+// The process-wide list of open databases: opening into the list, finding a database by the file
+// it works on, removing and destroying.
 
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <system_error>
 #include <vector>
 
+#include "database/DatabaseFiles.h"
 #include "odlex/database/ODLEXDatabase.h"
 #include "odlex/support/DebugOutput.h"
 #include "odlex/support/Path.h"
 #include "odlex/tables/ODLEXDatabaseError.h"
 
 RWBTree ODLEXDatabase::databaseList;
+
+using odlex::database::isSameFile;
+using odlex::database::removeQuietly;
 
 namespace {
 
@@ -25,43 +30,78 @@ bool copyReplacing(const TalString& from, const TalString& to) {
 
 }  // namespace
 
+ODLEXDatabase* ODLEXDatabase::FindListed(const TalString& path,
+                                         const TalString& (*which)(const ODLEXDatabase&)) {
+  for (RWCollectable* item : databaseList) {
+    auto* database = static_cast<ODLEXDatabase*>(item);
+    if (isSameFile(which(*database), path))
+      return database;
+  }
+  return nullptr;
+}
+
+ODLEXDatabase* ODLEXDatabase::FindByFilePath(const TalString& path) {
+  return FindListed(path, [](const ODLEXDatabase& db) -> const TalString& { return db.filePath_; });
+}
+
+ODLEXDatabase* ODLEXDatabase::FindByWorkingFile(const TalString& path) {
+  return FindListed(
+      path, [](const ODLEXDatabase& db) -> const TalString& { return db.database_.getPath(); });
+}
+
 ODLEXDatabase& ODLEXDatabase::AddDatabaseToList(const TalString& path) {
   ODLEXOpenType forUpdate(MSIDatabase::ePersistDirect);
   return AddDatabaseToList(path, forUpdate);
 }
 
 ODLEXDatabase& ODLEXDatabase::AddDatabaseToList(const TalString& path, ODLEXOpenType& how) {
+  // A database already working on the file is the one every caller gets.
+  ODLEXDatabase* database = how.IsFilePath() ? nullptr : FindByWorkingFile(path);
+  if (!database)
+    database = OpenIntoList(path, how);
+  database->SetMergeModule(MatchesExtension(path, u"MSM"));
+  if (database->IsMergeModule())
+    database->AcquireDatabaseInfo();
+  return *database;
+}
+
+ODLEXDatabase* ODLEXDatabase::OpenIntoList(const TalString& path, ODLEXOpenType& how) {
   // Owned here until the list takes it, so a failure or an error thrown while opening frees it.
   std::unique_ptr<ODLEXDatabase> opened(new ODLEXDatabase());
   TalString workingPath = path;
+  bool workingCopy = false;
   // Working on an output file: the named file is copied there and the copy opened for update,
-  // so the named file is never written.
+  // so the named file is never written. An output file that an open database works on or was
+  // opened from, or that is the named file itself, would be overwritten under it: refused.
   if (how.IsFilePath()) {
     const TalString output = how;
+    if (isSameFile(output, path) || FindByWorkingFile(output) || FindByFilePath(output)) {
+      odlex::DebugOutput::write(
+          u"ODLEX: Unable to copy file: the output file is open or is the file opened.\r\n");
+      throw ODLEXDatabaseError(ODLEXDatabaseError::eDatabaseOpenFailed);
+    }
     if (!copyReplacing(path, output)) {
       odlex::DebugOutput::write(u"ODLEX: Unable to copy file.\r\n");
       throw ODLEXDatabaseError(ODLEXDatabaseError::eDatabaseOpenFailed);
     }
     how = ODLEXOpenType(MSIDatabase::ePersistDirect);
     workingPath = output;
+    workingCopy = true;
   }
-  if (!opened->SetDatabasePath(workingPath, how))
+  if (!opened->SetDatabasePath(workingPath, how)) {
+    if (workingCopy)
+      removeQuietly(workingPath);
     throw ODLEXDatabaseError(ODLEXDatabaseError::eDatabaseOpenFailed);
+  }
+  opened->ownsWorkingCopy_ = workingCopy;
   ODLEXDatabase* database = opened.get();
   RWCollectable* listed = databaseList.insert(database);
-  if (listed == database) {
-    opened.release();
-    // After an output-file open the database names the file the caller opened.
-    if (database->filePath_ != path)
-      database->filePath_ = path;
-  } else {
-    // A database with the same working path is open already: that one is used.
-    database = static_cast<ODLEXDatabase*>(listed);
-  }
-  database->SetMergeModule(MatchesExtension(path, u"MSM"));
-  if (database->IsMergeModule())
-    database->AcquireDatabaseInfo();
-  return *database;
+  if (listed != database)
+    return static_cast<ODLEXDatabase*>(listed);
+  opened.release();
+  // After an output-file open the database names the file the caller opened.
+  database->filePath_ = path;
+  return database;
 }
 
 ODLEXDatabase& ODLEXDatabase::GetDatabaseWithFilePath(const TalString& path) {
@@ -69,27 +109,16 @@ ODLEXDatabase& ODLEXDatabase::GetDatabaseWithFilePath(const TalString& path) {
   return GetDatabaseWithFilePath(path, forUpdate);
 }
 
-// The list is ordered by working path, so the file name the caller used is searched for by
-// walking it, ignoring case.
 ODLEXDatabase& ODLEXDatabase::GetDatabaseWithFilePath(const TalString& path, ODLEXOpenType& how) {
-  for (RWCollectable* item : databaseList) {
-    auto* database = static_cast<ODLEXDatabase*>(item);
-    if (database->GetFilePath().compareTo(path, RWWString::ignoreCase) == 0)
-      return *database;
-  }
+  if (ODLEXDatabase* database = FindByFilePath(path))
+    return *database;
   if (how.IsOnlyLooking())
     throw ODLEXDatabaseError(ODLEXDatabaseError::eDatabaseNotOpen);
   return AddDatabaseToList(path, how);
 }
 
 bool ODLEXDatabase::IsDatabaseFilePathLoaded(const TalString& path) {
-  try {
-    ODLEXOpenType onlyLooking;
-    GetDatabaseWithFilePath(path, onlyLooking);
-    return true;
-  } catch (const ODLEXDatabaseError&) {
-    return false;
-  }
+  return FindByFilePath(path) != nullptr;
 }
 
 RWBTree& ODLEXDatabase::GetDatabaseList() {
@@ -97,21 +126,21 @@ RWBTree& ODLEXDatabase::GetDatabaseList() {
 }
 
 void ODLEXDatabase::RemoveDatabaseFromList(const TalString& path, bool save) {
-  if (!IsDatabaseFilePathLoaded(path))
-    return;
-  ODLEXOpenType onlyLooking;
-  ODLEXDatabase* database = &GetDatabaseWithFilePath(path, onlyLooking);
-  if (save && database->IsModified())
-    database->SaveChanges();
-  // Saving leaves the database modified; one that is not modified is closed without saving.
-  database->Close(save && database->IsModified());
-  RemoveFromDatabaseList(database);
-  delete database;
+  if (ODLEXDatabase* database = FindByFilePath(path))
+    database->RemoveFromList(save);
 }
 
 void ODLEXDatabase::RemoveFromList(bool save) {
-  if (!GetFilePath().isNull())
-    RemoveDatabaseFromList(GetFilePath(), save);
+  const bool listed = std::any_of(databaseList.begin(), databaseList.end(),
+                                  [this](const RWCollectable* item) { return item == this; });
+  if (!listed)
+    return;
+  if (save && IsModified())
+    SaveChanges();
+  // Saving leaves the database modified; one that is not modified is closed without saving.
+  Close(save && IsModified());
+  RemoveFromDatabaseList(this);
+  delete this;
 }
 
 // Opening a listed database again on another path changes the key the list is ordered by, so a

@@ -62,11 +62,11 @@ int ODLEXDatabase::compareTo(const RWCollectable* other) const {
   if (!other || other->isA() != myAtom)
     return -1;
   const auto& database = static_cast<const ODLEXDatabase&>(*other);
-  return GetDatabasePath().compareTo(database.GetDatabasePath(), RWWString::exact);
+  return canonicalPath_.compareTo(database.canonicalPath_, RWWString::exact);
 }
 
 unsigned ODLEXDatabase::hash() const {
-  return database_.getPath().hash(RWWString::exact);
+  return canonicalPath_.hash(RWWString::exact);
 }
 
 bool ODLEXDatabase::isEqual(const RWCollectable* other) const {

@@ -4,6 +4,7 @@
 #include <memory>
 #include <vector>
 
+#include "database/DatabaseFiles.h"
 #include "odlex/database/ODLEXDatabase.h"
 #include "odlex/msi/MSISystemTables.h"
 #include "odlex/tables/ODLEXDatabaseError.h"
@@ -68,6 +69,8 @@ bool ODLEXDatabase::SetDatabasePath(const TalString& path, ODLEXOpenType& how) {
     return false;
 
   filePath_ = path;
+  canonicalPath_ = odlex::database::canonicalPathOf(GetDatabasePath());
+  ownsWorkingCopy_ = false;
   stringChecker_ = std::make_unique<MSIStringChecker>(database_);
   UnloadTables();
   info_.packageCodeChanged = false;

@@ -40,9 +40,9 @@ bool ODLEXDatabase::SaveChanges() {
     }
   }
   PersistTables();
-  // A failed commit leaves its reason in the lower layer's error list.
-  database_.commit();
-  return true;
+  // A failed commit (a full disk, the file changed by another program) leaves its reason in
+  // the lower layer's error list and the file as it was.
+  return database_.commit() == 0;
 }
 
 // The summary table object has no operation of its own for this yet, so its row is marked

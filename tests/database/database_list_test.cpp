@@ -1,5 +1,5 @@
-// The list of open databases: one object per file, found by file name ignoring case, and the
-// open types that say how a file is opened.
+// The list of open databases: one object per file, and the open types that say how a file is
+// opened.
 
 #include <filesystem>
 
@@ -21,14 +21,6 @@ TEST_F(DatabaseListTest, OpeningTheSameFileAgainGivesTheSameObject) {
   EXPECT_EQ(ODLEXDatabase::GetDatabaseList().entries(), 1u);
   EXPECT_EQ(first.GetFilePath(), text(package()));
   EXPECT_EQ(first.GetDatabasePath(), text(package()));
-}
-
-TEST_F(DatabaseListTest, FileNamesAreLookedUpIgnoringCase) {
-  ODLEXDatabase& opened = ODLEXDatabase::AddDatabaseToList(text(package()));
-  const TalString otherCase = toUpper(text(package()));
-  ODLEXOpenType onlyLooking;
-  EXPECT_EQ(&ODLEXDatabase::GetDatabaseWithFilePath(otherCase, onlyLooking), &opened);
-  EXPECT_TRUE(ODLEXDatabase::IsDatabaseFilePathLoaded(otherCase));
 }
 
 TEST_F(DatabaseListTest, LookingForAnUnknownFileOpensNothing) {

@@ -4,9 +4,26 @@
 //
 // The list (GetDatabaseList) owns the databases; hosts hold references. AddDatabaseToList and
 // GetDatabaseWithFilePath open a file, or give the database already open for it, so every
-// caller naming the same file works on the same object. The list is ordered by the working
-// path (GetDatabasePath, exact case) and searched by the file name the caller used
-// (GetFilePath, ignoring case).
+// caller naming the same file works on the same object.
+//
+// Where this differs from the installer library's literal steps, and why (on Windows a package
+// is locked while open and names ignore case; here a file can change under a lazy reader, names
+// differ by case, and one file has many spellings):
+//   - Files are identified by the file itself (device and inode; the canonical path for a file
+//     not created yet), never by the path as spelled: GetDatabaseWithFilePath,
+//     IsDatabaseFilePathLoaded and RemoveDatabaseFromList find the database whose opened file
+//     (GetFilePath) is the file named, and AddDatabaseToList gives the database already working
+//     on the file (GetDatabasePath) without opening it again. "p.msi" and "/abs/p.msi" are one
+//     database, "P.msi" another. The list is ordered by the canonical working path.
+//   - AddDatabaseToList into an output file refuses (code 3) an output file that is the file
+//     opened, or that an open database works on or was opened from, before copying anything.
+//   - RemoveFromList removes and destroys this database, never another opened from the same
+//     file.
+//   - Reload reads the file again; SaveChanges reports (false, the reason in the lower layer's
+//     error list) a commit refused because another program changed the file since it was read.
+//   - A read-only database is never written: Rollback reopens it read-only. No temporary copy
+//     is made for a read-only open, and only the working copy made by an output-file open is
+//     ever deleted (by Close without saving).
 //
 // A database owns its lower-layer MSIDatabase and one lazily made table object per table type,
 // in slot 4194 - typeID. Edits only mark rows and tables; SaveChanges persists the modified
@@ -47,7 +64,7 @@ class ODLEXDatabase : public RWCollectable {
   ODLEXDatabase(const ODLEXDatabase&) = delete;
   ODLEXDatabase& operator=(const ODLEXDatabase&) = delete;
 
-  // Collectable protocol: class id 387; ordered by GetDatabasePath (exact case).
+  // Collectable protocol: class id 387; ordered by the canonical working path (exact case).
   RWCollectable* newSpecies() const override;
   RWCollectable* copy() const override;
   RWClassID isA() const override;
@@ -91,6 +108,7 @@ class ODLEXDatabase : public RWCollectable {
   bool GetExteriorModify() const {
     return exteriorModify_;
   }
+  // Persists the modified table objects and commits; false when the commit failed.
   bool SaveChanges();
   void PersistTables();
   void Rollback();
@@ -186,6 +204,8 @@ class ODLEXDatabase : public RWCollectable {
   static void WriteDebugInfo(unsigned code, bool flag);
   // The name of the temporary read-only copy of `path`: the same name ending in ".mri".
   static TalString GetTempMsiFileName(const TalString& path);
+  // Deletes that file, unless it is `path` itself (a package named "pkg.mri"). The library
+  // makes no such copy; this is for hosts that do.
   static void DeleteReadOnlyTemp(const TalString& path);
 
   static unsigned totalODLEXTObjects;
@@ -216,6 +236,15 @@ class ODLEXDatabase : public RWCollectable {
   void WriteChangedInfo(const ODLEXDatabaseInfo& info);
   // Takes `database` out of the list by identity, even if its path changed while listed.
   static void RemoveFromDatabaseList(ODLEXDatabase* database);
+  // Opens a new database on `path` as `how` says and lists it (AddDatabaseToList's opening).
+  static ODLEXDatabase* OpenIntoList(const TalString& path, ODLEXOpenType& how);
+  // The listed database whose `which` path names the same file as `path`, or null.
+  static ODLEXDatabase* FindListed(const TalString& path,
+                                   const TalString& (*which)(const ODLEXDatabase&));
+  // The listed database opened from (GetFilePath) / working on (GetDatabasePath) the file
+  // `path` names, or null.
+  static ODLEXDatabase* FindByFilePath(const TalString& path);
+  static ODLEXDatabase* FindByWorkingFile(const TalString& path);
 
   // The slot of table type `type` in tableObjects_: types count down from the no-table value.
   static constexpr std::size_t SlotOf(ODLEXTObject::typeID type) {
@@ -252,6 +281,10 @@ class ODLEXDatabase : public RWCollectable {
   std::vector<std::unique_ptr<ODLEXTObject>> tableObjects_;
   std::unique_ptr<MSIStringChecker> stringChecker_;
   TalString filePath_;
+  // The working file's canonical path, the list's order.
+  TalString canonicalPath_;
+  // The working file is a copy that AddDatabaseToList made for an output-file open.
+  bool ownsWorkingCopy_ = false;
   bool modified_ = false;
   bool exteriorModify_ = false;
   bool creatingTransform_ = false;

@@ -1,0 +1,153 @@
+// Databases and the files under them: one object per file however its path is spelled, output
+// files that would overwrite an open file, packages changed on disk by another program, and
+// read-only packages that are never written. The packages are written by the lower layer, so
+// these tests need no outside tools.
+
+#include <odlex/tables/ODLEXTFileTables.h>
+#include <odlex/tables/ODLEXTProperty.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "common/DatabaseTest.h"
+#include "common/SmallPackage.h"
+
+namespace odlex::test {
+namespace {
+
+using Error = ODLEXDatabaseError;
+
+std::string payloadOf(ODLEXDatabase& db) {
+  const MSIBinary data = db.GetBinary().GetBinaryWithID(u"Payload").GetData();
+  return std::string(data.GetData(), data.GetData() + data.GetSize());
+}
+
+bool isListed(const ODLEXDatabase& db) {
+  const RWBTree& list = ODLEXDatabase::GetDatabaseList();
+  return std::find(list.begin(), list.end(), &db) != list.end();
+}
+
+class DatabaseFilesTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ODLEXDatabase::INIT();
+    writeSmallPackage(path_, "First", "first payload");
+  }
+  void TearDown() override { ODLEXDatabase::KillDatabaseList(); }
+
+  TempDir dir_;
+  std::filesystem::path path_ = dir_ / "p5.msi";
+};
+
+TEST_F(DatabaseFilesTest, EverySpellingOfOneFileFindsOneDatabase) {
+  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(path_));
+  std::filesystem::create_symlink(path_, dir_ / "link.msi");
+  std::filesystem::create_hard_link(path_, dir_ / "hard.msi");
+  for (const std::filesystem::path& spelling :
+       {std::filesystem::relative(path_), dir_ / "." / "p5.msi", dir_ / "link.msi",
+        dir_ / "hard.msi"}) {
+    SCOPED_TRACE(spelling.string());
+    ODLEXOpenType onlyLooking;
+    EXPECT_EQ(&ODLEXDatabase::GetDatabaseWithFilePath(text(spelling), onlyLooking), &db);
+    EXPECT_EQ(&ODLEXDatabase::AddDatabaseToList(text(spelling)), &db);
+  }
+  EXPECT_EQ(ODLEXDatabase::GetDatabaseList().entries(), 1u);
+
+  // A name that differs only in case is another file, with a database of its own.
+  const std::filesystem::path upper = dir_ / "P5.msi";
+  EXPECT_FALSE(ODLEXDatabase::IsDatabaseFilePathLoaded(text(upper)));
+  writeSmallPackage(upper, "Upper", "upper payload");
+  ODLEXDatabase& other = ODLEXDatabase::AddDatabaseToList(text(upper));
+  ASSERT_NE(&other, &db);
+  other.GetProperty().SetValue(u"ProductName", u"Edited");
+  ASSERT_TRUE(other.SaveChanges());
+  ODLEXDatabase::RemoveDatabaseFromList(text(upper), false);
+  EXPECT_EQ(db.GetProperty().GetValue(u"ProductName"), u"First");
+  EXPECT_EQ(ODLEXDatabase::AddDatabaseToList(text(upper)).GetProperty().GetValue(u"ProductName"),
+            u"Edited");
+}
+
+TEST_F(DatabaseFilesTest, RemovingADatabaseRemovesThatOne) {
+  ODLEXOpenType intoFirst(text(dir_ / "out1.msi").data());
+  ODLEXOpenType intoSecond(text(dir_ / "out2.msi").data());
+  ODLEXDatabase& first = ODLEXDatabase::AddDatabaseToList(text(path_), intoFirst);
+  ODLEXDatabase& second = ODLEXDatabase::AddDatabaseToList(text(path_), intoSecond);
+  ASSERT_NE(&first, &second);
+  second.RemoveFromList(false);
+  EXPECT_TRUE(isListed(first));
+  EXPECT_EQ(ODLEXDatabase::GetDatabaseList().entries(), 1u);
+  EXPECT_EQ(payloadOf(first), "first payload");
+  EXPECT_FALSE(std::filesystem::exists(dir_ / "out2.msi")) << "its working copy";
+  EXPECT_TRUE(std::filesystem::exists(dir_ / "out1.msi"));
+}
+
+TEST_F(DatabaseFilesTest, AnOutputFileThatIsOpenOrTheSourceIsRefused) {
+  const std::filesystem::path open = dir_ / "open.msi";
+  writeSmallPackage(open, "Open", "open payload");
+  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(open));
+  const std::string before = readFileBytes(open);
+  for (const std::filesystem::path& output : {open, path_, dir_ / "." / "p5.msi"}) {
+    SCOPED_TRACE(output.string());
+    ODLEXOpenType into(text(output).data());
+    DebugCapture debug;
+    EXPECT_EQ(thrownCode([&] { ODLEXDatabase::AddDatabaseToList(text(path_), into); }),
+              Error::eDatabaseOpenFailed);
+    ASSERT_EQ(debug.lines.size(), 1u);
+    EXPECT_NE(debug.lines[0].find("the output file is open or is the file opened"),
+              std::string::npos);
+  }
+  EXPECT_EQ(readFileBytes(open), before);
+  EXPECT_EQ(payloadOf(db), "open payload");
+  EXPECT_EQ(ODLEXDatabase::GetDatabaseList().entries(), 1u);
+}
+
+TEST_F(DatabaseFilesTest, AFileChangedOnDiskIsNeverOverwrittenAndReloadReadsIt) {
+  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(path_));
+  db.GetProperty().SetValue(u"ProductName", u"Edited");
+  // Another program rewrites the package in place while it is open.
+  const std::filesystem::path theirs = dir_ / "theirs.msi";
+  writeSmallPackage(theirs, "Theirs", "their payload, longer than ours");
+  writeFileBytes(path_, readFileBytes(theirs));
+  const std::string rewritten = readFileBytes(path_);
+
+  EXPECT_FALSE(db.SaveChanges());
+  EXPECT_EQ(readFileBytes(path_), rewritten);
+  const TalError& refused = db.GetTalError();
+  EXPECT_EQ(refused.GetCode(), 1627u);
+  EXPECT_TRUE(refused.GetText().contains(u"changed on disk")) << refused.GetText().ToUtf8();
+
+  db.Reload();
+  EXPECT_EQ(db.GetProperty().GetValue(u"ProductName"), u"Theirs");
+  EXPECT_EQ(payloadOf(db), "their payload, longer than ours");
+  db.GetProperty().SetValue(u"ProductName", u"Edited");
+  ASSERT_TRUE(db.SaveChanges());
+  db.RemoveFromList(false);
+  ODLEXDatabase& saved = ODLEXDatabase::AddDatabaseToList(text(path_));
+  EXPECT_EQ(saved.GetProperty().GetValue(u"ProductName"), u"Edited");
+  EXPECT_EQ(payloadOf(saved), "their payload, longer than ours");
+}
+
+TEST_F(DatabaseFilesTest, AReadOnlyDatabaseIsNeverWrittenNorAFileNotMadeDeleted) {
+  // A package named like the installer's temporary copy, and a file beside another package
+  // with the temporary copy's name: neither was made by the library.
+  const std::filesystem::path mri = dir_ / "pkg.mri";
+  std::filesystem::copy_file(path_, mri);
+  writeFileBytes(dir_ / "p5.mri", "not ours");
+  for (const std::filesystem::path& package : {path_, mri}) {
+    SCOPED_TRACE(package.string());
+    const std::string before = readFileBytes(package);
+    ODLEXOpenType readOnly(MSIDatabase::ePersistReadOnly);
+    ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package), readOnly);
+    db.Rollback();
+    EXPECT_TRUE(db.IsReadOnly());
+    db.GetProperty().SetValue(u"ProductName", u"Edited");
+    EXPECT_FALSE(db.SaveChanges());
+    db.Close(true);
+    db.RemoveFromList(true);
+    EXPECT_EQ(readFileBytes(package), before);
+  }
+  EXPECT_EQ(readFileBytes(dir_ / "p5.mri"), "not ours");
+}
+
+}  // namespace
+}  // namespace odlex::test
