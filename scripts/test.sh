@@ -11,8 +11,10 @@ echo "== tests under address and undefined-behaviour sanitizers"
 cmake -S . -B build-sanitize -DCMAKE_BUILD_TYPE=Debug -DODLEX_SANITIZE=ON >/dev/null
 cmake --build build-sanitize -j"$jobs"
 ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
-  ctest --test-dir build-sanitize -j"$jobs" --output-on-failure | tee build-sanitize/ctest.log
-passed=$(grep -c ' Passed ' build-sanitize/ctest.log)
+  ctest --test-dir build-sanitize -j"$jobs" --output-on-failure 2>&1 |
+  tee build-sanitize/ctest.log || true
+# Fails the script, naming them, when any test failed or was skipped.
+result=$(scripts/ctest-result.sh build-sanitize/ctest.log) || { echo "$result"; exit 1; }
 
 echo "== optimised build of the library, the tool and the sample package"
 cmake -S . -B build -DCMAKE_BUILD_TYPE=Release -DODLEX_BUILD_TESTS=OFF >/dev/null
@@ -21,4 +23,4 @@ cmake --build build -j"$jobs"
 echo "== fuzzing for ${ODLEX_FUZZ_SECONDS:-30} seconds"
 fuzz/run.sh "${ODLEX_FUZZ_SECONDS:-30}"
 
-echo "tests: $passed passed, 0 failed"
+echo "$result"

@@ -24,18 +24,26 @@ std::unique_ptr<CompoundFileReader> openContainer(const std::filesystem::path& p
 
 }  // namespace
 
-bool copyContainer(const std::filesystem::path& source, const std::filesystem::path& target,
-                   std::uint16_t majorVersion, std::string& error) {
-  auto reader = openContainer(source, error);
-  if (!reader)
-    return false;
+bool editContainer(const std::filesystem::path& source, const std::filesystem::path& target,
+                   const std::function<void(CompoundNode& root)>& edit, std::string& error,
+                   std::uint16_t majorVersion) {
   CompoundNode root;
-  if (!readCompoundTree(*reader, 0, root, error))
-    return false;
+  {
+    auto reader = openContainer(source, error);
+    if (!reader || !readCompoundTree(*reader, 0, root, error))
+      return false;
+  }
+  edit(root);
   std::vector<std::uint8_t> bytes;
   if (!storage::writeCompoundFile(root, bytes, error, majorVersion))
     return false;
   return storage::FileSystem::real().writeFile(target, bytes, error);
+}
+
+bool copyContainer(const std::filesystem::path& source, const std::filesystem::path& target,
+                   std::uint16_t majorVersion, std::string& error) {
+  return editContainer(
+      source, target, [](CompoundNode&) {}, error, majorVersion);
 }
 
 std::optional<std::uint16_t> containerVersion(const std::filesystem::path& package) {

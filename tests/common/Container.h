@@ -4,13 +4,22 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 
+#include "storage/CompoundFile.h"
+
 namespace odlex::test {
 
-// Copies every storage and stream of `source` into a fresh container of the given major
-// version (3 or 4) at `target`, keeping names, class ids, state bits and times.
+// Reads every storage and stream of `source` into a tree, lets `edit` change it, and writes it
+// as a fresh container of the given major version (3 or 4) to `target` (which may be `source`),
+// keeping names, class ids, state bits and times.
+bool editContainer(const std::filesystem::path& source, const std::filesystem::path& target,
+                   const std::function<void(storage::CompoundNode& root)>& edit, std::string& error,
+                   std::uint16_t majorVersion = 3);
+
+// editContainer without an edit.
 bool copyContainer(const std::filesystem::path& source, const std::filesystem::path& target,
                    std::uint16_t majorVersion, std::string& error);
 

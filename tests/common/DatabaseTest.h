@@ -8,20 +8,16 @@
 #include <odlex/support/DebugOutput.h>
 #include <odlex/tables/ODLEXDatabaseError.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "common/Oracle.h"
 #include "common/Packages.h"
+#include "common/PathText.h"
 #include "common/TempDir.h"
 
 namespace odlex::test {
-
-inline TalString text(const std::filesystem::path& path) {
-  return TalString::FromUtf8(path.string());
-}
 
 // The code of the ODLEXDatabaseError that `call` throws, or -1 when it throws nothing.
 template <class Call>
@@ -46,14 +42,12 @@ class DebugCapture {
 };
 
 // Each test has a copy of the package of `kind` (package()), in a folder of its own, and may
-// copy more (copyPackage). Skipped when msitools (or, for wixl packages, wixl) are missing.
+// copy more (copyPackage). Fails when the package cannot be built.
 class DatabaseTest : public ::testing::Test {
  protected:
   explicit DatabaseTest(PackageKind kind = PackageKind::kIdt) : kind_(kind) {}
 
   void SetUp() override {
-    if (!haveMsitools() || (kind_ == PackageKind::kWixl && !haveWixl()))
-      GTEST_SKIP() << "msitools or wixl are not installed";
     package_ = copyPackage(kind_, "package.msi");
     ASSERT_FALSE(package_.empty());
     ODLEXDatabase::INIT();
@@ -76,17 +70,6 @@ class DatabaseTest : public ::testing::Test {
     return copy;
   }
 
-  // The data lines of `table` in `package` as msiinfo exports them (without the three header
-  // lines), in the order msiinfo gives them.
-  static std::vector<std::string> exportedRows(const std::filesystem::path& package,
-                                               const std::string& table) {
-    const ProcessResult exported = msiinfoExport(package, table);
-    EXPECT_TRUE(exported.ok()) << exported.describe();
-    std::vector<std::string> lines = splitLines(exported.out);
-    lines.erase(lines.begin(), lines.begin() + std::min<std::size_t>(3, lines.size()));
-    return lines;
-  }
-
   TempDir dir_;
 
  private:
@@ -96,8 +79,6 @@ class DatabaseTest : public ::testing::Test {
 
 // In a DatabaseTest: opens a further copy of the package of `kind`, named after `db`, in place.
 #define ODLEX_OPEN_PACKAGE(db, kind)                                    \
-  if ((kind) == PackageKind::kWixl && !haveWixl())                      \
-    GTEST_SKIP() << "wixl is not installed";                            \
   const std::filesystem::path db##Path = copyPackage(kind, #db ".msi"); \
   ASSERT_FALSE(db##Path.empty());                                       \
   ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(db##Path))

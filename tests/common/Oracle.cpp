@@ -167,6 +167,15 @@ ProcessResult msiinfoExport(const std::filesystem::path& package, const std::str
                     workingDirectory.empty() ? scratch.path() : workingDirectory);
 }
 
+std::vector<std::string> msiinfoRows(const std::filesystem::path& package,
+                                     const std::string& table) {
+  const ProcessResult exported = msiinfoExport(package, table);
+  EXPECT_TRUE(exported.ok()) << table << ": " << exported.describe();
+  std::vector<std::string> lines = splitLines(exported.out);
+  lines.erase(lines.begin(), lines.begin() + std::min<std::size_t>(3, lines.size()));
+  return lines;
+}
+
 ProcessResult msiinfoTables(const std::filesystem::path& package) {
   return runProcess({"msiinfo", "tables", package.string()});
 }
@@ -248,6 +257,8 @@ std::string readFileBytes(const std::filesystem::path& path) {
 }
 
 void writeFileBytes(const std::filesystem::path& path, std::string_view bytes) {
+  if (path.has_parent_path())
+    std::filesystem::create_directories(path.parent_path());
   std::ofstream out(path, std::ios::binary | std::ios::trunc);
   out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }

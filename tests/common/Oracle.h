@@ -39,6 +39,10 @@ bool haveWixl();
 // folder it runs in: `workingDirectory`, or a scratch folder of the test program.
 ProcessResult msiinfoExport(const std::filesystem::path& package, const std::string& table,
                             const std::filesystem::path& workingDirectory = {});
+// The data lines of `table` as msiinfo exports them (without the three header lines), in
+// msiinfo's order; a failing export fails the test.
+std::vector<std::string> msiinfoRows(const std::filesystem::path& package,
+                                     const std::string& table);
 ProcessResult msiinfoTables(const std::filesystem::path& package);
 ProcessResult msiinfoStreams(const std::filesystem::path& package);
 ProcessResult msiinfoSuminfo(const std::filesystem::path& package);
@@ -62,6 +66,7 @@ std::vector<std::string> sortedLines(std::string_view text);
 
 // The bytes of a file (empty when it cannot be read).
 std::string readFileBytes(const std::filesystem::path& path);
+// Writes `bytes` to `path`, creating its folder when missing.
 void writeFileBytes(const std::filesystem::path& path, std::string_view bytes);
 
 }  // namespace odlex::test

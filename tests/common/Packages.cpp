@@ -1,6 +1,11 @@
 #include "common/Packages.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cstdlib>
 #include <map>
 #include <memory>
 #include <string>
@@ -113,6 +118,35 @@ BuiltPackage build(PackageKind kind, const fs::path& dir) {
   return failed("unknown package kind");
 }
 
+// Builds into a folder of the program's own that lives until the program ends.
+BuiltPackage buildPrivate(PackageKind kind) {
+  static std::vector<std::unique_ptr<TempDir>> dirs;
+  dirs.push_back(std::make_unique<TempDir>());
+  return build(kind, dirs.back()->path());
+}
+
+// The package in the folder that the test programs of one ctest run share: the first program
+// that needs it builds it while the others wait on its lock file.
+BuiltPackage buildShared(PackageKind kind, const fs::path& cache) {
+  const std::string name = packageKindName(kind);
+  std::error_code error;
+  fs::create_directories(cache, error);
+  const int lock = ::open((cache / (name + ".lock")).c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0644);
+  if (lock < 0 || ::flock(lock, LOCK_EX) != 0)
+    return failed("cannot lock " + (cache / name).string());
+  const fs::path shared = cache / (name + ".msi");
+  BuiltPackage package{shared, {}};
+  if (!fs::exists(shared)) {
+    TempDir dir;
+    package = build(kind, dir.path());
+    if (!package.file.empty())
+      package = fs::copy_file(package.file, shared, error) ? BuiltPackage{shared, {}}
+                                                           : failed("cannot copy to " + name);
+  }
+  ::close(lock);
+  return package;
+}
+
 }  // namespace
 
 std::vector<PackageKind> allPackageKinds() {
@@ -141,17 +175,13 @@ void PrintTo(PackageKind kind, std::ostream* out) {
 }
 
 const BuiltPackage& testPackage(PackageKind kind) {
-  // Each package lives in its own folder until the program ends.
-  static std::map<PackageKind, std::pair<std::unique_ptr<TempDir>, BuiltPackage>> built;
+  static std::map<PackageKind, BuiltPackage> built;
   auto found = built.find(kind);
   if (found != built.end())
-    return found->second.second;
-  auto dir = std::make_unique<TempDir>();
-  BuiltPackage package = build(kind, dir->path());
-  auto& slot = built[kind];
-  slot.first = std::move(dir);
-  slot.second = std::move(package);
-  return slot.second;
+    return found->second;
+  const char* cache = std::getenv("ODLEX_PACKAGE_CACHE");
+  return built[kind] =
+             cache != nullptr && *cache != '\0' ? buildShared(kind, cache) : buildPrivate(kind);
 }
 
 fs::path fixturePath(const fs::path& relative) {

@@ -7,7 +7,8 @@
 //   kManyStrings - msibuild from a generated table with more than 70,000 distinct strings,
 //                  which makes libmsi store 3-byte string references
 //   kVersion4    - the kIdt package moved into a version-4 container (4096-byte sectors)
-// Each is built once per test program, on first use, and removed when the program ends.
+// Each is built on first use, once per test program, or, under ctest (which names a shared
+// folder in ODLEX_PACKAGE_CACHE), once per ctest run.
 
 #include <filesystem>
 #include <ostream>

@@ -49,7 +49,7 @@ TEST_F(DatabaseOpenTest, OutputFileOpenWritesOnlyTheOutput) {
   addSearch(db);
   ODLEXDatabase::RemoveDatabaseFromList(text(package()), true);
   EXPECT_EQ(readFileBytes(package()), before);
-  EXPECT_EQ(exportedRows(output, "AppSearch"), std::vector<std::string>{kSearchRow});
+  EXPECT_EQ(msiinfoRows(output, "AppSearch"), std::vector<std::string>{kSearchRow});
 }
 
 TEST_F(DatabaseOpenTest, OutputFileThatIsNotSavedIsRemoved) {
@@ -83,7 +83,7 @@ TEST_F(DatabaseOpenTest, SourceAndOutputOpenCarriesTheStreamsIntoTheOutput) {
   db.SaveChanges();
   db.Close(true);
   EXPECT_EQ(readFileBytes(package()), before);
-  EXPECT_EQ(exportedRows(output, "AppSearch"), std::vector<std::string>{kSearchRow});
+  EXPECT_EQ(msiinfoRows(output, "AppSearch"), std::vector<std::string>{kSearchRow});
   const ProcessResult sourceStreams = msiinfoStreams(package());
   const ProcessResult outputStreams = msiinfoStreams(output);
   ASSERT_TRUE(sourceStreams.ok() && outputStreams.ok()) << outputStreams.describe();

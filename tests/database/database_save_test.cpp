@@ -41,7 +41,7 @@ TEST_F(DatabaseSaveTest, SavedChangesReachTheFileAndTheDatabaseStaysModifiedUnti
   EXPECT_TRUE(db.IsModified());
   EXPECT_TRUE(db.SaveChanges());
   EXPECT_TRUE(db.IsModified());
-  EXPECT_EQ(exportedRows(package(), "AppSearch"), std::vector<std::string>{kSearchRow});
+  EXPECT_EQ(msiinfoRows(package(), "AppSearch"), std::vector<std::string>{kSearchRow});
   db.Close(true);
   EXPECT_FALSE(db.IsModified());
 }
@@ -88,7 +88,7 @@ TEST_F(DatabaseSaveTest, ChangedProductInformationIsWrittenToThePropertyTable) {
   info.manufacturer = TalString();
   db.SetDatabaseInfo(info, nullptr);
   db.SaveChanges();
-  const std::vector<std::string> rows = exportedRows(package(), "Property");
+  const std::vector<std::string> rows = msiinfoRows(package(), "Property");
   auto has = [&](const std::string& row) {
     return std::find(rows.begin(), rows.end(), row) != rows.end();
   };
@@ -180,6 +180,11 @@ TEST_F(RelatedTablesTest, MembersOfATableSetAreWrittenBeforeTheModifiedTable) {
                                            ODLEXTObject::eAppSearch};
   EXPECT_EQ(persisted, expected);
   EXPECT_TRUE(db.GetTableObject(ODLEXTObject::eSignature, false).IsLoaded());
+  // The set is the same however often the database is saved.
+  persisted.clear();
+  db.GetAppSearch().Add(MSIEAppSearch(u"OTHERPROP", u"SearchSig"));
+  db.SaveChanges();
+  EXPECT_EQ(persisted, expected);
 }
 
 }  // namespace

@@ -1,10 +1,11 @@
-// The table objects of a database: one per type, made on first use, loaded on demand; the
-// table sets; and the tables each schema version can hold.
+// The table objects of a database: one per type, made on first use, loaded on demand; and the
+// tables each schema version can hold.
 
 #include <odlex/tables/ODLEXTables.h>
 
 #include "common/DatabaseTest.h"
 #include "database/SchemaTables.h"
+#include "msi/schema/Schema.h"
 
 namespace odlex::test {
 namespace {
@@ -49,47 +50,57 @@ TEST_F(DatabaseTablesTest, ReloadReadsTheRowsAgain) {
   EXPECT_EQ(db.GetAppSearch().GetEntries().entries(), 0u);
 }
 
+// Which tables a schema holds is decided in full by tableFitsSchema (checked against the
+// catalog below); a database goes by the schema it declares.
 TEST_F(DatabaseTablesTest, TablesOfNewerSchemasAreRefusedByOlderDatabases) {
   ODLEXDatabase& schema120 = databaseOfSchema(eSchema120);
   EXPECT_FALSE(ODLEXDatabase::CanCreateTable(ODLEXTObject::eMsiFileHash, schema120));
-  EXPECT_TRUE(schema120.IsTableValid(ODLEXTObject::eSFPCatalog));
   EXPECT_EQ(thrownCode([&] { schema120.GetMsiFileHash(); }), Error::eTableNotInSchema);
   EXPECT_NO_THROW(schema120.GetFileSFPCatalog());
 
   ODLEXDatabase& schema200 = databaseOfSchema(eSchema200);
   EXPECT_TRUE(schema200.IsTableValid(ODLEXTObject::eMsiFileHash));
   EXPECT_NO_THROW(schema200.GetMsiFileHash());
-
-  ODLEXDatabase& schema100 = databaseOfSchema(eSchema100);
-  EXPECT_FALSE(schema100.IsTableValid(ODLEXTObject::eComplus));
-  EXPECT_FALSE(schema100.IsTableValid(ODLEXTObject::eFileSFPCatalog));
-  EXPECT_TRUE(schema100.IsTableValid(ODLEXTObject::eTargetImages));
-  EXPECT_TRUE(schema100.IsTableValid(ODLEXTObject::eComponent));
 }
 
-TEST(SchemaTablesTest, OldestSchemasAlsoRefuseThePatchCreationTables) {
-  for (eSchemaVersion oldest : {eSchemaNone, eSchema30}) {
-    EXPECT_FALSE(database::tableFitsSchema(ODLEXTObject::eTargetImages, oldest));
-    EXPECT_FALSE(database::tableFitsSchema(ODLEXTObject::eUpgrade, oldest));
-    EXPECT_FALSE(database::tableFitsSchema(ODLEXTObject::eMsiAssembly, oldest));
-    EXPECT_TRUE(database::tableFitsSchema(ODLEXTObject::eComponent, oldest));
+// Whether the catalog's table of that name may exist in a database of schema `version`: schemas
+// 100 to 120 hold the tables they introduced and older ones, 30 and undeclared schemas those of
+// 100 except the patch-creation tables, every other schema every table.
+bool catalogAllows(const schema::TableSchema& table, eSchemaVersion version) {
+  switch (version) {
+    case eSchema100:
+    case eSchema110:
+    case eSchema120:
+      return table.sinceSchema <= version;
+    case eSchema30:
+    case eSchemaNone:
+      return table.sinceSchema <= eSchema100 && !table.pcpOnly();
+    default:
+      return true;
   }
-  EXPECT_FALSE(database::tableFitsSchema(ODLEXTObject::eSFPCatalog, eSchema110));
-  EXPECT_TRUE(database::tableFitsSchema(ODLEXTObject::eComplus, eSchema110));
-  EXPECT_TRUE(database::tableFitsSchema(ODLEXTObject::eMsiFileHash, eSchema150));
 }
 
-// Gives the tests the protected start of the table sets.
-struct TableSets : ODLEXDatabase {
-  using ODLEXDatabase::InitRelatedTables;
-};
-
-TEST(TableSetsTest, FileSearchSetHasSixMembersHoweverOftenItIsMade) {
-  TableSets::InitRelatedTables();
-  TableSets::InitRelatedTables();
-  EXPECT_EQ(ODLEXDatabase::related_tables.size(), 6u);
-  EXPECT_EQ(ODLEXDatabase::related_tables.count(eFileSearchTables), 6u);
-  EXPECT_EQ(ODLEXDatabase::related_tables.begin()->second, ODLEXTObject::eAppSearch);
+// Every table type has its table in the schema catalog, and the schema versions and
+// patch-creation flag there agree with the type's attributes and with tableFitsSchema.
+TEST(TableTypes, AgreeWithTheSchemaCatalog) {
+  const eSchemaVersion versions[] = {eSchema30,  eSchema100, eSchema110, eSchema120, eSchema150,
+                                     eSchema200, eSchema300, eSchema301, eSchema400, eSchema405,
+                                     eSchema450, eSchema500, eSchemaNone};
+#define ODLEX_TABLE_TYPE(Table, id, edits, attributes)                                             \
+  {                                                                                                \
+    SCOPED_TRACE(#Table);                                                                          \
+    const schema::TableSchema* table = schema::findTable(u"" #Table);                              \
+    ASSERT_NE(table, nullptr);                                                                     \
+    ODLEXT##Table object;                                                                          \
+    EXPECT_EQ(static_cast<ODLEXTObject&>(object).GetAttributes().IsOnlyInPcp(), table->pcpOnly()); \
+    for (eSchemaVersion version : versions) {                                                      \
+      EXPECT_EQ(database::tableFitsSchema(ODLEXTObject::e##Table, version),                        \
+                catalogAllows(*table, version))                                                    \
+          << "schema " << version;                                                                 \
+    }                                                                                              \
+  }
+#include <odlex/tables/TableTypes.def>
+#undef ODLEX_TABLE_TYPE
 }
 
 }  // namespace

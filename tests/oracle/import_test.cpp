@@ -26,11 +26,6 @@ constexpr std::uint32_t kFixtureCodePage = 1252;
 
 class ImportCommand : public ::testing::Test {
  protected:
-  void SetUp() override {
-    if (!haveMsitools())
-      GTEST_SKIP() << "msitools are not installed";
-  }
-
   // Copies the .idt files of `sources` (and their binary data folders) into the temporary
   // folder, in the fixture code page; returns them in import order.
   std::vector<fs::path> stageIdtFiles(const fs::path& sources) {

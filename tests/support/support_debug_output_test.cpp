@@ -26,9 +26,13 @@ TEST_F(DebugOutputTest, InstalledSinkReceivesLinesUnchanged) {
             (std::vector<TalString>{u"ODLEX: Unable to copy file.\r\n", u"TalMSI: \u00e9\r\n"}));
 }
 
+// Even where the default would write to stderr.
 TEST_F(DebugOutputTest, EmptySinkDropsOutput) {
+  setenv("ODLEX_DEBUG", "1", 1);
   DebugOutput::setSink(nullptr);
-  DebugOutput::write(u"nothing happens");
+  testing::internal::CaptureStderr();
+  DebugOutput::write(u"nothing happens\r\n");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 TEST_F(DebugOutputTest, DefaultWritesUtf8ToStderrOnlyWhenAsked) {

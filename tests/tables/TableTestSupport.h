@@ -1,12 +1,15 @@
 #pragma once
 // Helpers for the tests of table objects: adding rows through a table object, reading what a
-// collector gave, and checking the error records that reference-following lookups throw.
+// collector gave, checking the error records that reference-following lookups throw, and
+// table-driven checks of found-or-throw lookups.
 
 #include <gtest/gtest.h>
 
 #include <odlex/tables/ODLEXTables.h>
 
+#include <functional>
 #include <set>
+#include <span>
 
 #include "common/DatabaseTest.h"
 
@@ -38,6 +41,22 @@ void expectErrorWithEntry(Lookup lookup, ODLEXDatabaseError::eCodeMeaning code,
     EXPECT_EQ(static_cast<ODLEXDatabaseError::eCodeMeaning>(error), code);
     EXPECT_EQ(error.GetType(), type);
     EXPECT_EQ(&static_cast<const MSIEntry&>(error), &entry);
+  }
+}
+
+// A lookup called once for a row that exists and once for one that does not, and the code the
+// second call must throw.
+struct Lookup {
+  std::function<void()> found;
+  std::function<void()> missing;
+  int code;
+};
+
+inline void expectLookups(std::span<const Lookup> lookups) {
+  for (std::size_t i = 0; i < lookups.size(); ++i) {
+    SCOPED_TRACE(testing::Message() << "lookup #" << i << " code " << lookups[i].code);
+    EXPECT_EQ(thrownCode(lookups[i].found), -1);
+    EXPECT_EQ(thrownCode(lookups[i].missing), lookups[i].code);
   }
 }
 

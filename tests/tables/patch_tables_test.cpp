@@ -2,8 +2,6 @@
 // package: families FAM and OTHER, upgraded images U1 (FAM) and U2 (OTHER), target images T1
 // (from U1) and T2 (from U2), and one file "app" of each kind of file row.
 
-#include <functional>
-
 #include "common/DatabaseTest.h"
 #include "tables/TableTestSupport.h"
 
@@ -46,14 +44,6 @@ class PatchTablesTest : public DatabaseTest {
   MSIETargetImages* t1_ = nullptr;
 };
 
-// A lookup called once for a row that exists and once for one that does not, and the code the
-// second call must throw.
-struct Lookup {
-  std::function<void()> found;
-  std::function<void()> missing;
-  int code;
-};
-
 TEST_F(PatchTablesTest, LookupsFindTheirRowOrThrowTheTablesCode) {
   ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
   addImages(db);
@@ -90,11 +80,7 @@ TEST_F(PatchTablesTest, LookupsFindTheirRowOrThrowTheTablesCode) {
       {[&] { db.GetProperties().GetWithName(u"PatchGUID"); },
        [&] { db.GetProperties().GetWithName(u"PatchGuid"); }, 71},
   };
-  for (const Lookup& lookup : lookups) {
-    SCOPED_TRACE(testing::Message() << "lookup #" << &lookup - lookups << " code " << lookup.code);
-    EXPECT_EQ(thrownCode(lookup.found), -1);
-    EXPECT_EQ(thrownCode(lookup.missing), lookup.code);
-  }
+  expectLookups(lookups);
   EXPECT_EQ(&families.GetWithMediaSrcPropName(u"FAMSRC"), fam_);
   EXPECT_EQ(&targets.GetWithUpgraded(u"U1"), t1_);
 }

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "common/Container.h"
 #include "common/Oracle.h"
 #include "common/TempDir.h"
 #include "msi/engine/Database.h"
@@ -146,19 +147,15 @@ std::filesystem::path packageWithOrphanStream(const test::TempDir& dir) {
   Error error;
   EXPECT_TRUE(db->createTable(u"Kept", {Column{u"Key", kText | kKey | 72}}, error));
   EXPECT_EQ(db->commit(error), kSuccess) << error.text;
-  std::string reason;
-  auto reader = storage::CompoundFileReader::open(
-      storage::FileSystem::real().openRead(dir / "base.msi", reason), reason);
-  storage::CompoundNode root;
-  EXPECT_TRUE(storage::readCompoundTree(*reader, 0, root, reason)) << reason;
-  storage::CompoundNode orphan;
-  orphan.name = *storage::encodeStreamName(u"Orphan", true);
-  orphan.data = {1, 0, 2, 0};
-  root.children.push_back(orphan);
-  std::vector<std::uint8_t> image;
-  EXPECT_TRUE(storage::writeCompoundFile(root, image, reason)) << reason;
   const auto path = dir / "orphan.msi";
-  EXPECT_TRUE(storage::FileSystem::real().writeFile(path, image, reason)) << reason;
+  std::string reason;
+  const auto addOrphan = [](storage::CompoundNode& root) {
+    storage::CompoundNode orphan;
+    orphan.name = *storage::encodeStreamName(u"Orphan", true);
+    orphan.data = {1, 0, 2, 0};
+    root.children.push_back(orphan);
+  };
+  EXPECT_TRUE(test::editContainer(dir / "base.msi", path, addOrphan, reason)) << reason;
   return path;
 }
 

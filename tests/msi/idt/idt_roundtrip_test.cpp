@@ -4,9 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <sstream>
-
+#include "common/Oracle.h"
 #include "common/TempDir.h"
 #include "msi/engine/Database.h"
 #include "msi/idt/FieldText.h"
@@ -18,18 +16,6 @@ namespace {
 namespace ct = engine::column_type;
 using engine::Column;
 using engine::Database;
-
-std::string readFile(const std::filesystem::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream content;
-  content << in.rdbuf();
-  return content.str();
-}
-
-void writeFile(const std::filesystem::path& path, std::string_view text) {
-  std::filesystem::create_directories(path.parent_path());
-  std::ofstream(path, std::ios::binary) << text;
-}
 
 class IdtRoundTrip : public ::testing::Test {
  protected:
@@ -99,13 +85,15 @@ class IdtRoundTrip : public ::testing::Test {
     EXPECT_EQ(importFrom(*copy, first), engine::kSuccess) << lastError_.text;
     EXPECT_EQ(copy->codePage(), db.codePage());
     exportTo(*copy, table, second);
-    const std::string text = readFile(first);
-    EXPECT_EQ(text, readFile(second));
+    const std::string text = test::readFileBytes(first);
+    EXPECT_EQ(text, test::readFileBytes(second));
     for (const auto& entry : std::filesystem::recursive_directory_iterator(dir_ / "first")) {
       const auto relative = std::filesystem::relative(entry.path(), dir_ / "first");
       EXPECT_TRUE(std::filesystem::exists(dir_ / "second" / relative)) << relative;
       if (entry.is_regular_file()) {
-        EXPECT_EQ(readFile(entry.path()), readFile(dir_ / "second" / relative)) << relative;
+        EXPECT_EQ(test::readFileBytes(entry.path()),
+                  test::readFileBytes(dir_ / "second" / relative))
+            << relative;
       }
     }
     return text;
@@ -130,7 +118,8 @@ TEST_F(IdtRoundTrip, WritesHeaderRowsSortedByKeyAndEscapes) {
             "a\t-3\t2147483647\ty\t\t\r\n"
             "a\t10\t-5\tx\topt\ta.10.ibd\r\n"
             "b\t2\t\tline1\x11\x19line2\x10tab\t\t\r\n");
-  EXPECT_EQ(readFile(dir_ / "first" / "AllTypes" / "a.10.ibd"), std::string("BIN\0\1", 5));
+  EXPECT_EQ(test::readFileBytes(dir_ / "first" / "AllTypes" / "a.10.ibd"),
+            std::string("BIN\0\1", 5));
 }
 
 TEST_F(IdtRoundTrip, NonAsciiTextIsTaggedWithTheCodePage) {
@@ -204,14 +193,14 @@ TEST_F(IdtRoundTrip, ForceCodepagePseudoTable) {
   auto db = newDatabase(932);
   const std::string text = roundTrip(*db, kForceCodepageTable);
   EXPECT_EQ(text, "\r\n\r\n932\t_ForceCodepage\r\n");
-  writeFile(dir_ / "cp.idt", "\r\n\r\n1251\t_ForceCodepage\r\n");
+  test::writeFileBytes(dir_ / "cp.idt", "\r\n\r\n1251\t_ForceCodepage\r\n");
   EXPECT_EQ(importFrom(*db, dir_ / "cp.idt"), engine::kSuccess) << lastError_.text;
   EXPECT_EQ(db->codePage(), 1251u);
   // msiinfo ends the file with a NUL byte; what follows line 3 does not matter.
-  writeFile(dir_ / "cp.idt", std::string("\r\n\r\n1250\t_ForceCodepage\r\n\0", 25));
+  test::writeFileBytes(dir_ / "cp.idt", std::string("\r\n\r\n1250\t_ForceCodepage\r\n\0", 25));
   EXPECT_EQ(importFrom(*db, dir_ / "cp.idt"), engine::kSuccess) << lastError_.text;
   EXPECT_EQ(db->codePage(), 1250u);
-  writeFile(dir_ / "cp.idt", "\r\n\r\n4242\t_ForceCodepage\r\n");
+  test::writeFileBytes(dir_ / "cp.idt", "\r\n\r\n4242\t_ForceCodepage\r\n");
   EXPECT_EQ(importFrom(*db, dir_ / "cp.idt"), engine::kFunctionFailed);
   EXPECT_EQ(db->codePage(), 1250u);
 }
@@ -239,13 +228,14 @@ TEST_F(IdtRoundTrip, SummaryInformationPseudoTable) {
             "12\t1999/03/22 15:25:45\r\n"
             "15\t2\r\n");
 
-  writeFile(
+  test::writeFileBytes(
       dir_ / "s.idt",
       "PropertyId\tValue\r\ni2\tl255\r\n_SummaryInformation\tPropertyId\r\n13\tyesterday\r\n");
   EXPECT_EQ(importFrom(*db, dir_ / "s.idt"), engine::kFunctionFailed);
   EXPECT_NE(lastError_.text.find("s.idt:4: field 2"), std::string::npos) << lastError_.text;
-  writeFile(dir_ / "s.idt",
-            "PropertyId\tValue\r\ni2\tl255\r\n_SummaryInformation\tPropertyId\r\n17\tx\r\n");
+  test::writeFileBytes(
+      dir_ / "s.idt",
+      "PropertyId\tValue\r\ni2\tl255\r\n_SummaryInformation\tPropertyId\r\n17\tx\r\n");
   EXPECT_EQ(importFrom(*db, dir_ / "s.idt"), engine::kFunctionFailed);
   EXPECT_EQ(db->summary()->properties.size(), 5u) << "a failed import changes nothing";
 }
@@ -254,7 +244,7 @@ TEST_F(IdtRoundTrip, ImportReplacesAnExistingTable) {
   auto db = newDatabase();
   engine::Table& table = makeAllTypes(*db);
   addRow(*db, table, u"old", 1, 1, u"x", u"", {'o'});
-  writeFile(dir_ / "t.idt", "K\tOther\r\ns72\tI2\r\nAllTypes\tK\r\nnew\t5\r\n");
+  test::writeFileBytes(dir_ / "t.idt", "K\tOther\r\ns72\tI2\r\nAllTypes\tK\r\nnew\t5\r\n");
   ASSERT_EQ(importFrom(*db, dir_ / "t.idt"), engine::kSuccess) << lastError_.text;
   const engine::Table* replaced = db->findTable(u"AllTypes");
   ASSERT_TRUE(replaced);
@@ -268,9 +258,10 @@ TEST_F(IdtRoundTrip, MergeReplacesRowsWithTheSameKey) {
   engine::Table& table = makeAllTypes(*db);
   addRow(*db, table, u"a", 1, 1, u"old", u"", {'o'});
   addRow(*db, table, u"b", 1, 1, u"kept", u"", {});
-  writeFile(dir_ / "t.idt",
-            "K\tN\tLong\tLoc\tOpt\tData\r\ns72\ti2\tI4\tl0\tS20\tV0\r\nAllTypes\tK\tN\r\n"
-            "a\t1\t\tnew\t\t\r\nc\t1\t3\tadded\t\t\r\n");
+  test::writeFileBytes(
+      dir_ / "t.idt",
+      "K\tN\tLong\tLoc\tOpt\tData\r\ns72\ti2\tI4\tl0\tS20\tV0\r\nAllTypes\tK\tN\r\n"
+      "a\t1\t\tnew\t\t\r\nc\t1\t3\tadded\t\t\r\n");
   ImportOptions merge;
   merge.mode = ImportMode::kMergeRows;
   ASSERT_EQ(importFrom(*db, dir_ / "t.idt", merge), engine::kSuccess) << lastError_.text;
@@ -282,7 +273,7 @@ TEST_F(IdtRoundTrip, MergeReplacesRowsWithTheSameKey) {
       << exported.text;
   EXPECT_FALSE(db->hasStream(u"AllTypes.a.1"));
 
-  writeFile(dir_ / "u.idt", "K\tN\r\ns72\ti4\r\nAllTypes\tK\r\na\t1\r\n");
+  test::writeFileBytes(dir_ / "u.idt", "K\tN\r\ns72\ti4\r\nAllTypes\tK\r\na\t1\r\n");
   EXPECT_EQ(importFrom(*db, dir_ / "u.idt", merge), engine::kDatatypeMismatch);
 }
 
@@ -314,7 +305,7 @@ TEST_F(IdtRoundTrip, CatalogTablesExportButDoNotImport) {
   ASSERT_EQ(exportTableText(*db, u"_Tables", exported, error), engine::kSuccess) << error.text;
   EXPECT_NE(exported.text.find("\r\nAllTypes\r\n"), std::string::npos) << exported.text;
   EXPECT_EQ(exportTableText(*db, u"Missing", exported, error), engine::kInvalidTable);
-  writeFile(dir_ / "t.idt", exported.text);
+  test::writeFileBytes(dir_ / "t.idt", exported.text);
   EXPECT_EQ(importFrom(*db, dir_ / "t.idt"), engine::kInvalidTable);
 }
 

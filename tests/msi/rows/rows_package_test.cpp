@@ -15,6 +15,7 @@
 #include "common/Oracle.h"
 #include "common/PackageTest.h"
 #include "common/Packages.h"
+#include "common/PathText.h"
 #include "common/TempDir.h"
 #include "msi/schema/Schema.h"
 
@@ -22,10 +23,6 @@ namespace odlex::test {
 namespace {
 
 namespace fs = std::filesystem;
-
-TalString text(const fs::path& path) {
-  return TalString::FromUtf8(path.string());
-}
 
 // A row as msiinfo exports it: the catalog's columns joined with tabs, null as empty.
 std::string exportLine(const MSIEntry& row) {
@@ -104,10 +101,7 @@ class RowsEditTest : public PackageCopyTest {
   void SetUp() override { copyPackage(PackageKind::kIdt); }
 
   std::vector<std::string> exported(const std::string& table) {
-    const ProcessResult result = msiinfoExport(package_, table);
-    EXPECT_TRUE(result.ok()) << result.describe();
-    std::vector<std::string> lines = splitLines(result.out);
-    lines.erase(lines.begin(), lines.begin() + std::min<std::size_t>(3, lines.size()));
+    std::vector<std::string> lines = msiinfoRows(package_, table);
     std::sort(lines.begin(), lines.end());
     return lines;
   }

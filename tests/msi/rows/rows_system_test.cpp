@@ -13,9 +13,11 @@
 #include <string>
 #include <vector>
 
+#include "common/Container.h"
 #include "common/Oracle.h"
-#include "common/Packages.h"
 #include "common/PackageTest.h"
+#include "common/Packages.h"
+#include "common/PathText.h"
 #include "common/TempDir.h"
 #include "msi/engine/Database.h"
 #include "storage/CompoundFile.h"
@@ -25,10 +27,6 @@ namespace odlex::test {
 namespace {
 
 namespace fs = std::filesystem;
-
-TalString text(const fs::path& path) {
-  return TalString::FromUtf8(path.string());
-}
 
 template <typename Row>
 std::vector<std::string> sortedNames(const MSITable& table) {
@@ -101,20 +99,17 @@ class SystemTablesTest : public PackageCopyTest {
   void editSummaryStream(Edit edit) {
     db_.reset();
     std::string error;
-    auto reader = storage::CompoundFileReader::open(
-        storage::FileSystem::real().openRead(package_, error), error);
-    ASSERT_TRUE(reader) << error;
-    storage::CompoundNode root;
-    ASSERT_TRUE(storage::readCompoundTree(*reader, 0, root, error)) << error;
-    auto summary = std::find_if(root.children.begin(), root.children.end(), [](const auto& child) {
-      return child.name == u"\005SummaryInformation";
-    });
-    ASSERT_NE(summary, root.children.end());
-    edit(root.children, summary);
-    reader.reset();
-    std::vector<std::uint8_t> image;
-    ASSERT_TRUE(storage::writeCompoundFile(root, image, error)) << error;
-    writeFileBytes(package_, std::string(image.begin(), image.end()));
+    ASSERT_TRUE(editContainer(
+        package_, package_,
+        [&](storage::CompoundNode& root) {
+          auto summary = std::find_if(
+              root.children.begin(), root.children.end(),
+              [](const auto& child) { return child.name == u"\005SummaryInformation"; });
+          ASSERT_NE(summary, root.children.end());
+          edit(root.children, summary);
+        },
+        error))
+        << error;
     reopen();
   }
 
