@@ -62,14 +62,66 @@ void ODLEXTProperty::AddValue(const TalString& name, const TalString& value) {
   SetValue(name, TalString(list.empty() ? value.u16() : list + u";" + value.u16()));
 }
 
-TalString ODLEXTProperty::Expand(const TalString& text) {
-  return MSITranslate::Translate(text, [this](const std::u16string& name, std::u16string& value) {
-    const MSIEProperty* row = live(TalString(name));
-    if (!row)
+namespace {
+
+// The long name of a "short|long" file name.
+std::u16string longName(const TalString& fileName) {
+  const std::u16string& name = fileName.u16();
+  const std::size_t bar = name.find(u'|');
+  return bar == std::u16string::npos ? name : name.substr(bar + 1);
+}
+
+// The target folder of the component `key` as the Directory table gives it
+// ("[ProgramFilesFolder]Vendor\"); empty when the component or its folder cannot be found.
+std::u16string componentFolder(ODLEXDatabase& db, const TalString& key) {
+  const MSIEComponent* component = db.GetComponent().Lookup(key);
+  const MSIEDirectory* folder =
+      component ? db.GetDirectory().Lookup(component->GetDirectoryID()) : nullptr;
+  return folder ? folder->GetTargetPath(true, false, false).u16() : std::u16string();
+}
+
+}  // namespace
+
+bool ODLEXTProperty::ExpandReference(const std::u16string& reference, std::u16string& value) {
+  if (reference.empty())
+    return false;
+  // Files and components are looked up through the database the table was loaded for.
+  if (!IsLoaded() &&
+      (reference.front() == u'#' || reference.front() == u'!' || reference.front() == u'$'))
+    return false;
+  const TalString key(reference.substr(1));
+  switch (reference.front()) {
+    case u'#':
+    case u'!': {
+      const MSIEFile* file = GetDatabase().GetFile().Lookup(key);
+      const std::u16string folder =
+          file ? componentFolder(GetDatabase(), file->GetComponent()) : std::u16string();
+      if (folder.empty())
+        return false;
+      value = folder + longName(file->GetFileName());
+      return true;
+    }
+    case u'$':
+      value = componentFolder(GetDatabase(), key);
+      return !value.empty();
+    case u'%':
+    case u'~':
       return false;
-    value = row->GetValue().u16();
-    return true;
-  });
+    default: {
+      const MSIEProperty* row = live(TalString(reference));
+      if (!row)
+        return false;
+      value = row->GetValue().u16();
+      return true;
+    }
+  }
+}
+
+TalString ODLEXTProperty::Expand(const TalString& text) {
+  return MSITranslate::Translate(text,
+                                 [this](const std::u16string& reference, std::u16string& value) {
+                                   return ExpandReference(reference, value);
+                                 });
 }
 
 MSITranslate& ODLEXTProperty::GetTranslator() {

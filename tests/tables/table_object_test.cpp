@@ -194,9 +194,6 @@ TEST_F(TableObjectTest, PropertiesByNameAndTheirTranslation) {
   }
 
   properties.SetValue(u"VENDOR", u"Acme");
-  properties.SetValue(u"APPDIR", u"[ProgramFilesFolder][VENDOR]\\App");
-  EXPECT_EQ(properties.Expand(u"[APPDIR]\\bin [SourceDir]"),
-            u"[ProgramFilesFolder]Acme\\App\\bin [SourceDir]");
   EXPECT_EQ(properties.TranslateVars(u"[VENDOR]"), u"Acme");
   EXPECT_EQ(properties.UnFormatVars(u"by Acme"), u"by [VENDOR]");
 

@@ -2,11 +2,13 @@
 // MSITranslate: a table of variables (property names and their values) that turns formatted
 // text into plain text and back.
 //
-// Translate replaces every reference "[NAME]" whose NAME is a variable by its value; the result
-// is translated again, so values may refer to other variables, up to kMaxPasses times (a cycle
-// of references therefore ends, leaving the references of the last pass in place). References
-// to names that are not variables stay as written, and "[\c]" gives the character c itself (the
-// installer's escape for brackets).
+// Translate formats text as the installer formats it: every reference "[NAME]" whose NAME is
+// a variable is replaced by its value, and the value is never formatted again (a value holding
+// "[OTHER]" keeps it as it is). References nest and are replaced from the inside out, so
+// "[[PD]]" is the value of the variable that PD names. "[\c]" in the text gives the character c
+// itself (the installer's escape for brackets); escapes inside values stay as they are. A
+// reference to a name that is not a variable, and a "[" never closed, stay as written. Nesting
+// deeper than kMaxNesting is read as plain text.
 //
 // UnFormat is the way back, for showing a path in the form a package holds it: wherever the
 // value of a variable occurs in the text (exact case), it is replaced by "[NAME]", longer values
@@ -21,7 +23,7 @@
 
 class MSITranslate {
  public:
-  static constexpr int kMaxPasses = 16;
+  static constexpr std::size_t kMaxNesting = 32;
 
   void Clear() { variables_.clear(); }
   void SetVariable(const TalString& name, const TalString& value);
@@ -34,7 +36,9 @@ class MSITranslate {
   TalString UnFormat(const TalString& text) const;
 
   // Translate with the variables given by `lookup` (true and the value for a known name), for
-  // callers that keep their variables elsewhere.
+  // callers that keep their variables elsewhere. The lookup is given everything between the
+  // brackets, so it also sees the installer's other forms ("#File", "$Component", "!File",
+  // "%ENVIRONMENT", "~") and decides which of them it can answer.
   using Lookup = std::function<bool(const std::u16string& name, std::u16string& value)>;
   static TalString Translate(const TalString& text, const Lookup& lookup);
 

@@ -23,8 +23,15 @@ class ODLEXTProperty : public ODLEXTRowTable<ODLEXTProperty, ODLEXTObject::eProp
   // Adds `value` to the ";"-separated list held by `name` (SecureCustomProperties, say), unless
   // the list holds it already (exact comparison); sets the property when it is not set.
   void AddValue(const TalString& name, const TalString& value);
-  // `text` with every "[Name]" of a property set in the table replaced by its value (from the
-  // rows as they are now); references to other names stay as written.
+  // `text` formatted as the installer formats it (MSITranslate::Translate), from the rows as
+  // they are now. Of the installer's forms, those the package answers are replaced:
+  //   [Name]        the value of a property set in the table (never formatted again);
+  //   [#File] [!File]  the target path of the file: its component's folder as the Directory
+  //                 table gives it ("[ProgramFilesFolder]Vendor\") and its long name;
+  //   [$Component]  the component's folder, in the same form.
+  // Those the installation answers stay as written: [%Name] (an environment variable of the
+  // machine), [~] (a null character), properties not set, and files, components or folders
+  // that the package does not hold.
   TalString Expand(const TalString& text);
 
   // The translator of the lower-layer table: the property values as loaded by InitVars.
@@ -46,4 +53,7 @@ class ODLEXTProperty : public ODLEXTRowTable<ODLEXTProperty, ODLEXTObject::eProp
  private:
   // The live row of `name`, or null.
   MSIEProperty* live(const TalString& name);
+  // The value of one reference of Expand (what stands between its brackets); false when it
+  // stays as written.
+  bool ExpandReference(const std::u16string& reference, std::u16string& value);
 };

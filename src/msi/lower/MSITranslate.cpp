@@ -7,44 +7,16 @@
 
 namespace {
 
-// One pass over `text`: references to known names replaced. Escapes are kept as they are, or
-// resolved with `resolveEscapes` (the last pass, so that an escaped bracket is never read as
-// part of a reference). Sets `changed` when a reference was replaced.
-std::u16string translateOnce(const std::u16string& text, const MSITranslate::Lookup& lookup,
-                             bool resolveEscapes, bool& changed) {
-  std::u16string out;
-  out.reserve(text.size());
-  std::size_t at = 0;
-  while (at < text.size()) {
-    const std::size_t open = text.find(u'[', at);
-    if (open == std::u16string::npos)
-      break;
-    // "[\c]" is the character c, whatever it is (brackets included).
-    if (open + 3 < text.size() && text[open + 1] == u'\\' && text[open + 3] == u']') {
-      out.append(text, at, open - at);
-      if (resolveEscapes)
-        out += text[open + 2];
-      else
-        out.append(text, open, 4);
-      at = open + 4;
-      continue;
-    }
-    const std::size_t close = text.find(u']', open + 1);
-    if (close == std::u16string::npos)
-      break;
-    out.append(text, at, open - at);
-    const std::u16string name = text.substr(open + 1, close - open - 1);
-    std::u16string value;
-    if (lookup(name, value)) {
-      out += value;
-      changed = true;
-    } else {
-      out.append(text, open, close - open + 1);
-    }
-    at = close + 1;
-  }
-  out.append(text, at, std::u16string::npos);
-  return out;
+// An open "[" waiting for its "]": where it stands in the text, and its contents so far, with
+// the references nested in it already replaced.
+struct OpenReference {
+  std::size_t at;
+  std::u16string contents;
+};
+
+// "[\c]" at `at`: the installer's escape for the character c.
+bool isEscape(const std::u16string& text, std::size_t at) {
+  return at + 3 < text.size() && text[at + 1] == u'\\' && text[at + 3] == u']';
 }
 
 }  // namespace
@@ -75,17 +47,37 @@ TalString MSITranslate::Translate(const TalString& text) const {
   });
 }
 
+// One pass from left to right. An inner reference is replaced when its "]" is met, so the
+// outer one sees its value in its name; a value put in is never read again.
 TalString MSITranslate::Translate(const TalString& text, const Lookup& lookup) {
-  std::u16string current = text.u16();
-  for (int pass = 0; pass < kMaxPasses; ++pass) {
-    bool changed = false;
-    current = translateOnce(current, lookup, false, changed);
-    if (!changed)
-      break;
+  const std::u16string& in = text.u16();
+  std::u16string out;
+  out.reserve(in.size());
+  std::vector<OpenReference> open;
+  const auto sink = [&]() -> std::u16string& { return open.empty() ? out : open.back().contents; };
+  for (std::size_t at = 0; at < in.size(); ++at) {
+    const char16_t c = in[at];
+    if (c == u'[' && isEscape(in, at)) {
+      sink() += in[at + 2];
+      at += 3;
+    } else if (c == u'[' && open.size() < kMaxNesting) {
+      open.push_back({at, {}});
+    } else if (c == u']' && !open.empty()) {
+      const OpenReference reference = std::move(open.back());
+      open.pop_back();
+      std::u16string value;
+      if (lookup(reference.contents, value))
+        sink() += value;
+      else
+        sink().append(in, reference.at, at - reference.at + 1);
+    } else {
+      sink() += c;
+    }
   }
-  bool changed = false;
-  const auto noVariables = [](const std::u16string&, std::u16string&) { return false; };
-  return TalString(translateOnce(current, noVariables, true, changed));
+  // A "[" never closed, and everything after it, stays as written.
+  if (!open.empty())
+    out.append(in, open.front().at, std::u16string::npos);
+  return TalString(out);
 }
 
 TalString MSITranslate::UnFormat(const TalString& text) const {

@@ -4,6 +4,9 @@
 
 #include <odlex/msi/MSITranslate.h>
 
+#include <string>
+#include <vector>
+
 namespace odlex::test {
 namespace {
 
@@ -12,26 +15,42 @@ MSITranslate folders() {
   translate.SetVariable(u"ProgramFilesFolder", u"C:\\Program Files\\");
   translate.SetVariable(u"INSTALLDIR", u"[ProgramFilesFolder]Vendor\\");
   translate.SetVariable(u"Empty", u"");
+  translate.SetVariable(u"PA", u"[PB]");
+  translate.SetVariable(u"PB", u"x");
+  translate.SetVariable(u"PC", u"a[\\[]b");
+  translate.SetVariable(u"PD", u"PB");
   return translate;
 }
 
-TEST(Translate, ReferencesExpandThroughOtherVariablesAndUnknownOnesStay) {
+TEST(Translate, FormatsAsTheInstallerFormats) {
   const MSITranslate translate = folders();
-  EXPECT_EQ(translate.Translate(u"[INSTALLDIR]bin\\[Unknown]"),
-            u"C:\\Program Files\\Vendor\\bin\\[Unknown]");
-  EXPECT_EQ(translate.Translate(u"[\\[]INSTALLDIR[\\]][INSTALLDIR]"),
-            u"[INSTALLDIR]C:\\Program Files\\Vendor\\")
-      << "escapes give the bracket itself, which is not read again";
-  EXPECT_EQ(translate.Translate(u"a[Empty]b[unclosed"), u"ab[unclosed");
-  EXPECT_EQ(translate.Translate(u"[installdir]"), u"[installdir]") << "names are case-sensitive";
-}
-
-TEST(Translate, ACycleOfReferencesEnds) {
-  MSITranslate translate;
-  translate.SetVariable(u"A", u"x[B]");
-  translate.SetVariable(u"B", u"[A]");
-  const std::u16string result = translate.Translate(u"[A]").u16();
-  EXPECT_EQ(result.substr(0, MSITranslate::kMaxPasses / 2), std::u16string(8, u'x'));
+  const std::u16string deep = std::u16string(40, u'[') + u"PB" + std::u16string(40, u']');
+  struct Case {
+    std::u16string text;
+    std::u16string formatted;
+  };
+  for (const Case& c : std::vector<Case>{
+           {u"[PB]-[PB]", u"x-x"},
+           // A value is inserted once and never formatted again, escapes in it included.
+           {u"[PA]", u"[PB]"},
+           {u"[INSTALLDIR]bin", u"[ProgramFilesFolder]Vendor\\bin"},
+           {u"[PC]", u"a[\\[]b"},
+           // Nested references are resolved from the inside out.
+           {u"[[PD]]", u"x"},
+           {u"[[Unknown]]", u"[[Unknown]]"},
+           // Escapes in the text give the character, which is not read again.
+           {u"[\\[]PB[\\]][PB]", u"[PB]x"},
+           {u"[\\x]", u"x"},
+           // Unknown names, other forms and broken brackets stay as written.
+           {u"[Unknown] [pb] []", u"[Unknown] [pb] []"},
+           {u"[#File] [!File] [$Component] [%PATH] [~]",
+            u"[#File] [!File] [$Component] [%PATH] [~]"},
+           {u"a[Empty]b]c[unclosed [PB]", u"ab]c[unclosed [PB]"},
+           {deep, deep},
+       }) {
+    SCOPED_TRACE(TalString(c.text).ToUtf8());
+    EXPECT_EQ(translate.Translate(TalString(c.text)).u16(), c.formatted);
+  }
 }
 
 TEST(Translate, UnFormatPrefersTheLongestValue) {
