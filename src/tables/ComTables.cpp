@@ -98,9 +98,20 @@ RWBTree& ODLEXTClass::GetClasses(RWBTree& out, const MSIEComponent& component) {
   return collectRowsOfComponent(GetEntries(), out, component);
 }
 
+// A version-independent ProgId names no class of its own: it is registered under the class of
+// its parent, which may itself name its parent. The chain is followed as far as the table has
+// rows, and never round a cycle.
 MSIEClass& ODLEXTProgId::GetClass(const MSIEProgId& row) {
-  return followReference(GetDatabase().GetClass().LookupWithID(row.GetClass()), kType, row,
-                         ODLEXDatabaseError::eClassNotFound);
+  const MSIEProgId* current = &row;
+  for (std::size_t step = 0; current && step <= GetEntries().entries(); ++step) {
+    if (!current->GetClass().isNull())
+      return followReference(GetDatabase().GetClass().LookupWithID(current->GetClass()), kType, row,
+                             ODLEXDatabaseError::eClassNotFound);
+    if (current->GetProgIdParent().isNull())
+      break;
+    current = Lookup(current->GetProgIdParent());
+  }
+  throw ODLEXDatabaseErrorWithEntry(kType, row, ODLEXDatabaseError::eClassNotFound);
 }
 
 MSIEIcon& ODLEXTProgId::GetIcon(const MSIEProgId& row) {
@@ -114,14 +125,16 @@ RWBTree& ODLEXTTypeLib::GetTypeLibs(RWBTree& out, const MSIEComponent& component
 
 NullableLong ODLEXTTypeLib::GetVersionNullable(const MSIETypeLib& row) {
   const NullableLong version = row.GetVersion();
-  if (version.IsNull() || version.Get() < 0 || version.Get() > kMaxVersion)
+  if (!version.IsNull() && (version.Get() < 0 || version.Get() > kMaxVersion))
     throw ODLEXDatabaseError(ODLEXDatabaseError::eTypeLibVersionFailed);
   return version;
 }
 
 TalString ODLEXTTypeLib::GetVersionString(const MSIETypeLib& row) {
-  const long version = GetVersionNullable(row).Get();
-  return TalString::Format(u"%d.%d", version >> 8, version & 0xFF);
+  const NullableLong version = GetVersionNullable(row);
+  if (version.IsNull())
+    return TalString();
+  return TalString::Format(u"%d.%d", version.Get() >> 8, version.Get() & 0xFF);
 }
 
 MSIEMIME& ODLEXTMIME::GetMIMEWithID(const TalString& contentType) {

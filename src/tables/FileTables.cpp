@@ -13,11 +13,14 @@ MSIEIcon& ODLEXTIcon::GetIconWithIconID(const TalString& iconID) {
   return FindOrThrow(GetTable().Find(iconID), ODLEXDatabaseError::eIconNotFound);
 }
 
+// Only the data held in memory can have come from a file: the package's streams are not read.
 MSIEIcon& ODLEXTIcon::GetIconWithSourceFile(const TalString& sourceFile) {
-  for (RWCollectable* item : GetEntries()) {
-    auto* row = static_cast<MSIEIcon*>(item);
-    if (!row->IsDeleted() && row->GetData().GetBinaryFile() == sourceFile)
-      return *row;
+  if (!sourceFile.u16().empty()) {
+    for (RWCollectable* item : GetEntries()) {
+      auto* row = static_cast<MSIEIcon*>(item);
+      if (!row->IsDeleted() && row->GetBinarySourceFile(u"Data") == sourceFile)
+        return *row;
+    }
   }
   throw ODLEXDatabaseError(ODLEXDatabaseError::eIconNotFound);
 }
@@ -72,6 +75,12 @@ RWBTree& ODLEXTDuplicateFile::GetDuplicateFiles(RWBTree& out, const MSIEComponen
 
 RWBTree& ODLEXTRemoveFile::GetRemoveFiles(RWBTree& out, const MSIEComponent& component) {
   return collectRowsOfComponent(GetEntries(), out, component);
+}
+
+void ODLEXTRemoveFile::init(MSIERemoveFile& row, const MSIEComponent& component) {
+  row.SetComponent(component.GetComponentID());
+  row.SetDirProperty(component.GetDirectoryID());
+  row.SetInstallMode(eRemoveOnUninstall);
 }
 
 RWBTree& ODLEXTIsolatedComponent::GetEntries(RWBTree& out, const MSIEComponent& component) {

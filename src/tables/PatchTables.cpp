@@ -93,19 +93,54 @@ MSIETargetFiles_OptionalData& ODLEXTTargetFiles_OptionalData::GetWithTarget(
                      ODLEXDatabaseError::eTargetFilesOptionalDataNotFound);
 }
 
-RWBTree& ODLEXTUpgradedFilesToIgnore::GetEntries(RWBTree& out, const MSIEUpgradedImages& upgraded) {
-  return collectRowsWithValue(GetEntries(), out, &MSIEUpgradedFilesToIgnore::GetUpgraded,
-                              upgraded.GetUpgraded());
+namespace {
+
+constexpr char16_t kEveryImage[] = u"*";
+
+// Whether the FTK `pattern` names the file key `ftk`: the same key, or a prefix of it followed
+// by "*".
+bool namesFile(const TalString& pattern, const TalString& ftk) {
+  const std::u16string& text = pattern.u16();
+  if (!text.empty() && text.back() == u'*')
+    return ftk.u16().starts_with(std::u16string_view(text).substr(0, text.size() - 1));
+  return text == ftk.u16();
 }
 
+}  // namespace
+
+RWBTree& ODLEXTUpgradedFilesToIgnore::GetEntries(RWBTree& out, const MSIEUpgradedImages& upgraded) {
+  for (RWCollectable* item : GetEntries()) {
+    const auto* row = static_cast<const MSIEUpgradedFilesToIgnore*>(item);
+    if (!row->IsDeleted() &&
+        (row->GetUpgraded() == upgraded.GetUpgraded() || row->GetUpgraded() == kEveryImage))
+      out.insert(item);
+  }
+  return out;
+}
+
+// The most particular row wins: this image before every image, then the file's own key before
+// the longest prefix that covers it.
 MSIEUpgradedFilesToIgnore& ODLEXTUpgradedFilesToIgnore::GetEntry(const TalString& upgraded,
                                                                  const TalString& ftk) {
-  return FindOrThrow(GetTable().Find(upgraded, ftk),
-                     ODLEXDatabaseError::eUpgradedFilesToIgnoreNotFound);
+  for (const TalString& image : {upgraded, TalString(kEveryImage)}) {
+    if (MSIEUpgradedFilesToIgnore* exact = GetTable().Find(image, ftk))
+      return *exact;
+    MSIEUpgradedFilesToIgnore* best = nullptr;
+    for (RWCollectable* item : GetEntries()) {
+      auto* row = static_cast<MSIEUpgradedFilesToIgnore*>(item);
+      if (!row->IsDeleted() && row->GetUpgraded() == image && namesFile(row->GetFTK(), ftk) &&
+          (!best || row->GetFTK().length() > best->GetFTK().length()))
+        best = row;
+    }
+    if (best)
+      return *best;
+  }
+  throw ODLEXDatabaseError(ODLEXDatabaseError::eUpgradedFilesToIgnoreNotFound);
 }
 
 MSIEUpgradedFilesToIgnore& ODLEXTUpgradedFilesToIgnore::GetWithUpgraded(const TalString& upgraded) {
-  return FindOrThrow(GetTable().FindByUpgraded(upgraded),
+  MSIEUpgradedFilesToIgnore* row = GetTable().FindByUpgraded(upgraded);
+  return FindOrThrow(row ? row : GetTable().FindByUpgraded(kEveryImage),
                      ODLEXDatabaseError::eUpgradedFilesToIgnoreNotFound);
 }
 

@@ -110,8 +110,7 @@ TEST_F(ComTablesTest, TypeLibVersionIsMajorAboveTheLowByteAndMinorInIt) {
   EXPECT_EQ(typeLibs.GetVersionString(wide), TalString(u"266.15"));
   EXPECT_EQ(typeLibs.GetVersionString(largest), TalString(u"65535.255"));
 
-  for (const NullableLong& unreadable :
-       {NullableLong(), NullableLong(-1), NullableLong(0x1000000)}) {
+  for (const NullableLong& unreadable : {NullableLong(-1), NullableLong(0x1000000)}) {
     MSIETypeLib row = typeLibOf(u"Helpers", unreadable);
     EXPECT_EQ(thrownCode([&] { typeLibs.GetVersionNullable(row); }), 8);
     EXPECT_EQ(thrownCode([&] { typeLibs.GetVersionString(row); }), 8);

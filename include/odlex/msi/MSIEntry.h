@@ -55,6 +55,10 @@ class MSIEntry : public RWCollectable {
   bool SetColumn(const TalString& name, const MSIRecordColumn& value);
   bool GetBinary(const TalString& name, MSIBinary& value) const;
   bool SetBinary(const TalString& name, const MSIBinary& value);
+  // The file the data of binary column `name` was read from (MSIBinary::GetBinaryFile), without
+  // reading the data: empty when the data came from the package or is not held, and for a
+  // column that is unknown or not binary.
+  TalString GetBinarySourceFile(const TalString& name) const;
 
   bool IsDeleted() const { return deleted_; }
   void SetDeleted(bool deleted);

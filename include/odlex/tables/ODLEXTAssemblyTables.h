@@ -41,11 +41,42 @@ class ODLEXTMsiAssemblyName
   MSIEMsiAssemblyName& GetWithCompIDAndName(const TalString& componentID, const TalString& name);
 };
 
+// A merge module names itself in its tables by one identifier: its name, ".", and its GUID
+// without braces and with "_" for "-" (Mod.A1B2C3D4_E5F6_A7B8_C9D0_E1F2A3B4C5D6). People see
+// the GUID in its braced form with hyphens. The conversions between the two change no letter's
+// case and raise nothing.
+class ODLEXTModuleSignature
+    : public ODLEXTRowTable<ODLEXTModuleSignature, ODLEXTObject::eModuleSignature> {
+ public:
+  // "{" + the GUID with "_" turned into "-" + "}".
+  static TalString GetDisplayGUIDFromModuleGUID(const TalString& moduleGuid);
+  // The GUID with every "{" and "}" dropped (wherever they stand) and "-" turned into "_".
+  static TalString GetModuleGUIDFromDisplayGUID(const TalString& displayGuid);
+  // name + "." + the module form of `displayGuid`; the name is taken as it is.
+  static TalString CombineMergeModuleID(const TalString& name, const TalString& displayGuid);
+  // Splits `moduleId` at its first ".": `name` gets what stands before it and `displayGuid` the
+  // display form of what follows; an output whose part is empty is left as it was, and so are
+  // both when there is no ".".
+  static void SplitMergeModuleID(TalString& name, TalString& displayGuid,
+                                 const TalString& moduleId);
+  // `moduleId` as the installer writes it: split and combined again, so that a GUID given in
+  // its display form loses its braces and hyphens; unchanged when it holds no ".".
+  static TalString GetInstallerModuleID(const TalString& moduleId);
+};
+
+// The Fix operations bring a merge module's tables in line with its ModuleSignature row after
+// the module's name, GUID or language changed: every live row's own module identifier (in the
+// installer's form, GetInstallerModuleID) and language become the signature's. A module's
+// tables describe that one module, so every row is its. The rows change through Change, so a
+// row whose key changes is replaced by a new row; a row that would take a key another live row
+// holds stays as it was.
 class ODLEXTModuleComponents
     : public ODLEXTRowTable<ODLEXTModuleComponents, ODLEXTObject::eModuleComponents> {
  public:
   // The components of the module `module` (same module ID and language).
   RWBTree& GetModuleComponents(RWBTree& out, const MSIEModuleSignature& module);
+  // ModuleID and Language of every row become `module`'s.
+  void FixComponents(const MSIEModuleSignature& module);
 };
 
 class ODLEXTModuleDependency
@@ -54,6 +85,8 @@ class ODLEXTModuleDependency
   // The modules that the module `module` requires (rows whose ModuleID and ModuleLanguage are
   // the module's).
   RWBTree& GetModuleDependencies(RWBTree& out, const MSIEModuleSignature& module);
+  // ModuleID and ModuleLanguage of every row become `module`'s; the required modules stay.
+  void FixDependency(const MSIEModuleSignature& module);
 };
 
 class ODLEXTModuleExclusion
@@ -62,6 +95,8 @@ class ODLEXTModuleExclusion
   // The modules that the module `module` cannot be merged with (rows whose ModuleID and
   // ModuleLanguage are the module's).
   RWBTree& GetModuleExclusions(RWBTree& out, const MSIEModuleSignature& module);
+  // ModuleID and ModuleLanguage of every row become `module`'s; the excluded modules stay.
+  void FixExclusion(const MSIEModuleSignature& module);
 };
 
 class ODLEXTModuleIgnoreTable

@@ -21,9 +21,11 @@ class ODLEXTClass : public ODLEXTRowTable<ODLEXTClass, ODLEXTObject::eClass> {
 
 class ODLEXTProgId : public ODLEXTRowTable<ODLEXTProgId, ODLEXTObject::eProgId> {
  public:
-  // The Class row of the program identifier's class (the first, as GetClassWithID gives it);
-  // ODLEXDatabaseErrorWithEntry (this table, `row`, code 15) when the row names no class or a
-  // class that is not registered.
+  // The Class row of the program identifier's class (the first, as GetClassWithID gives it).
+  // A version-independent program identifier (ProgId_Parent set, Class_ null) is registered
+  // under its parent's class, found through the chain of parents.
+  // ODLEXDatabaseErrorWithEntry (this table, `row`, code 15) when neither the row nor a parent
+  // names a class, a parent is missing, or the class named is not registered.
   MSIEClass& GetClass(const MSIEProgId& row);
   // The Icon row of the program identifier; ODLEXDatabaseErrorWithEntry (this table, `row`,
   // code 14) when the row names no icon or one that does not exist.
@@ -37,12 +39,13 @@ class ODLEXTTypeLib : public ODLEXTRowTable<ODLEXTTypeLib, ODLEXTObject::eTypeLi
 
   // Inserts the live TypeLib rows of `component` into `out`; returns `out`.
   RWBTree& GetTypeLibs(RWBTree& out, const MSIEComponent& component);
-  // The row's Version column, never null: the major version times 256 plus the minor version.
-  // Code 8 when the row has no version, or a value that encodes none (negative or above
-  // kMaxVersion).
+  // The row's Version column: the major version times 256 plus the minor version, or null when
+  // the row has none (the column may be null). Code 8 for a value that encodes no version
+  // (negative or above kMaxVersion).
   NullableLong GetVersionNullable(const MSIETypeLib& row);
   // The version as "major.minor" in decimal (the major version in the bits above the low byte,
-  // the minor version in the low byte): 0x0102 gives "1.2". Code 8 as GetVersionNullable.
+  // the minor version in the low byte): 0x0102 gives "1.2"; empty for a null version. Code 8 as
+  // GetVersionNullable.
   TalString GetVersionString(const MSIETypeLib& row);
 };
 

@@ -12,7 +12,8 @@ class ODLEXTIcon : public ODLEXTRowTable<ODLEXTIcon, ODLEXTObject::eIcon> {
   // The row named `iconID`; code 14 when there is none.
   MSIEIcon& GetIconWithIconID(const TalString& iconID);
   // The row whose data was read from the file `sourceFile` (as the path was given when the data
-  // was set; rows read from a package have no file); code 14 when there is none.
+  // was set; rows read from a package have no file, and their streams are not read to find
+  // out); code 14 when there is none, and for an empty path.
   MSIEIcon& GetIconWithSourceFile(const TalString& sourceFile);
 };
 
@@ -67,8 +68,21 @@ class ODLEXTDuplicateFile
 
 class ODLEXTRemoveFile : public ODLEXTRowTable<ODLEXTRemoveFile, ODLEXTObject::eRemoveFile> {
  public:
+  // How a row's InstallMode says when its files are removed.
+  enum eInstallMode : short {
+    eRemoveOnInstall = 1,
+    eRemoveOnUninstall = 2,
+    eRemoveOnBoth = 3,
+  };
+
   // Inserts the live RemoveFile rows of `component` into `out`; returns `out`.
   RWBTree& GetRemoveFiles(RWBTree& out, const MSIEComponent& component);
+  // Starts `row` (a new row, not yet added) as authoring tools start one for `component`: the
+  // component, its folder as the folder to clean (DirProperty takes the component's Directory_
+  // key, which the installer resolves like a property), and removal when the component is
+  // uninstalled, the commonest use of the table. The key and the file name are left as they
+  // are (a null file name removes the folder itself, once empty).
+  void init(MSIERemoveFile& row, const MSIEComponent& component);
 };
 
 // A row installs the shared component (Component_Shared) privately into the folder of the

@@ -87,16 +87,21 @@ class ODLEXTTargetFiles_OptionalData
   MSIETargetFiles_OptionalData& GetWithTarget(const TalString& target);
 };
 
+// A row leaves a file out of the patch. Its Upgraded column names an upgraded image, or is "*"
+// for every upgraded image; its FTK names a file key, or ends in "*" to name every file key
+// that starts with what precedes it.
 class ODLEXTUpgradedFilesToIgnore
     : public ODLEXTRowTable<ODLEXTUpgradedFilesToIgnore, ODLEXTObject::eUpgradedFilesToIgnore> {
  public:
   using ODLEXTObject::GetEntries;
-  // The files left out of the patch for the upgraded image `upgraded`.
+  // The rows that apply to the upgraded image `upgraded`: its own and those for every image.
   RWBTree& GetEntries(RWBTree& out, const MSIEUpgradedImages& upgraded);
-  // The row leaving out the file `ftk` of the upgraded image `upgraded`; code 76 when there is
-  // none.
+  // The row that leaves out the file `ftk` of the upgraded image `upgraded`, the most particular
+  // first: a row of this image before one for every image, and within them the file's own key
+  // before the longest prefix that covers it; code 76 when no row leaves the file out.
   MSIEUpgradedFilesToIgnore& GetEntry(const TalString& upgraded, const TalString& ftk);
-  // The first file left out for the upgraded image `upgraded`; code 76 when there is none.
+  // The first row (in key order) of the upgraded image `upgraded`, else the first for every
+  // image; code 76 when there is none.
   MSIEUpgradedFilesToIgnore& GetWithUpgraded(const TalString& upgraded);
 };
 

@@ -95,6 +95,13 @@ bool MSIEntry::GetBinary(const TalString& name, MSIBinary& value) const {
   return true;
 }
 
+TalString MSIEntry::GetBinarySourceFile(const TalString& name) const {
+  const int column = GetColumnIndex(name);
+  if (column < 0 || !isBinaryColumn(column) || !binaries_[column])
+    return TalString();
+  return binaries_[column]->GetBinaryFile();
+}
+
 bool MSIEntry::SetBinary(const TalString& name, const MSIBinary& value) {
   const int column = GetColumnIndex(name);
   if (column < 0 || !isBinaryColumn(column))

@@ -1,0 +1,210 @@
+// Table-family operations read the tables as the installer reads them: formatted text, program
+// identifiers registered under a parent's class, type libraries without a version, icons by
+// source file, removed files, patch-creation wildcards, and merge-module identifiers.
+
+#include <functional>
+#include <set>
+#include <vector>
+
+#include "common/SmallPackage.h"
+#include "tables/TableTestSupport.h"
+
+namespace odlex::test {
+namespace {
+
+constexpr const char16_t* kServer = u"{00000000-0000-0000-0000-00000000000A}";
+
+MSIEDirectory folder(const char16_t* key, const char16_t* parent, const char16_t* defaultDir) {
+  MSIEDirectory row(key);
+  row.SetDirectoryParent(parent);
+  row.SetDefaultDir(defaultDir);
+  return row;
+}
+
+class InstallerRulesTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ODLEXDatabase::INIT();
+    writeSmallPackage(dir_ / "package.msi", "Product", "payload");
+    db_ = &ODLEXDatabase::AddDatabaseToList(text(dir_ / "package.msi"));
+  }
+  void TearDown() override { ODLEXDatabase::KillDatabaseList(); }
+
+  // The folder INSTALLDIR = [ProgramFilesFolder]Vendor\, its component Main and its file App.
+  void addInstalledFile() {
+    ODLEXTDirectory& folders = db_->GetDirectory();
+    folders.Add(folder(u"TARGETDIR", u"", u"SourceDir"));
+    folders.Add(folder(u"ProgramFilesFolder", u"TARGETDIR", u"."));
+    folders.Add(folder(u"INSTALLDIR", u"ProgramFilesFolder", u"Vendor"));
+    MSIEComponent main(u"Main");
+    main.SetDirectoryID(u"INSTALLDIR");
+    db_->GetComponent().Add(main);
+    MSIEFile app(u"App");
+    app.SetComponent(u"Main");
+    app.SetFileName(u"APP~1.EXE|app.exe");
+    db_->GetFile().Add(app);
+  }
+
+  TempDir dir_;
+  ODLEXDatabase* db_ = nullptr;
+};
+
+TEST_F(InstallerRulesTest, ExpandAnswersTheFormsThePackageHolds) {
+  addInstalledFile();
+  ODLEXTProperty& properties = db_->GetProperty();
+  properties.SetValue(u"PA", u"[PB]");
+  properties.SetValue(u"PB", u"x");
+  properties.SetValue(u"PD", u"PB");
+  const std::vector<std::pair<const char16_t*, const char16_t*>> cases = {
+      {u"[#App]", u"[ProgramFilesFolder]Vendor\\app.exe"},
+      {u"[!App]", u"[ProgramFilesFolder]Vendor\\app.exe"},
+      {u"[$Main]", u"[ProgramFilesFolder]Vendor\\"},
+      {u"[PA] [[PD]]", u"[PB] x"},
+      {u"[#Gone] [$Gone] [%PATH] [~] [Unset]", u"[#Gone] [$Gone] [%PATH] [~] [Unset]"},
+  };
+  for (const auto& [text, expanded] : cases) {
+    SCOPED_TRACE(TalString(text).ToUtf8());
+    EXPECT_EQ(properties.Expand(text), expanded);
+  }
+}
+
+TEST_F(InstallerRulesTest, AVersionIndependentProgIdHasItsParentsClass) {
+  addInstalledFile();
+  MSIEClass& server = addRow(db_->GetClass(), MSIEClass(kServer, u"LocalServer32", u"Main"));
+  ODLEXTProgId& progIds = db_->GetProgId();
+  const auto progId = [&](const char16_t* key, const char16_t* parent, const char16_t* clsid) {
+    MSIEProgId row(key);
+    row.SetProgIdParent(parent);
+    row.SetClass(clsid);
+    return &addRow(progIds, row);
+  };
+  progId(u"App.Doc.1", u"", kServer);
+  EXPECT_EQ(&progIds.GetClass(*progId(u"App.Doc", u"App.Doc.1", u"")), &server);
+  EXPECT_EQ(&progIds.GetClass(*progId(u"App.Doc.Older", u"App.Doc", u"")), &server);
+  for (const MSIEProgId* broken :
+       {progId(u"Loop.A", u"Loop.B", u""), progId(u"Loop.B", u"Loop.A", u""),
+        progId(u"Orphan", u"Missing", u"")}) {
+    expectErrorWithEntry([&] { progIds.GetClass(*broken); }, ODLEXDatabaseError::eClassNotFound,
+                         ODLEXTObject::eProgId, *broken);
+  }
+}
+
+TEST_F(InstallerRulesTest, TypeLibVersionsMayBeNull) {
+  ODLEXTTypeLib& typeLibs = db_->GetTypeLib();
+  MSIETypeLib& unversioned = addRow(typeLibs, MSIETypeLib(kServer, 1033, u"Main"));
+  EXPECT_TRUE(typeLibs.GetVersionNullable(unversioned).IsNull());
+  EXPECT_EQ(typeLibs.GetVersionString(unversioned), u"");
+  unversioned.SetVersion(NullableLong(ODLEXTTypeLib::kMaxVersion + 1));
+  EXPECT_EQ(thrownCode([&] { typeLibs.GetVersionString(unversioned); }),
+            ODLEXDatabaseError::eTypeLibVersionFailed);
+}
+
+TEST_F(InstallerRulesTest, IconsAreFoundByTheFileTheirDataCameFrom) {
+  const std::filesystem::path source = dir_ / "app.ico";
+  writeFileBytes(source, "icon");
+  MSIEIcon fromFile(u"FromFile");
+  fromFile.SetData(MSIBinary(text(source)));
+  ODLEXTIcon& icons = db_->GetIcon();
+  MSIEIcon& added = addRow(icons, fromFile);
+  EXPECT_EQ(&icons.GetIconWithSourceFile(text(source)), &added);
+  // Rows read from the package came from no file, not from the empty path.
+  ASSERT_TRUE(db_->SaveChanges());
+  db_->Reload();
+  for (const TalString& unknown : {TalString(u""), text(source), text(dir_ / "other.ico")})
+    EXPECT_EQ(thrownCode([&] { icons.GetIconWithSourceFile(unknown); }),
+              ODLEXDatabaseError::eIconNotFound);
+}
+
+TEST_F(InstallerRulesTest, ARemovedFileStartsInItsComponentsFolderAtUninstall) {
+  MSIEComponent main(u"Main");
+  main.SetDirectoryID(u"INSTALLDIR");
+  MSIERemoveFile row(u"Logs");
+  row.SetFileName(u"*.log");
+  db_->GetRemoveFile().init(row, main);
+  EXPECT_EQ(row.GetFileKey(), u"Logs");
+  EXPECT_EQ(row.GetFileName(), u"*.log");
+  EXPECT_EQ(row.GetComponent(), u"Main");
+  EXPECT_EQ(row.GetDirProperty(), u"INSTALLDIR");
+  EXPECT_EQ(row.GetInstallMode(), ODLEXTRemoveFile::eRemoveOnUninstall);
+}
+
+TEST_F(InstallerRulesTest, FilesToIgnoreHonourTheWildcards) {
+  ODLEXTUpgradedFilesToIgnore& ignored = db_->GetUpgradedFilesToIgnore();
+  for (const auto& [image, ftk] :
+       std::vector<std::pair<const char16_t*, const char16_t*>>{{u"Old", u"App"},
+                                                                {u"*", u"Shared"},
+                                                                {u"Old", u"Lib*"},
+                                                                {u"*", u"Li*"},
+                                                                {u"Other", u"X"}})
+    addRow(ignored, MSIEUpgradedFilesToIgnore(image, ftk));
+  struct Case {
+    const char16_t* image;
+    const char16_t* file;
+    const char16_t* matchedImage;  // null: no row leaves the file out
+    const char16_t* matchedFtk;
+  };
+  for (const Case& c :
+       {Case{u"Old", u"App", u"Old", u"App"}, Case{u"New", u"Shared", u"*", u"Shared"},
+        Case{u"Old", u"Lib2", u"Old", u"Lib*"}, Case{u"New", u"Lib2", u"*", u"Li*"},
+        Case{u"Old", u"Li", u"*", u"Li*"}, Case{u"New", u"App", nullptr, nullptr}}) {
+    SCOPED_TRACE(TalString(c.image).ToUtf8() + "/" + TalString(c.file).ToUtf8());
+    if (!c.matchedImage) {
+      EXPECT_EQ(thrownCode([&] { ignored.GetEntry(c.image, c.file); }),
+                ODLEXDatabaseError::eUpgradedFilesToIgnoreNotFound);
+      continue;
+    }
+    const MSIEUpgradedFilesToIgnore& row = ignored.GetEntry(c.image, c.file);
+    EXPECT_EQ(row.GetUpgraded(), c.matchedImage);
+    EXPECT_EQ(row.GetFTK(), c.matchedFtk);
+  }
+  RWBTree forNew;
+  std::set<std::u16string> ftks;
+  for (RWCollectable* item : ignored.GetEntries(forNew, MSIEUpgradedImages(u"New")))
+    ftks.insert(static_cast<MSIEUpgradedFilesToIgnore*>(item)->GetFTK().u16());
+  EXPECT_EQ(ftks, (std::set<std::u16string>{u"Shared", u"Li*"}));
+  EXPECT_EQ(ignored.GetWithUpgraded(u"New").GetFTK(), u"Li*");
+  EXPECT_EQ(ignored.GetWithUpgraded(u"Old").GetFTK(), u"App");
+}
+
+TEST(ModuleIdentifiers, ConvertBetweenTheTwoForms) {
+  using Signature = ODLEXTModuleSignature;
+  const TalString id = u"Mod.A1B2C3D4_E5F6_A7B8_C9D0_E1F2A3B4C5D6";
+  EXPECT_EQ(Signature::CombineMergeModuleID(u"Mod", u"{A1B2C3D4-E5F6-A7B8-C9D0-E1F2A3B4C5D6}"), id);
+  EXPECT_EQ(Signature::GetModuleGUIDFromDisplayGUID(u"a1-{b}2"), u"a1_b2");
+  EXPECT_EQ(Signature::GetDisplayGUIDFromModuleGUID(u"a1_b2"), u"{a1-b2}");
+  struct Case {
+    const char16_t* id;
+    const char16_t* name;
+    const char16_t* guid;
+  };
+  for (const Case& c : {Case{u"Mod.A1B2C3D4_E5F6_A7B8_C9D0_E1F2A3B4C5D6", u"Mod",
+                             u"{A1B2C3D4-E5F6-A7B8-C9D0-E1F2A3B4C5D6}"},
+                        Case{u"NoFullStop", u"kept", u"kept"}, Case{u".X", u"kept", u"{X}"},
+                        Case{u"Mod.", u"Mod", u"kept"}, Case{u"A.B.C", u"A", u"{B.C}"}}) {
+    SCOPED_TRACE(TalString(c.id).ToUtf8());
+    TalString name = u"kept", guid = u"kept";
+    Signature::SplitMergeModuleID(name, guid, c.id);
+    EXPECT_EQ(name, c.name);
+    EXPECT_EQ(guid, c.guid);
+  }
+}
+
+TEST_F(InstallerRulesTest, ModuleTablesFollowTheirSignature) {
+  const TalString old = u"Mod.OLD";
+  db_->GetModuleComponents().Add(MSIEModuleComponents(u"C1", old, 1033));
+  db_->GetModuleDependency().Add(MSIEModuleDependency(old, 1033, u"Req.X", 0));
+  db_->GetModuleExclusion().Add(MSIEModuleExclusion(old, 1033, u"Ex.Y", 0));
+  // The signature, given its GUID in the display form: the rows get the installer's form.
+  const MSIEModuleSignature signature(u"Mod.{A1-B2}", 1031);
+  db_->GetModuleComponents().FixComponents(signature);
+  db_->GetModuleDependency().FixDependency(signature);
+  db_->GetModuleExclusion().FixExclusion(signature);
+  const TalString fixed = u"Mod.A1_B2";
+  EXPECT_TRUE(db_->GetModuleComponents().Lookup(TalString(u"C1"), fixed, short{1031}));
+  EXPECT_TRUE(db_->GetModuleDependency().Lookup(fixed, short{1031}, TalString(u"Req.X"), short{0}));
+  EXPECT_TRUE(db_->GetModuleExclusion().Lookup(fixed, short{1031}, TalString(u"Ex.Y"), short{0}));
+  EXPECT_FALSE(db_->GetModuleComponents().Lookup(TalString(u"C1"), old, short{1033}));
+}
+
+}  // namespace
+}  // namespace odlex::test
