@@ -6,9 +6,11 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh
 jobs=$(nproc)
+generator=()
+command -v ninja >/dev/null && generator=(-G Ninja)
 
 echo "== tests under address and undefined-behaviour sanitizers"
-cmake -S . -B build-sanitize -DCMAKE_BUILD_TYPE=Debug -DODLEX_SANITIZE=ON >/dev/null
+cmake -S . -B build-sanitize "${generator[@]}" -DCMAKE_BUILD_TYPE=Debug -DODLEX_SANITIZE=ON >/dev/null
 cmake --build build-sanitize -j"$jobs"
 ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
   ctest --test-dir build-sanitize -j"$jobs" --output-on-failure 2>&1 |
@@ -17,7 +19,7 @@ ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
 result=$(scripts/ctest-result.sh build-sanitize/ctest.log) || { echo "$result"; exit 1; }
 
 echo "== optimised build of the library, the tool and the sample package"
-cmake -S . -B build -DCMAKE_BUILD_TYPE=Release -DODLEX_BUILD_TESTS=OFF >/dev/null
+cmake -S . -B build "${generator[@]}" -DCMAKE_BUILD_TYPE=Release -DODLEX_BUILD_TESTS=OFF >/dev/null
 cmake --build build -j"$jobs"
 
 echo "== fuzzing for ${ODLEX_FUZZ_SECONDS:-30} seconds"

@@ -4,6 +4,12 @@
 
 #include <gtest/gtest.h>
 
+#include <nlohmann/json.hpp>
+
+#include <sstream>
+#include <string>
+#include <vector>
+
 #include "common/Oracle.h"
 #include "common/TempDir.h"
 
@@ -13,27 +19,77 @@ namespace {
 const char kPropertyIdt[] =
     "Property\tValue\r\ns72\tl0\r\nProperty\tProperty\r\nProductName\tSample\r\n";
 
-TEST(OdlexUsage, MistakesExitWithStatusOneAndSayWhy) {
-  struct Case {
-    std::vector<std::string> args;
-    std::string message;
-  };
-  for (const Case& c : std::vector<Case>{{{}, "usage"},
-                                         {{"frobnicate"}, "unknown command frobnicate"},
-                                         {{"tables"}, "tables takes 1 argument"},
-                                         {{"export", "a.msi"}, "export takes 2 arguments"},
-                                         {{"rewrite", "a.msi"}, "rewrite needs -o OUT"},
-                                         {{"tables", "a.msi", "-o"}, "-o needs a file name"},
-                                         {{"tables", "--bogus", "a.msi"}, "unknown option --bogus"},
-                                         {{"import", "a.msi"}, "import takes a package"}}) {
-    ProcessResult result = runOdlex(c.args);
-    EXPECT_EQ(result.exitCode, 1) << result.describe();
-    EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
+// The commands `odlex --help` lists.
+std::vector<std::string> listedCommands() {
+  std::vector<std::string> commands;
+  std::istringstream help(runOdlex({"--help"}).out);
+  bool inList = false;
+  for (std::string line; std::getline(help, line);) {
+    if (line.starts_with("Subcommands:")) {
+      inList = true;
+    } else if (inList && line.starts_with("  ")) {
+      std::istringstream words(line);
+      std::string name;
+      words >> name;
+      commands.push_back(name);
+    }
   }
-  EXPECT_TRUE(runOdlex({"--help"}).ok());
+  return commands;
 }
 
-TEST(OdlexImport, AFailedImportLeavesThePackageUntouched) {
+TEST(OdlexSurface, EveryCommandExplainsItselfAndRefusesMistakesWithStatusTwo) {
+  const std::vector<std::string> commands = listedCommands();
+  EXPECT_GE(commands.size(), 8u) << runOdlex({"--help"}).out;
+  for (const std::string& command : commands) {
+    SCOPED_TRACE(command);
+    if (command == "help")
+      continue;
+    for (const std::vector<std::string>& asked :
+         {std::vector<std::string>{command, "--help"}, std::vector<std::string>{"help", command}}) {
+      const ProcessResult help = runOdlex(asked);
+      EXPECT_EQ(help.exitCode, 0) << help.describe();
+      EXPECT_NE(help.out.find("Example:\n  odlex " + command + " "), std::string::npos) << help.out;
+    }
+    const ProcessResult mistake = runOdlex({command, "--no-such-option"});
+    EXPECT_EQ(mistake.exitCode, 2) << mistake.describe();
+    EXPECT_NE(mistake.err.find("odlex " + command), std::string::npos) << "the command's usage";
+  }
+  for (const std::vector<std::string>& mistake :
+       {std::vector<std::string>{}, {"frobnicate"}, {"tables"}, {"rewrite", "a.msi"}}) {
+    EXPECT_EQ(runOdlex(mistake).exitCode, 2);
+  }
+  const ProcessResult version = runOdlex({"--version"});
+  EXPECT_TRUE(version.ok() && version.out.starts_with("odlex ")) << version.describe();
+}
+
+TEST(OdlexSurface, JsonOutputHasTheDocumentedKeys) {
+  TempDir dir;
+  writeFileBytes(dir / "Property.idt", kPropertyIdt);
+  const std::string package = (dir / "p.msi").string();
+  ASSERT_TRUE(runOdlex({"import", package, (dir / "Property.idt").string()}).ok());
+  struct Case {
+    std::vector<std::string> args;
+    nlohmann::json expected;
+  };
+  for (const Case& c : std::vector<Case>{
+           {{"tables", package}, {{"tables", {"Property"}}}},
+           {{"query", package, "SELECT `Property`, `Value` FROM `Property`"},
+            {{"columns", {"Property", "Value"}},
+             {"rows", nlohmann::json::array({{"ProductName", "Sample"}})}}},
+           {{"rows", package, "Property"},
+            {{"table", "Property"},
+             {"columns", {"Property", "Value"}},
+             {"rows", nlohmann::json::array({{"ProductName", "Sample"}})}}},
+       }) {
+    std::vector<std::string> args = c.args;
+    args.push_back("--json");
+    const ProcessResult result = runOdlex(args);
+    ASSERT_TRUE(result.ok()) << result.describe();
+    EXPECT_EQ(nlohmann::json::parse(result.out), c.expected) << args[0];
+  }
+}
+
+TEST(OdlexImport, AFailedOrDryImportLeavesThePackageUntouched) {
   TempDir dir;
   writeFileBytes(dir / "Property.idt", kPropertyIdt);
   ASSERT_TRUE(runOdlex({"import", (dir / "p.msi").string(), (dir / "Property.idt").string()}).ok());
@@ -43,6 +99,13 @@ TEST(OdlexImport, AFailedImportLeavesThePackageUntouched) {
                                    (dir / "Property.idt").string(), (dir / "Broken.idt").string()});
   EXPECT_EQ(result.exitCode, 1);
   EXPECT_NE(result.err.find("Broken.idt"), std::string::npos) << result.err;
+  EXPECT_EQ(readFileBytes(dir / "p.msi"), before);
+
+  writeFileBytes(dir / "Other.idt", "Key\r\ns16\r\nOther\tKey\r\na\r\n");
+  result =
+      runOdlex({"import", (dir / "p.msi").string(), (dir / "Other.idt").string(), "--dry-run"});
+  ASSERT_TRUE(result.ok()) << result.describe();
+  EXPECT_NE(result.out.find("would hold table Other (1 rows)"), std::string::npos) << result.out;
   EXPECT_EQ(readFileBytes(dir / "p.msi"), before);
 }
 

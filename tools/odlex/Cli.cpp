@@ -1,33 +1,57 @@
 #include "Cli.h"
 
+#include <cstdio>
+
+#include "msi/engine/Text.h"
+#include "msi/idt/TextEscape.h"
 #include "storage/FileSystem.h"
 
 namespace odlex::cli {
 
-Arguments Arguments::parse(std::span<char* const> words) {
-  Arguments args;
-  for (std::size_t i = 0; i < words.size(); ++i) {
-    std::string_view word = words[i];
-    if (word == "-o" || word == "--output") {
-      if (i + 1 == words.size())
-        throw UsageError("-o needs a file name");
-      if (args.output)
-        throw UsageError("-o given twice");
-      args.output = words[++i];
-    } else if (word.size() > 1 && word.front() == '-') {
-      throw UsageError("unknown option " + std::string(word));
-    } else {
-      args.positional.emplace_back(word);
+CLI::App& Commands::add(const std::string& words, const std::string& summary,
+                        const std::string& example, std::function<int()> run) {
+  CLI::App* parent = &app_;
+  std::string name = words;
+  // "noun verb": the verb is a command under the noun, which is made on first use.
+  if (const auto space = words.find(' '); space != std::string::npos) {
+    const std::string noun = words.substr(0, space);
+    name = words.substr(space + 1);
+    const auto nouns =
+        app_.get_subcommands([&noun](CLI::App* command) { return command->get_name() == noun; });
+    parent = nouns.empty() ? nullptr : nouns.front();
+    if (!parent) {
+      parent = app_.add_subcommand(noun, "work on " + noun + "s");
+      parent->require_subcommand(1);
     }
   }
-  return args;
+  CLI::App* command = parent->add_subcommand(name, summary);
+  command->footer("Example:\n  " + example);
+  commands_.emplace_back(command, std::move(run));
+  return *command;
 }
 
-void Arguments::expectCount(std::size_t count, std::string_view command) const {
-  if (positional.size() != count) {
-    throw UsageError(std::string(command) + " takes " + std::to_string(count) + " argument" +
-                     (count == 1 ? "" : "s") + ", not " + std::to_string(positional.size()));
+std::function<int()> Commands::chosen() const {
+  for (const auto& [command, run] : commands_) {
+    if (command->parsed())
+      return run;
   }
+  return nullptr;
+}
+
+void addPackageArgument(CLI::App& command, std::string& package) {
+  command.add_option("PACKAGE", package, "the installer database (.msi, .msm, .pcp)")->required();
+}
+
+void addJsonFlag(CLI::App& command, bool& json, const std::string& keys) {
+  command.add_flag("--json", json, "print one JSON document: " + keys);
+}
+
+CLI::Option* addOutputOption(CLI::App& command, std::string& output, const std::string& meaning) {
+  return command.add_option("-o,--output", output, meaning);
+}
+
+void addDryRunFlag(CLI::App& command, bool& dryRun) {
+  command.add_flag("--dry-run", dryRun, "print what would change and write nothing");
 }
 
 std::unique_ptr<engine::Database> openPackage(const std::filesystem::path& path,
@@ -42,6 +66,22 @@ std::unique_ptr<engine::Database> openPackage(const std::filesystem::path& path,
 void check(std::uint32_t result, const engine::Error& error) {
   if (result != engine::kSuccess)
     throw Failure(result, error.text);
+}
+
+void printLine(const std::string& line) {
+  std::fwrite(line.data(), 1, line.size(), stdout);
+  std::fputc('\n', stdout);
+}
+
+void printFields(const std::vector<std::u16string>& fields) {
+  std::string line;
+  for (std::size_t i = 0; i < fields.size(); ++i)
+    line += (i ? "\t" : "") + engine::toUtf8(idt::escapeValue(fields[i]));
+  printLine(line);
+}
+
+void printJson(const nlohmann::json& document) {
+  printLine(document.dump(2));
 }
 
 }  // namespace odlex::cli

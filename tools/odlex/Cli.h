@@ -1,14 +1,21 @@
 #pragma once
-// Shared plumbing of the odlex commands: argument lists, failures, opening packages.
+// Shared plumbing of the odlex commands: how a command is declared on the parser, failures,
+// opening packages, and printing data as text or JSON.
+//
+// Every command follows one shape, `odlex [NOUN] VERB PACKAGE [ARGUMENTS] [OPTIONS]`. A command
+// file declares its commands with Commands::add, binding its options to variables of its own;
+// main parses the words and runs the one chosen. Exit status: 0 success, 1 a failure the user
+// can act on (Failure: "odlex: WHAT (error N)" on stderr), 2 a usage mistake (with the usage).
 
 #include <filesystem>
+#include <functional>
 #include <memory>
-#include <optional>
-#include <span>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 #include <vector>
+
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
 
 #include "msi/engine/Database.h"
 
@@ -21,32 +28,44 @@ struct Failure : std::runtime_error {
   std::uint32_t code;
 };
 
-// A usage mistake: printed with the usage text, exit status 1.
-struct UsageError : std::runtime_error {
-  using std::runtime_error::runtime_error;
+// The commands of the tool as the parser knows them.
+class Commands {
+ public:
+  explicit Commands(CLI::App& app) : app_(app) {}
+
+  // Declares the command `words` ("tables", or "component list" for a noun's verb) with a
+  // one-line summary and one worked example, shown by its --help. `run` is called when the
+  // command is chosen, after every option has been read; it returns the exit status.
+  CLI::App& add(const std::string& words, const std::string& summary, const std::string& example,
+                std::function<int()> run);
+  // The run of the command the words chose; null when none was.
+  std::function<int()> chosen() const;
+
+ private:
+  CLI::App& app_;
+  std::vector<std::pair<CLI::App*, std::function<int()>>> commands_;
 };
 
-// The arguments of one command: positional words, and "-o FILE".
-struct Arguments {
-  std::vector<std::string> positional;
-  std::optional<std::string> output;
+// Options every command spells the same way.
+void addPackageArgument(CLI::App& command, std::string& package);
+void addJsonFlag(CLI::App& command, bool& json, const std::string& keys);
+CLI::Option* addOutputOption(CLI::App& command, std::string& output, const std::string& meaning);
+void addDryRunFlag(CLI::App& command, bool& dryRun);
 
-  static Arguments parse(std::span<char* const> words);
-  // Exactly `count` positional words, else a usage error naming the command.
-  void expectCount(std::size_t count, std::string_view command) const;
-};
+// The command files, each adding its commands.
+void addInspectCommands(Commands& commands);
+void addEditCommands(Commands& commands);
+void addRowsCommand(Commands& commands);
 
 std::unique_ptr<engine::Database> openPackage(const std::filesystem::path& path,
                                               engine::Database::OpenMode mode);
 void check(std::uint32_t result, const engine::Error& error);
 
-using Command = int (*)(const Arguments&);
-int tablesCommand(const Arguments& args);
-int exportCommand(const Arguments& args);
-int exportAllCommand(const Arguments& args);
-int importCommand(const Arguments& args);
-int rewriteCommand(const Arguments& args);
-int queryCommand(const Arguments& args);
-int rowsCommand(const Arguments& args);
+// One line on stdout.
+void printLine(const std::string& line);
+// Fields separated by tabs, escaped as in table text files, on one line of stdout.
+void printFields(const std::vector<std::u16string>& fields);
+// A JSON document on stdout.
+void printJson(const nlohmann::json& document);
 
 }  // namespace odlex::cli

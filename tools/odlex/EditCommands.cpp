@@ -1,51 +1,94 @@
-// Commands that write a package.
+// Commands that write a package: import, rewrite. Each writes atomically (a new file beside the
+// target, renamed into place), in place or to -o OUT, and writes nothing with --dry-run.
 
 #include <cstdio>
 
 #include "Cli.h"
+#include "msi/engine/Text.h"
 #include "msi/idt/Idt.h"
 #include "storage/FileSystem.h"
 
 namespace odlex::cli {
 
 namespace {
-using OpenMode = engine::Database::OpenMode;
-}  // namespace
 
-int importCommand(const Arguments& args) {
-  if (args.positional.size() < 2)
-    throw UsageError("import takes a package and .idt files");
-  const std::filesystem::path package = args.positional[0];
-  storage::FileSystem& fs = storage::FileSystem::real();
-  engine::Error error;
-  std::unique_ptr<engine::Database> db;
-  if (args.output) {
-    db = engine::Database::openInto(fs, package, *args.output, error);
-    if (!db)
-      throw Failure(error);
-  } else {
-    db = openPackage(package, fs.exists(package) ? OpenMode::kUpdate : OpenMode::kCreate);
-  }
-  std::vector<std::string> warnings;
-  for (std::size_t i = 1; i < args.positional.size(); ++i) {
-    check(idt::importTable(*db, fs, args.positional[i], error,
-                           {idt::ImportMode::kReplaceTable, &warnings}),
-          error);
-  }
-  for (const std::string& warning : warnings)
-    std::fprintf(stderr, "odlex: warning: %s\n", warning.c_str());
-  check(db->commit(error), error);
-  return 0;
+using OpenMode = engine::Database::OpenMode;
+
+void addImport(Commands& commands) {
+  struct Options {
+    std::string package;
+    std::vector<std::string> files;
+    std::string output;
+    bool dryRun = false;
+  };
+  auto options = std::make_shared<Options>();
+  CLI::App& command = commands.add(
+      "import", "replace tables with table text files (.idt); the package is made when missing",
+      "odlex import product.msi Property.idt Binary.idt -o edited.msi", [options] {
+        const std::filesystem::path package = options->package;
+        storage::FileSystem& fs = storage::FileSystem::real();
+        engine::Error error;
+        std::unique_ptr<engine::Database> db;
+        if (!options->output.empty()) {
+          db = engine::Database::openInto(fs, package, options->output, error);
+          if (!db)
+            throw Failure(error);
+        } else {
+          db = openPackage(package, fs.exists(package) ? OpenMode::kUpdate : OpenMode::kCreate);
+        }
+        std::vector<std::string> warnings;
+        for (const std::string& file : options->files) {
+          check(idt::importTable(*db, fs, file, error, {idt::ImportMode::kReplaceTable, &warnings}),
+                error);
+        }
+        for (const std::string& warning : warnings)
+          std::fprintf(stderr, "odlex: warning: %s\n", warning.c_str());
+        if (options->dryRun) {
+          for (std::size_t i = 0; i < db->tableCount(); ++i)
+            printLine("would hold table " + engine::toUtf8(db->table(i).name()) + " (" +
+                      std::to_string(db->table(i).rowCount()) + " rows)");
+          return 0;
+        }
+        check(db->commit(error), error);
+        return 0;
+      });
+  addPackageArgument(command, options->package);
+  command.add_option("FILE.idt", options->files, "the table text files, imported in order")
+      ->required();
+  addOutputOption(command, options->output, "write the result to this file, not the package");
+  addDryRunFlag(command, options->dryRun);
 }
 
-int rewriteCommand(const Arguments& args) {
-  args.expectCount(1, "rewrite");
-  if (!args.output)
-    throw UsageError("rewrite needs -o OUT");
-  auto db = openPackage(args.positional[0], OpenMode::kReadOnly);
-  engine::Error error;
-  check(db->saveAs(*args.output, error), error);
-  return 0;
+void addRewrite(Commands& commands) {
+  struct Options {
+    std::string package;
+    std::string output;
+    bool dryRun = false;
+  };
+  auto options = std::make_shared<Options>();
+  CLI::App& command = commands.add(
+      "rewrite", "decode the whole package and write it afresh to another file",
+      "odlex rewrite product.msi -o fresh.msi", [options] {
+        auto db = openPackage(options->package, OpenMode::kReadOnly);
+        if (options->dryRun) {
+          printLine("would write " + options->output + " (" + std::to_string(db->tableCount()) +
+                    " tables, " + std::to_string(db->streamNames().size()) + " streams)");
+          return 0;
+        }
+        engine::Error error;
+        check(db->saveAs(options->output, error), error);
+        return 0;
+      });
+  addPackageArgument(command, options->package);
+  addOutputOption(command, options->output, "the new file")->required();
+  addDryRunFlag(command, options->dryRun);
+}
+
+}  // namespace
+
+void addEditCommands(Commands& commands) {
+  addImport(commands);
+  addRewrite(commands);
 }
 
 }  // namespace odlex::cli

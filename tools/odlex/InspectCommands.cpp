@@ -1,4 +1,4 @@
-// Commands that read a package and never change it.
+// Commands that read a package and never change it: tables, export, export-all, query.
 
 #include <cstdio>
 #include <string>
@@ -12,81 +12,156 @@
 namespace odlex::cli {
 
 namespace {
-using OpenMode = engine::Database::OpenMode;
 
-void printLine(const std::string& line) {
-  std::fwrite(line.data(), 1, line.size(), stdout);
-  std::fputc('\n', stdout);
+using OpenMode = engine::Database::OpenMode;
+using nlohmann::json;
+
+void addTables(Commands& commands) {
+  struct Options {
+    std::string package;
+    bool json = false;
+  };
+  auto options = std::make_shared<Options>();
+  CLI::App& command =
+      commands.add("tables", "list the persistent tables in _Tables order, one name per line",
+                   "odlex tables product.msi", [options] {
+                     auto db = openPackage(options->package, OpenMode::kReadOnly);
+                     json names = json::array();
+                     for (std::size_t i = 0; i < db->tableCount(); ++i) {
+                       const std::string name = engine::toUtf8(db->table(i).name());
+                       if (options->json)
+                         names.push_back(name);
+                       else
+                         printLine(name);
+                     }
+                     if (options->json)
+                       printJson({{"tables", names}});
+                     return 0;
+                   });
+  addPackageArgument(command, options->package);
+  addJsonFlag(command, options->json, R"({"tables": [table names]})");
 }
 
-std::string fieldText(const query::Field& field) {
+void addExport(Commands& commands) {
+  struct Options {
+    std::string package;
+    std::string table;
+    std::string output;
+  };
+  auto options = std::make_shared<Options>();
+  CLI::App& command = commands.add(
+      "export", "write one table as a table text file (.idt), to stdout or to a file",
+      "odlex export product.msi Property -o Property.idt", [options] {
+        auto db = openPackage(options->package, OpenMode::kReadOnly);
+        const std::u16string table = engine::fromUtf8(options->table);
+        engine::Error error;
+        if (!options->output.empty()) {
+          check(idt::exportTable(*db, table, storage::FileSystem::real(), options->output, error),
+                error);
+          return 0;
+        }
+        idt::ExportedTable exported;
+        check(idt::exportTableText(*db, table, exported, error), error);
+        std::fwrite(exported.text.data(), 1, exported.text.size(), stdout);
+        if (!exported.binaries.empty()) {
+          std::fprintf(stderr,
+                       "odlex: %zu data files of %s not written; use -o FILE to write them\n",
+                       exported.binaries.size(), options->table.c_str());
+        }
+        return 0;
+      });
+  addPackageArgument(command, options->package);
+  command.add_option("TABLE", options->table, "the table, _SummaryInformation or _ForceCodepage")
+      ->required();
+  addOutputOption(command, options->output,
+                  "the .idt file to write; binary cells go to a folder named after the table "
+                  "beside it");
+}
+
+void addExportAll(Commands& commands) {
+  struct Options {
+    std::string package;
+    std::string folder;
+  };
+  auto options = std::make_shared<Options>();
+  CLI::App& command = commands.add(
+      "export-all", "write every table, _SummaryInformation and _ForceCodepage as table text files",
+      "odlex export-all product.msi tables/", [options] {
+        auto db = openPackage(options->package, OpenMode::kReadOnly);
+        engine::Error error;
+        check(idt::exportAll(*db, storage::FileSystem::real(), options->folder, error), error);
+        return 0;
+      });
+  addPackageArgument(command, options->package);
+  command.add_option("DIR", options->folder, "the folder to write into (made when missing)")
+      ->required();
+}
+
+json fieldJson(const query::Field& field) {
   switch (field.kind) {
     case query::Field::Kind::kNull:
-      return {};
+      return nullptr;
     case query::Field::Kind::kInteger:
-      return std::to_string(field.integer);
+      return field.integer;
     case query::Field::Kind::kString:
     case query::Field::Kind::kStream:
       return engine::toUtf8(field.text);
   }
-  return {};
+  return nullptr;
 }
+
+void addQuery(Commands& commands) {
+  struct Options {
+    std::string package;
+    std::string sql;
+    bool json = false;
+  };
+  auto options = std::make_shared<Options>();
+  CLI::App& command = commands.add(
+      "query", "run a SELECT and print its rows, one per line, fields tab-separated",
+      R"(odlex query product.msi "SELECT `Property`, `Value` FROM `Property`")", [options] {
+        auto db = openPackage(options->package, OpenMode::kReadOnly);
+        engine::Error error;
+        auto view = query::Query::prepare(*db, engine::fromUtf8(options->sql), error);
+        if (!view)
+          throw Failure(error);
+        check(view->execute(error), error);
+        json columns = json::array();
+        for (const engine::Column& column : view->columns())
+          columns.push_back(engine::toUtf8(column.name));
+        json rows = json::array();
+        query::Record record;
+        while (view->fetch(record) == engine::kSuccess) {
+          json row = json::array();
+          std::vector<std::u16string> fields;
+          for (std::size_t i = 0; i < record.size(); ++i) {
+            row.push_back(fieldJson(record[i]));
+            fields.push_back(record[i].kind == query::Field::Kind::kInteger
+                                 ? engine::fromUtf8(std::to_string(record[i].integer))
+                                 : record[i].text);
+          }
+          if (options->json)
+            rows.push_back(std::move(row));
+          else
+            printFields(fields);
+        }
+        if (options->json)
+          printJson({{"columns", columns}, {"rows", rows}});
+        return 0;
+      });
+  addPackageArgument(command, options->package);
+  command.add_option("SQL", options->sql, "the query")->required();
+  addJsonFlag(command, options->json,
+              R"({"columns": [names], "rows": [[null, number or text per column]]})");
+}
+
 }  // namespace
 
-int tablesCommand(const Arguments& args) {
-  args.expectCount(1, "tables");
-  auto db = openPackage(args.positional[0], OpenMode::kReadOnly);
-  for (std::size_t i = 0; i < db->tableCount(); ++i)
-    printLine(engine::toUtf8(db->table(i).name()));
-  return 0;
-}
-
-int exportCommand(const Arguments& args) {
-  args.expectCount(2, "export");
-  auto db = openPackage(args.positional[0], OpenMode::kReadOnly);
-  const std::u16string table = engine::fromUtf8(args.positional[1]);
-  engine::Error error;
-  if (args.output) {
-    check(idt::exportTable(*db, table, storage::FileSystem::real(), *args.output, error), error);
-    return 0;
-  }
-  idt::ExportedTable exported;
-  check(idt::exportTableText(*db, table, exported, error), error);
-  std::fwrite(exported.text.data(), 1, exported.text.size(), stdout);
-  if (!exported.binaries.empty()) {
-    std::fprintf(stderr, "odlex: %zu data files of %s not written; use -o FILE to write them\n",
-                 exported.binaries.size(), args.positional[1].c_str());
-  }
-  return 0;
-}
-
-int exportAllCommand(const Arguments& args) {
-  args.expectCount(2, "export-all");
-  auto db = openPackage(args.positional[0], OpenMode::kReadOnly);
-  engine::Error error;
-  check(idt::exportAll(*db, storage::FileSystem::real(), args.positional[1], error), error);
-  return 0;
-}
-
-int queryCommand(const Arguments& args) {
-  args.expectCount(2, "query");
-  auto db = openPackage(args.positional[0], OpenMode::kReadOnly);
-  engine::Error error;
-  auto view = query::Query::prepare(*db, engine::fromUtf8(args.positional[1]), error);
-  if (!view)
-    throw Failure(error);
-  check(view->execute(error), error);
-  query::Record record;
-  while (view->fetch(record) == engine::kSuccess) {
-    std::string line;
-    for (std::size_t i = 0; i < record.size(); ++i) {
-      if (i)
-        line += '\t';
-      line += fieldText(record[i]);
-    }
-    printLine(line);
-  }
-  return 0;
+void addInspectCommands(Commands& commands) {
+  addTables(commands);
+  addExport(commands);
+  addExportAll(commands);
+  addQuery(commands);
 }
 
 }  // namespace odlex::cli

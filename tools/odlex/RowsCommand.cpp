@@ -7,7 +7,6 @@
 #include "Cli.h"
 #include "msi/engine/Result.h"
 #include "msi/engine/Text.h"
-#include "msi/idt/TextEscape.h"
 #include "msi/schema/Schema.h"
 #include "odlex/database/ODLEXDatabase.h"
 #include "odlex/msi/MSIRows.h"
@@ -28,21 +27,14 @@ ODLEXTObject::typeID tableTypeOf(const std::string& name) {
   return found == types.end() ? ODLEXTObject::eNoTable : found->second;
 }
 
-void printFields(const std::vector<std::u16string>& fields) {
-  std::string line;
-  for (std::size_t i = 0; i < fields.size(); ++i)
-    line += (i ? "\t" : "") + engine::toUtf8(idt::escapeValue(fields[i]));
-  line += '\n';
-  std::fwrite(line.data(), 1, line.size(), stdout);
-}
-
 // Drops the database from the list however the command ends.
 struct ListedDatabase {
   ODLEXDatabase& db;
   ~ListedDatabase() { ODLEXDatabase::RemoveDatabaseFromList(db.GetFilePath(), false); }
 };
 
-void printRows(const std::string& package, const std::string& table, ODLEXTObject::typeID type) {
+void printRows(const std::string& package, const std::string& table, ODLEXTObject::typeID type,
+               bool json) {
   ODLEXDatabase::INIT();
   ODLEXOpenType readOnly(MSIDatabase::ePersistReadOnly);
   ListedDatabase listed{ODLEXDatabase::AddDatabaseToList(TalString::FromUtf8(package), readOnly)};
@@ -53,41 +45,68 @@ void printRows(const std::string& package, const std::string& table, ODLEXTObjec
   // The columns as the table's row class has them (the summary information's single row has
   // one column per property, unlike its text-file form).
   const std::unique_ptr<MSITable> shape = createTableObject(TalString::FromUtf8(table));
-  const auto& columns = shape->GetSchema().columns;
   std::vector<std::u16string> names;
-  for (const auto& column : columns)
+  nlohmann::json columns = nlohmann::json::array();
+  for (const auto& column : shape->GetSchema().columns) {
     names.emplace_back(column.name);
-  printFields(names);
+    columns.push_back(engine::toUtf8(names.back()));
+  }
+  if (!json)
+    printFields(names);
+  nlohmann::json printed = nlohmann::json::array();
   std::vector<std::u16string> fields(names.size());
   for (RWCollectable* item : rows) {
     const auto* row = static_cast<const MSIEntry*>(item);
+    nlohmann::json values = nlohmann::json::array();
     for (std::size_t i = 0; i < names.size(); ++i) {
       MSIRecordColumn value;
       row->GetColumn(TalString(names[i]), value);
       fields[i] = value.GetString().u16();
+      values.push_back(value.IsNull() ? nlohmann::json(nullptr)
+                                      : nlohmann::json(engine::toUtf8(fields[i])));
     }
-    printFields(fields);
+    if (json)
+      printed.push_back(std::move(values));
+    else
+      printFields(fields);
   }
+  if (json)
+    printJson({{"table", table}, {"columns", columns}, {"rows", printed}});
 }
 
 }  // namespace
 
-int rowsCommand(const Arguments& args) {
-  args.expectCount(2, "rows");
-  const std::string& table = args.positional[1];
-  const ODLEXTObject::typeID type = tableTypeOf(table);
-  if (type == ODLEXTObject::eNoTable)
-    throw Failure(engine::kInvalidTable, "no table object for a table named " + table);
-  // Opened once through the engine first, for a precise error when the file cannot be read.
-  openPackage(args.positional[0], engine::Database::OpenMode::kReadOnly);
-  try {
-    printRows(args.positional[0], table, type);
-  } catch (const ODLEXDatabaseError& error) {
-    const int code = static_cast<ODLEXDatabaseError::eCodeMeaning>(error);
-    throw Failure(engine::kFunctionFailed,
-                  "the table object of " + table + " failed with code " + std::to_string(code));
-  }
-  return 0;
+void addRowsCommand(Commands& commands) {
+  struct Options {
+    std::string package;
+    std::string table;
+    bool json = false;
+  };
+  auto options = std::make_shared<Options>();
+  CLI::App& command = commands.add(
+      "rows",
+      "print the live rows of a table through its table object: a line of column names, then "
+      "one row per line",
+      "odlex rows product.msi Shortcut", [options] {
+        const ODLEXTObject::typeID type = tableTypeOf(options->table);
+        if (type == ODLEXTObject::eNoTable)
+          throw Failure(engine::kInvalidTable,
+                        "no table object for a table named " + options->table);
+        // Opened once through the engine first, for a precise error when the file cannot be read.
+        openPackage(options->package, engine::Database::OpenMode::kReadOnly);
+        try {
+          printRows(options->package, options->table, type, options->json);
+        } catch (const ODLEXDatabaseError& error) {
+          const int code = static_cast<ODLEXDatabaseError::eCodeMeaning>(error);
+          throw Failure(engine::kFunctionFailed, "the table object of " + options->table +
+                                                     " failed with code " + std::to_string(code));
+        }
+        return 0;
+      });
+  addPackageArgument(command, options->package);
+  command.add_option("TABLE", options->table, "the table")->required();
+  addJsonFlag(command, options->json,
+              R"({"table": name, "columns": [names], "rows": [[null or text per column]]})");
 }
 
 }  // namespace odlex::cli

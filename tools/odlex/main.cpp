@@ -1,63 +1,67 @@
 // odlex: inspect, export, import and rewrite installer databases from the command line.
 
 #include <cstdio>
-#include <cstring>
 #include <exception>
-#include <span>
-#include <string_view>
+#include <iostream>
+#include <string>
+#include <vector>
 
 #include "Cli.h"
 
 namespace {
 
-constexpr const char* kUsage =
-    "usage: odlex COMMAND ARGUMENTS\n"
-    "  tables PACKAGE                    list the persistent tables in _Tables order\n"
-    "  export PACKAGE TABLE [-o FILE]    one table as .idt text (stdout by default)\n"
-    "  export-all PACKAGE DIR            every table, _SummaryInformation and\n"
-    "                                    _ForceCodepage as .idt files into DIR\n"
-    "  import PACKAGE FILE.idt... [-o OUT]\n"
-    "                                    import table files into PACKAGE (created when\n"
-    "                                    missing), or into a copy OUT\n"
-    "  rewrite PACKAGE -o OUT            decode everything and write a fresh file\n"
-    "  query PACKAGE \"SQL\"               run a SELECT, one row per line, tab-separated\n"
-    "  rows PACKAGE TABLE                the live rows of TABLE through its table object:\n"
-    "                                    a line of column names, then one row per line,\n"
-    "                                    tab-separated\n";
+constexpr const char* kVersion = "odlex 0.1.0\n";
 
-struct Entry {
-  const char* name;
-  odlex::cli::Command run;
-};
-
-constexpr Entry kCommands[] = {
-    {"tables", odlex::cli::tablesCommand},
-    {"export", odlex::cli::exportCommand},
-    {"export-all", odlex::cli::exportAllCommand},
-    {"import", odlex::cli::importCommand},
-    {"rewrite", odlex::cli::rewriteCommand},
-    {"query", odlex::cli::queryCommand},
-    {"rows", odlex::cli::rowsCommand},
-};
+// `odlex help [WORDS...]`: the help of the command the words name, or of the tool.
+int printHelp(CLI::App& app, const std::vector<std::string>& words) {
+  CLI::App* command = &app;
+  for (const std::string& word : words) {
+    const auto found = command->get_subcommands(
+        [&word](CLI::App* candidate) { return candidate->get_name() == word; });
+    if (found.empty()) {
+      std::fprintf(stderr, "odlex: no command %s\n", word.c_str());
+      return 2;
+    }
+    command = found.front();
+  }
+  std::cout << command->help();
+  return 0;
+}
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  std::span<char* const> words(argv + 1, static_cast<std::size_t>(argc > 0 ? argc - 1 : 0));
-  if (words.empty() || std::string_view(words[0]) == "--help" ||
-      std::string_view(words[0]) == "-h") {
-    std::fputs(kUsage, words.empty() ? stderr : stdout);
-    return words.empty() ? 1 : 0;
-  }
+  CLI::App app("odlex opens, edits, checks and saves Windows Installer databases.", "odlex");
+  app.set_version_flag("--version", kVersion);
+  app.require_subcommand(1);
+  app.footer(
+      "Run 'odlex help COMMAND' or 'odlex COMMAND --help' for a command's use and an "
+      "example.");
+  odlex::cli::Commands commands(app);
+  odlex::cli::addInspectCommands(commands);
+  odlex::cli::addEditCommands(commands);
+  odlex::cli::addRowsCommand(commands);
+  std::vector<std::string> helpWords;
+  CLI::App* help = app.add_subcommand("help", "show the use of a command and an example");
+  help->add_option("COMMAND", helpWords, "the command (and verb) to explain");
+
   try {
-    for (const Entry& command : kCommands) {
-      if (std::strcmp(words[0], command.name) == 0) {
-        return command.run(odlex::cli::Arguments::parse(words.subspan(1)));
-      }
-    }
-    throw odlex::cli::UsageError(std::string("unknown command ") + words[0]);
-  } catch (const odlex::cli::UsageError& error) {
-    std::fprintf(stderr, "odlex: %s\n%s", error.what(), kUsage);
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    if (error.get_exit_code() == 0)
+      return app.exit(error);
+    // A usage mistake: what is wrong, then the use of the command it was made in.
+    std::fprintf(stderr, "odlex: %s\n", error.what());
+    const CLI::App* failed = &app;
+    while (!failed->get_subcommands().empty())
+      failed = failed->get_subcommands().front();
+    std::cerr << failed->help();
+    return 2;
+  }
+  if (help->parsed())
+    return printHelp(app, helpWords);
+  try {
+    return commands.chosen()();
   } catch (const odlex::cli::Failure& error) {
     std::fprintf(stderr, "odlex: %s (error %u)\n", error.what(), error.code);
   } catch (const std::exception& error) {
