@@ -30,6 +30,25 @@ struct CompoundEntry {
   std::vector<std::uint32_t> children;  // entry indices, storages only
 };
 
+// Reads one stream from its start to its end, a piece at a time.
+class StreamReader {
+ public:
+  virtual ~StreamReader() = default;
+  // The next `length` bytes of the stream; false with a reason when they cannot be read
+  // (reading past the stream's end included).
+  virtual bool read(std::uint8_t* out, std::size_t length, std::string& error) = 0;
+};
+
+// A stream whose bytes stay where they are (in an open file) until they are copied: a large
+// stream is never held in memory whole.
+class StreamSource {
+ public:
+  virtual ~StreamSource() = default;
+  virtual std::uint64_t size() const = 0;
+  // A reader from the stream's first byte; null with a reason when it cannot be read.
+  virtual std::unique_ptr<StreamReader> open(std::string& error) const = 0;
+};
+
 class CompoundFileReader {
  public:
   // Reads the header, the sector tables and the directory. The file stays open: stream
@@ -46,6 +65,9 @@ class CompoundFileReader {
   virtual const std::vector<CompoundEntry>& entries() const = 0;
   virtual bool readStream(std::uint32_t entry, std::vector<std::uint8_t>& out,
                           std::string& error) const = 0;
+  // Stream `entry` as a source read on demand, in pieces. REQUIRES: the reader outlives the
+  // source and every reader opened from it. Null for an entry that is not a stream.
+  virtual std::shared_ptr<const StreamSource> streamSource(std::uint32_t entry) const = 0;
 };
 
 // A tree to be written out.
@@ -56,17 +78,47 @@ struct CompoundNode {
   std::uint32_t stateBits = 0;
   std::uint64_t created = 0;
   std::uint64_t modified = 0;
-  std::vector<std::uint8_t> data;      // streams
-  std::vector<CompoundNode> children;  // storages
+  std::vector<std::uint8_t> data;              // a stream's bytes, unless `source` is set
+  std::shared_ptr<const StreamSource> source;  // where a stream's bytes are, when not in data
+  std::vector<CompoundNode> children;          // storages
+
+  std::uint64_t streamSize() const { return source ? source->size() : data.size(); }
 };
 
-// Loads entry `entry` of `reader` (a stream with its bytes, or a storage with everything under
-// it) into `out`, e.g. to copy an embedded storage or to rewrite a whole file.
-bool readCompoundTree(const CompoundFileReader& reader, std::uint32_t entry, CompoundNode& out,
-                      std::string& error);
+// How readCompoundTree gives streams: their bytes read into `data`, or as sources that read
+// them only when they are copied.
+enum class StreamContents { kRead, kSource };
 
-// Serialises `root` (a storage) into a complete compound file image. Names longer than
-// 31 UTF-16 units or duplicated within one storage are refused.
+// Loads entry `entry` of `reader` (a stream, or a storage with everything under it) into `out`,
+// e.g. to copy an embedded storage or to rewrite a whole file. With kSource the reader must
+// outlive `out`.
+bool readCompoundTree(const CompoundFileReader& reader, std::uint32_t entry, CompoundNode& out,
+                      std::string& error, StreamContents contents = StreamContents::kRead);
+
+// Writes a tree as a compound file, in order and in bounded pieces: the memory it takes is that
+// of the file's sector tables and directory, whatever the size of the streams, which are copied
+// from their sources a piece at a time.
+class CompoundFileWriter {
+ public:
+  CompoundFileWriter();
+  ~CompoundFileWriter();
+  CompoundFileWriter(const CompoundFileWriter&) = delete;
+  CompoundFileWriter& operator=(const CompoundFileWriter&) = delete;
+
+  // Lays out `root` (a storage). False with the reason when it cannot be written: names longer
+  // than 31 UTF-16 units or duplicated within one storage, or too much for one file.
+  // REQUIRES: `root` stays unchanged until write is done.
+  bool plan(const CompoundNode& root, std::string& error, std::uint16_t majorVersion = 3);
+  // Appends the planned file to `out`. False with the reason when a stream cannot be read or
+  // the file cannot be written. REQUIRES: plan succeeded.
+  bool write(WritableFile& out, std::string& error);
+
+ private:
+  struct Layout;
+  std::unique_ptr<Layout> layout_;
+};
+
+// The whole file as bytes in memory (small files: embedded storages, tests).
 bool writeCompoundFile(const CompoundNode& root, std::vector<std::uint8_t>& out, std::string& error,
                        std::uint16_t majorVersion = 3);
 

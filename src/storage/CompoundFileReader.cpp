@@ -47,8 +47,19 @@ class Reader final : public CompoundFileReader {
       : file_(std::move(file)), fileSize_(file_->size()) {}
 
   bool load(std::string& error) {
-    return readHeader(error) && readFat(error) && readMiniFat(error) && readDirectory(error) &&
-           readMiniStreamLocation(error) && buildTree(error) && claimStreams(error);
+    if (!readHeader(error) || !readFat(error) || !readMiniFat(error) || !readDirectory(error) ||
+        !readMiniStreamLocation(error) || !buildTree(error) || !claimStreams(error))
+      return false;
+    // Who owns which sector matters only while the file is checked.
+    sectorOwners_ = {};
+    miniOwners_ = {};
+    return true;
+  }
+
+  std::shared_ptr<const StreamSource> streamSource(std::uint32_t index) const override {
+    if (index >= entries_.size() || entries_[index].isStorage)
+      return nullptr;
+    return std::make_shared<Source>(*this, index);
   }
 
   std::uint16_t majorVersion() const override { return major_; }
@@ -84,6 +95,94 @@ class Reader final : public CompoundFileReader {
   }
 
  private:
+  // Reads a stream along its chain, one run of neighbouring units at a time.
+  class ChainReader final : public StreamReader {
+   public:
+    ChainReader(const Reader& reader, std::uint32_t index)
+        : reader_(reader),
+          chain_(reader.streamChain(index)),
+          mini_(chain_.table == &reader.miniFat_),
+          unitSize_(mini_ ? kMiniSectorSize : reader.sectorSize_),
+          next_(chain_.start),
+          left_(reader.entries_[index].size) {}
+
+    bool read(std::uint8_t* out, std::size_t length, std::string& error) override {
+      if (length > left_) {
+        error = "read past the end of a stream";
+        return false;
+      }
+      while (length > 0) {
+        if (unitLeft_ == 0 && !nextUnit(error))
+          return false;
+        const std::uint64_t runStart = position();
+        std::size_t run = 0;
+        for (;;) {
+          const std::size_t take = static_cast<std::size_t>(
+              std::min<std::uint64_t>(unitLeft_, std::uint64_t{length - run}));
+          run += take;
+          unitUsed_ += take;
+          unitLeft_ -= take;
+          // A run goes on into the next unit when that unit follows this one in the file.
+          if (run == length || unitLeft_ > 0 || mini_ || next_ != current_ + 1)
+            break;
+          if (!nextUnit(error))
+            return false;
+        }
+        if (!reader_.readClamped(runStart, out, run, error))
+          return false;
+        out += run;
+        length -= run;
+        left_ -= run;
+      }
+      return true;
+    }
+
+   private:
+    bool nextUnit(std::string& error) {
+      if (taken_ == chain_.maxLength) {
+        error = "a stream's chain ends before its data";
+        return false;
+      }
+      if (!inRange(chain_, next_, error))
+        return false;
+      current_ = next_;
+      next_ = (*chain_.table)[current_];
+      ++taken_;
+      unitUsed_ = 0;
+      unitLeft_ = unitSize_;
+      return true;
+    }
+
+    std::uint64_t position() const {
+      return (mini_ ? reader_.miniSectorOffset(current_) : reader_.sectorOffset(current_)) +
+             unitUsed_;
+    }
+
+    const Reader& reader_;
+    const ChainRequest chain_;
+    const bool mini_;
+    const std::uint32_t unitSize_;
+    std::uint32_t current_ = 0;
+    std::uint32_t next_;
+    std::uint64_t taken_ = 0;
+    std::uint64_t unitUsed_ = 0;
+    std::uint64_t unitLeft_ = 0;
+    std::uint64_t left_;
+  };
+
+  class Source final : public StreamSource {
+   public:
+    Source(const Reader& reader, std::uint32_t index) : reader_(reader), index_(index) {}
+    std::uint64_t size() const override { return reader_.entries_[index_].size; }
+    std::unique_ptr<StreamReader> open(std::string&) const override {
+      return std::make_unique<ChainReader>(reader_, index_);
+    }
+
+   private:
+    const Reader& reader_;
+    std::uint32_t index_;
+  };
+
   static std::string entryLabel(std::uint32_t index, std::u16string_view name = {}) {
     std::string label = "directory entry " + std::to_string(index);
     if (!name.empty())

@@ -5,7 +5,7 @@
 namespace odlex::storage {
 
 bool readCompoundTree(const CompoundFileReader& reader, std::uint32_t entry, CompoundNode& out,
-                      std::string& error) {
+                      std::string& error, StreamContents contents) {
   const std::vector<CompoundEntry>& entries = reader.entries();
   if (entry >= entries.size()) {
     error = "entry " + std::to_string(entry) + " does not exist";
@@ -25,7 +25,9 @@ bool readCompoundTree(const CompoundFileReader& reader, std::uint32_t entry, Com
     node->created = source.created;
     node->modified = source.modified;
     if (!source.isStorage) {
-      if (!reader.readStream(index, node->data, error))
+      if (contents == StreamContents::kSource)
+        node->source = reader.streamSource(index);
+      else if (!reader.readStream(index, node->data, error))
         return false;
       continue;
     }

@@ -1,10 +1,12 @@
-// Writes a tree of storages and streams as one compound file image. The layout is fixed by the
-// tree alone (same tree, same bytes): FAT sectors, DIFAT sectors, directory, mini FAT, mini
-// stream, then the large streams in directory order.
+// Writes a tree of storages and streams as one compound file. The layout is fixed by the tree
+// alone (same tree, same bytes): FAT sectors, DIFAT sectors, directory, mini FAT, mini stream,
+// then the large streams in directory order. The file is written from start to end through a
+// buffer, each stream copied from its source a piece at a time.
 
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <span>
 
 #include "storage/CompoundFile.h"
 #include "storage/CompoundFileFormat.h"
@@ -101,41 +103,86 @@ struct Layout {
   std::uint64_t totalSectors = 0;
 };
 
-class Writer {
+// Appends to a file through a buffer, so that many small pieces make few writes.
+class Emitter {
  public:
-  Writer(std::uint16_t major, std::vector<DirectoryEntry>& entries, std::vector<std::uint8_t>& out)
-      : major_(major), entries_(entries), out_(out) {
-    layout_.sectorSize = major == 3 ? 512 : 4096;
-  }
+  explicit Emitter(WritableFile& out) : out_(out) { buffer_.reserve(kBufferSize); }
 
-  bool run(std::string& error) {
-    if (!planStreams(error) || !planLayout(error))
+  bool append(std::span<const std::uint8_t> bytes, std::string& error) {
+    written_ += bytes.size();
+    if (buffer_.size() + bytes.size() > kBufferSize && !flush(error))
       return false;
-    out_.assign((layout_.totalSectors + 1) * layout_.sectorSize, 0);
-    writeHeader();
-    writeFat();
-    writeDifat();
-    writeDirectory();
-    writeMiniFatAndStreams();
+    if (bytes.size() >= kBufferSize)
+      return out_.append(bytes, error);
+    buffer_.insert(buffer_.end(), bytes.begin(), bytes.end());
+    return true;
+  }
+  // Zeros up to the next multiple of `unit` bytes.
+  bool pad(std::uint64_t unit, std::string& error) {
+    static const std::uint8_t zeros[kMaxSectorSize] = {};
+    const std::uint64_t rest = written_ % unit;
+    return rest == 0 || append(std::span(zeros, static_cast<std::size_t>(unit - rest)), error);
+  }
+  bool flush(std::string& error) {
+    if (!buffer_.empty() && !out_.append(buffer_, error))
+      return false;
+    buffer_.clear();
     return true;
   }
 
+  static constexpr std::size_t kBufferSize = 1 << 20;
+  static constexpr std::size_t kMaxSectorSize = 4096;
+
  private:
-  std::uint8_t* sector(std::uint64_t index) {
-    return out_.data() + (index + 1) * layout_.sectorSize;
+  WritableFile& out_;
+  std::vector<std::uint8_t> buffer_;
+  std::uint64_t written_ = 0;
+};
+
+// Collects appended bytes in memory.
+class MemoryFile final : public WritableFile {
+ public:
+  explicit MemoryFile(std::vector<std::uint8_t>& bytes) : bytes_(bytes) {}
+  bool append(std::span<const std::uint8_t> bytes, std::string&) override {
+    bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
+    return true;
+  }
+  bool finish(std::string&) override { return true; }
+
+ private:
+  std::vector<std::uint8_t>& bytes_;
+};
+
+class Writer {
+ public:
+  Writer(std::uint16_t major, std::vector<DirectoryEntry> entries)
+      : major_(major), entries_(std::move(entries)) {
+    layout_.sectorSize = major == 3 ? 512 : 4096;
   }
 
+  bool plan(std::string& error) { return planStreams(error) && planLayout(error); }
+
+  bool write(WritableFile& file, std::string& error) const {
+    Emitter out(file);
+    return writeHeader(out, error) && writeFat(out, error) && writeDifat(out, error) &&
+           writeDirectory(out, error) && writeMiniFat(out, error) &&
+           writeStreams(out, true, error) && out.pad(layout_.sectorSize, error) &&
+           writeStreams(out, false, error) && out.flush(error);
+  }
+
+ private:
   bool planStreams(std::string& error) {
     std::uint64_t miniSectors = 0;
     std::uint64_t dataSectors = 0;
     for (DirectoryEntry& entry : entries_) {
-      const std::uint64_t size = entry.node->isStorage ? 0 : entry.node->data.size();
-      if (entry.node->isStorage && !entry.node->data.empty()) {
-        error = "storage " + describeEntryName(entry.node->name) + " cannot hold data";
+      const CompoundNode& node = *entry.node;
+      if (node.isStorage && (!node.data.empty() || node.source)) {
+        error = "storage " + describeEntryName(node.name) + " cannot hold data";
         return false;
       }
+      const std::uint64_t size = node.isStorage ? 0 : node.streamSize();
       if (major_ == 3 && size > std::numeric_limits<std::uint32_t>::max()) {
-        error = "stream " + describeEntryName(entry.node->name) + " is too large for version 3";
+        error = "stream " + describeEntryName(node.name) + " is too large for version 3";
         return false;
       }
       if (size == 0)
@@ -147,10 +194,10 @@ class Writer {
         entry.start = static_cast<std::uint32_t>(dataSectors);  // relative until laid out
         dataSectors += ceilDiv(size, layout_.sectorSize);
       }
-    }
-    if (dataSectors > kMaxRegularSector || miniSectors > kMaxRegularSector) {
-      error = "streams too large for one compound file";
-      return false;
+      if (dataSectors > kMaxRegularSector || miniSectors > kMaxRegularSector) {
+        error = "streams too large for one compound file";
+        return false;
+      }
     }
     layout_.miniSectors = static_cast<std::uint32_t>(miniSectors);
     layout_.dataSectors = static_cast<std::uint32_t>(dataSectors);
@@ -194,8 +241,10 @@ class Writer {
     return true;
   }
 
-  void writeHeader() {
-    std::uint8_t* h = out_.data();
+  // The header takes one whole sector (4096 bytes in version 4).
+  bool writeHeader(Emitter& out, std::string& error) const {
+    std::vector<std::uint8_t> sector(layout_.sectorSize, 0);
+    std::uint8_t* h = sector.data();
     std::memcpy(h, kSignature, sizeof kSignature);
     store16(h + header::kMinorVersion, cfb::kMinorVersion);
     store16(h + header::kMajorVersion, major_);
@@ -214,6 +263,7 @@ class Writer {
     for (std::uint32_t i = 0; i < kHeaderDifatEntries; ++i) {
       store32(h + header::kDifat + 4 * i, i < layout_.fatSectors ? i : kFreeSector);
     }
+    return out.append(sector, error);
   }
 
   static void chain(std::vector<std::uint32_t>& table, std::uint32_t start, std::uint32_t count) {
@@ -222,12 +272,22 @@ class Writer {
     }
   }
 
-  static void storeTable(const std::vector<std::uint32_t>& table, std::uint8_t* out) {
-    for (std::size_t i = 0; i < table.size(); ++i)
-      store32(out + 4 * i, table[i]);
+  // A table of sector numbers, little-endian, through a small buffer.
+  static bool appendTable(Emitter& out, const std::vector<std::uint32_t>& table,
+                          std::string& error) {
+    std::uint8_t bytes[4096];
+    for (std::size_t at = 0; at < table.size();) {
+      const std::size_t count = std::min<std::size_t>(table.size() - at, sizeof bytes / 4);
+      for (std::size_t i = 0; i < count; ++i)
+        store32(bytes + 4 * i, table[at + i]);
+      if (!out.append(std::span(bytes, count * 4), error))
+        return false;
+      at += count;
+    }
+    return true;
   }
 
-  void writeFat() {
+  bool writeFat(Emitter& out, std::string& error) const {
     const Layout& l = layout_;
     std::vector<std::uint32_t> fat(std::size_t{l.fatSectors} * (l.sectorSize / 4), kFreeSector);
     std::fill_n(fat.begin(), l.fatSectors, kFatSector);
@@ -236,41 +296,45 @@ class Writer {
     chain(fat, l.miniFatStart, l.miniFatSectors);
     chain(fat, l.miniStreamStart, l.miniStreamSectors);
     for (const DirectoryEntry& entry : entries_) {
-      const std::uint64_t size = entry.node->data.size();
-      if (!entry.node->isStorage && size >= kMiniStreamCutoff) {
+      const std::uint64_t size = entry.node->isStorage ? 0 : entry.node->streamSize();
+      if (size >= kMiniStreamCutoff) {
         chain(fat, l.dataStart + entry.start,
               static_cast<std::uint32_t>(ceilDiv(size, l.sectorSize)));
       }
     }
-    storeTable(fat, sector(0));
+    return appendTable(out, fat, error);
   }
 
-  void writeDifat() {
+  bool writeDifat(Emitter& out, std::string& error) const {
     const Layout& l = layout_;
     const std::uint32_t perSector = l.sectorSize / 4 - 1;
     std::uint32_t fatIndex = kHeaderDifatEntries;
+    std::vector<std::uint32_t> table(perSector + 1);
     for (std::uint32_t d = 0; d < l.difatSectors; ++d) {
-      std::uint8_t* bytes = sector(l.fatSectors + d);
-      for (std::uint32_t i = 0; i < perSector; ++i, ++fatIndex) {
-        store32(bytes + 4 * i, fatIndex < l.fatSectors ? fatIndex : kFreeSector);
-      }
-      const bool last = d + 1 == l.difatSectors;
-      store32(bytes + 4 * perSector, last ? kEndOfChain : l.fatSectors + d + 1);
+      for (std::uint32_t i = 0; i < perSector; ++i, ++fatIndex)
+        table[i] = fatIndex < l.fatSectors ? fatIndex : kFreeSector;
+      table[perSector] = d + 1 == l.difatSectors ? kEndOfChain : l.fatSectors + d + 1;
+      if (!appendTable(out, table, error))
+        return false;
     }
+    return true;
   }
 
-  void writeDirectory() {
-    const Layout& l = layout_;
-    std::uint8_t* base = sector(l.directoryStart);
-    const std::size_t slots = std::size_t{l.directorySectors} * l.sectorSize / kDirectoryEntrySize;
+  bool writeDirectory(Emitter& out, std::string& error) const {
+    const std::size_t slots =
+        std::size_t{layout_.directorySectors} * layout_.sectorSize / kDirectoryEntrySize;
+    std::uint8_t raw[kDirectoryEntrySize];
     for (std::size_t i = 0; i < slots; ++i) {
-      std::uint8_t* raw = base + i * kDirectoryEntrySize;
+      std::memset(raw, 0, sizeof raw);
       store32(raw + entry::kLeft, kNoStream);
       store32(raw + entry::kRight, kNoStream);
       store32(raw + entry::kChild, kNoStream);
       if (i < entries_.size())
         writeEntry(entries_[i], i == 0, raw);
+      if (!out.append(raw, error))
+        return false;
     }
+    return true;
   }
 
   void writeEntry(const DirectoryEntry& e, bool isRoot, std::uint8_t* raw) const {
@@ -293,46 +357,78 @@ class Writer {
       store32(raw + entry::kStartSector, hasMini ? layout_.miniStreamStart : kEndOfChain);
       store64(raw + entry::kSize, std::uint64_t{layout_.miniSectors} * kMiniSectorSize);
     } else if (!node.isStorage) {
-      const std::uint64_t size = node.data.size();
+      const std::uint64_t size = node.streamSize();
       const std::uint32_t start = size >= kMiniStreamCutoff ? layout_.dataStart + e.start : e.start;
       store32(raw + entry::kStartSector, size == 0 ? kEndOfChain : start);
       store64(raw + entry::kSize, size);
     }
   }
 
-  void writeMiniFatAndStreams() {
-    const Layout& l = layout_;
-    std::vector<std::uint32_t> miniFat(std::size_t{l.miniFatSectors} * (l.sectorSize / 4),
-                                       kFreeSector);
-    std::uint8_t* miniStream = sector(l.miniStreamStart);
+  bool writeMiniFat(Emitter& out, std::string& error) const {
+    std::vector<std::uint32_t> miniFat(
+        std::size_t{layout_.miniFatSectors} * (layout_.sectorSize / 4), kFreeSector);
     for (const DirectoryEntry& entry : entries_) {
-      const std::vector<std::uint8_t>& data = entry.node->data;
-      if (entry.node->isStorage || data.empty())
-        continue;
-      if (data.size() < kMiniStreamCutoff) {
-        chain(miniFat, entry.start,
-              static_cast<std::uint32_t>(ceilDiv(data.size(), kMiniSectorSize)));
-        std::memcpy(miniStream + std::size_t{entry.start} * kMiniSectorSize, data.data(),
-                    data.size());
-      } else {
-        std::memcpy(sector(l.dataStart + entry.start), data.data(), data.size());
-      }
+      const std::uint64_t size = entry.node->isStorage ? 0 : entry.node->streamSize();
+      if (size > 0 && size < kMiniStreamCutoff)
+        chain(miniFat, entry.start, static_cast<std::uint32_t>(ceilDiv(size, kMiniSectorSize)));
     }
-    if (l.miniFatSectors > 0)
-      storeTable(miniFat, sector(l.miniFatStart));
+    return appendTable(out, miniFat, error);
   }
 
+  // The small streams (the mini stream's contents) or the large ones, in directory order, each
+  // padded to its unit.
+  bool writeStreams(Emitter& out, bool small, std::string& error) const {
+    std::vector<std::uint8_t> piece;
+    for (const DirectoryEntry& entry : entries_) {
+      const CompoundNode& node = *entry.node;
+      const std::uint64_t size = node.isStorage ? 0 : node.streamSize();
+      if (size == 0 || (size < kMiniStreamCutoff) != small)
+        continue;
+      if (!copyStream(node, out, piece, error)) {
+        error = "stream " + describeEntryName(node.name) + ": " + error;
+        return false;
+      }
+      if (!out.pad(small ? kMiniSectorSize : layout_.sectorSize, error))
+        return false;
+    }
+    return true;
+  }
+
+  static bool copyStream(const CompoundNode& node, Emitter& out, std::vector<std::uint8_t>& piece,
+                         std::string& error) {
+    if (!node.source)
+      return out.append(node.data, error);
+    const std::unique_ptr<StreamReader> reader = node.source->open(error);
+    if (!reader)
+      return false;
+    for (std::uint64_t left = node.source->size(); left > 0;) {
+      piece.resize(static_cast<std::size_t>(std::min<std::uint64_t>(left, kCopyPiece)));
+      if (!reader->read(piece.data(), piece.size(), error) || !out.append(piece, error))
+        return false;
+      left -= piece.size();
+    }
+    return true;
+  }
+
+  static constexpr std::uint64_t kCopyPiece = 1 << 20;
+
   std::uint16_t major_;
-  std::vector<DirectoryEntry>& entries_;
-  std::vector<std::uint8_t>& out_;
+  std::vector<DirectoryEntry> entries_;
   Layout layout_;
 };
 
 }  // namespace
 
-bool writeCompoundFile(const CompoundNode& root, std::vector<std::uint8_t>& out, std::string& error,
-                       std::uint16_t majorVersion) {
-  out.clear();
+struct CompoundFileWriter::Layout {
+  std::unique_ptr<Writer> writer;
+};
+
+CompoundFileWriter::CompoundFileWriter() : layout_(std::make_unique<Layout>()) {}
+CompoundFileWriter::~CompoundFileWriter() = default;
+
+bool CompoundFileWriter::plan(const CompoundNode& root, std::string& error,
+                              std::uint16_t majorVersion) {
+  layout_->writer.reset();
   if (majorVersion != 3 && majorVersion != 4) {
     error = "cannot write compound file version " + std::to_string(majorVersion);
     return false;
@@ -344,8 +440,27 @@ bool writeCompoundFile(const CompoundNode& root, std::vector<std::uint8_t>& out,
   std::vector<DirectoryEntry> entries;
   if (!flatten(root, entries, error))
     return false;
-  Writer writer(majorVersion, entries, out);
-  if (!writer.run(error)) {
+  auto writer = std::make_unique<Writer>(majorVersion, std::move(entries));
+  if (!writer->plan(error))
+    return false;
+  layout_->writer = std::move(writer);
+  return true;
+}
+
+bool CompoundFileWriter::write(WritableFile& out, std::string& error) {
+  if (!layout_->writer) {
+    error = "nothing planned to write";
+    return false;
+  }
+  return layout_->writer->write(out, error);
+}
+
+bool writeCompoundFile(const CompoundNode& root, std::vector<std::uint8_t>& out, std::string& error,
+                       std::uint16_t majorVersion) {
+  out.clear();
+  CompoundFileWriter writer;
+  MemoryFile file(out);
+  if (!writer.plan(root, error, majorVersion) || !writer.write(file, error)) {
     out.clear();
     return false;
   }

@@ -306,6 +306,15 @@ bool FileSystem::writeFile(const std::filesystem::path& path, std::span<const st
 bool replaceFileAtomically(FileSystem& fs, const std::filesystem::path& target,
                            std::span<const std::uint8_t> bytes, std::string& error,
                            std::optional<FileStamp>* written) {
+  return replaceFileAtomically(
+      fs, target,
+      [bytes](WritableFile& file, std::string& reason) { return file.append(bytes, reason); },
+      error, written);
+}
+
+bool replaceFileAtomically(FileSystem& fs, const std::filesystem::path& target,
+                           const std::function<bool(WritableFile&, std::string&)>& write,
+                           std::string& error, std::optional<FileStamp>* written) {
   std::filesystem::path resolved;
   if (!fs.resolveLinks(target, resolved, error))
     return false;
@@ -313,7 +322,7 @@ bool replaceFileAtomically(FileSystem& fs, const std::filesystem::path& target,
   auto file = fs.createFile(temporary, {.exclusive = true, .permissionsOf = resolved}, error);
   if (!file)
     return false;
-  bool complete = file->append(bytes, error);
+  bool complete = write(*file, error);
   if (complete && written)
     *written = file->stamp();
   complete = complete && file->finish(error);

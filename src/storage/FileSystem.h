@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -99,6 +100,11 @@ class FileSystem {
 bool replaceFileAtomically(FileSystem& fs, const std::filesystem::path& target,
                            std::span<const std::uint8_t> bytes, std::string& error,
                            std::optional<FileStamp>* written = nullptr);
+// The same with the new file's contents appended by `write`, in as many pieces as it likes;
+// false from `write` (with the reason) fails the replacement like a failed write.
+bool replaceFileAtomically(FileSystem& fs, const std::filesystem::path& target,
+                           const std::function<bool(WritableFile&, std::string&)>& write,
+                           std::string& error, std::optional<FileStamp>* written = nullptr);
 
 // Reads a whole file into memory (used for small inputs: idt files, certificates).
 bool readWholeFile(FileSystem& fs, const std::filesystem::path& path,

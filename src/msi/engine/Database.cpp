@@ -225,9 +225,10 @@ bool Database::removeStorage(std::u16string_view name) {
          0;
 }
 
-bool Database::readStoredNode(std::uint32_t entry, storage::CompoundNode& out, Error& error) const {
+bool Database::readStoredNode(std::uint32_t entry, storage::CompoundNode& out, Error& error,
+                              storage::StreamContents contents) const {
   std::string reason;
-  if (storage::readCompoundTree(*reader_, entry, out, reason))
+  if (storage::readCompoundTree(*reader_, entry, out, reason, contents))
     return true;
   error = Error{kReadFault, toUtf8(reader_->entries().at(entry).name) + ": " + reason};
   return false;

@@ -115,8 +115,11 @@ class Database {
   Database(storage::FileSystem& fs, OpenMode mode);
   bool load(Error& error);
   // Copies an entry of the opened file (a stream, or a storage with everything in it).
-  bool readStoredNode(std::uint32_t entry, storage::CompoundNode& out, Error& error) const;
-  bool buildImage(std::vector<std::uint8_t>& image, Error& error);
+  bool readStoredNode(std::uint32_t entry, storage::CompoundNode& out, Error& error,
+                      storage::StreamContents contents = storage::StreamContents::kRead) const;
+  // The tree of the file to write: tables encoded, streams still in the opened file as
+  // sources read when the file is written.
+  bool buildTree(storage::CompoundNode& root, Error& error);
   // Writes the whole database to `target` (commit and saveAs); the new file's stamp goes to
   // `written` when given.
   std::uint32_t write(const std::filesystem::path& target, Error& error,

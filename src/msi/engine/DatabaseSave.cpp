@@ -1,6 +1,7 @@
-// Saving a database: the whole file is rebuilt in memory (string pool, catalog tables,
-// every table, streams, storages, summary information) and replaces the target in one
-// rename, so a failure at any step leaves the old file as it was.
+// Saving a database: the string pool, the catalog tables and every table are encoded in memory;
+// streams and storages still in the opened file are copied from it in bounded pieces as the new
+// file is written beside the target, which it then replaces in one rename, so a failure at any
+// step leaves the old file as it was.
 
 #include <algorithm>
 
@@ -50,7 +51,7 @@ bool containerName(const std::u16string& storedName, const std::u16string& name,
 }
 }  // namespace
 
-bool Database::buildImage(std::vector<std::uint8_t>& image, Error& error) {
+bool Database::buildTree(storage::CompoundNode& root, Error& error) {
   // Names in the catalog tables are pool strings too.
   std::vector<std::pair<std::uint32_t, std::vector<std::uint32_t>>> catalogIds;
   for (const auto& table : tables_) {
@@ -92,7 +93,7 @@ bool Database::buildImage(std::vector<std::uint8_t>& image, Error& error) {
     return false;
   }
 
-  storage::CompoundNode root;
+  root = {};
   root.isStorage = true;
   root.name = u"Root Entry";
   root.clsid = rootClsid_;
@@ -124,11 +125,10 @@ bool Database::buildImage(std::vector<std::uint8_t>& image, Error& error) {
 
   auto addStream = [&](const StreamSlot& slot, bool isTable) {
     storage::CompoundNode node;
-    if (slot.data) {
+    if (slot.data)
       node.data = *slot.data;
-    } else if (!readStoredNode(slot.entry, node, error)) {
-      return false;
-    }
+    else
+      node.source = reader_->streamSource(slot.entry);
     if (!containerName(slot.storedName, slot.name, isTable, node.name, error))
       return false;
     root.children.push_back(std::move(node));
@@ -146,7 +146,7 @@ bool Database::buildImage(std::vector<std::uint8_t>& image, Error& error) {
     storage::CompoundNode node;
     if (slot.replacement) {
       node = *slot.replacement;
-    } else if (!readStoredNode(slot.entry, node, error)) {
+    } else if (!readStoredNode(slot.entry, node, error, storage::StreamContents::kSource)) {
       return false;
     }
     if (!containerName(slot.storedName, slot.name, false, node.name, error))
@@ -165,10 +165,6 @@ bool Database::buildImage(std::vector<std::uint8_t>& image, Error& error) {
     root.children.push_back(streamNode(kSummaryStreamName, std::move(summaryBytes)));
   }
 
-  if (!storage::writeCompoundFile(root, image, reason)) {
-    error = Error{kFunctionFailed, reason};
-    return false;
-  }
   return true;
 }
 
@@ -207,13 +203,21 @@ std::uint32_t Database::write(const std::filesystem::path& target, Error& error,
                               std::optional<storage::FileStamp>* written) {
   if (reader_ && !unchangedOnDisk(sourcePath_, sourceStamp_, error))
     return error.code;
-  std::vector<std::uint8_t> image;
-  if (!buildImage(image, error)) {
+  storage::CompoundNode root;
+  std::string reason;
+  storage::CompoundFileWriter writer;
+  if (!buildTree(root, error)) {
     error.text = target.string() + ": " + error.text;
     return error.code;
   }
-  std::string reason;
-  if (!storage::replaceFileAtomically(fs_, target, image, reason, written)) {
+  if (!writer.plan(root, reason)) {
+    error = Error{kFunctionFailed, target.string() + ": " + reason};
+    return error.code;
+  }
+  const auto writeFile = [&writer](storage::WritableFile& file, std::string& why) {
+    return writer.write(file, why);
+  };
+  if (!storage::replaceFileAtomically(fs_, target, writeFile, reason, written)) {
     error = Error{kWriteFault, reason};
     return error.code;
   }

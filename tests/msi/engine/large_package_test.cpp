@@ -1,0 +1,119 @@
+// A package carrying a stream of hundreds of megabytes (a cabinet, say) is opened, edited and
+// saved in memory proportional to its tables: the stream is copied from the old file to the new
+// one in pieces and never held whole.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+
+#include "common/PeakMemory.h"
+#include "common/TempDir.h"
+#include "msi/engine/Database.h"
+#include "storage/StreamName.h"
+
+namespace odlex::engine {
+namespace {
+
+constexpr std::uint64_t kStreamSize = 512ull << 20;
+
+// The bytes of a file as a stream source (the file is read, never loaded whole).
+class FileSource final : public storage::StreamSource {
+ public:
+  explicit FileSource(std::filesystem::path path) : path_(std::move(path)) {}
+  std::uint64_t size() const override { return std::filesystem::file_size(path_); }
+  std::unique_ptr<storage::StreamReader> open(std::string& error) const override {
+    struct Reader final : storage::StreamReader {
+      std::unique_ptr<storage::ReadableFile> file;
+      std::uint64_t at = 0;
+      bool read(std::uint8_t* out, std::size_t length, std::string& why) override {
+        const bool ok = file->readAt(at, out, length, why);
+        at += length;
+        return ok;
+      }
+    };
+    auto reader = std::make_unique<Reader>();
+    reader->file = storage::FileSystem::real().openRead(path_, error);
+    return reader->file ? std::move(reader) : nullptr;
+  }
+
+ private:
+  std::filesystem::path path_;
+};
+
+// A package with table Kept and a stream "Binary.Big" of kStreamSize bytes (zeros, but the
+// last one, 0x5A).
+std::filesystem::path writeLargePackage(const test::TempDir& dir) {
+  Error error;
+  auto small = Database::open(storage::FileSystem::real(), dir / "small.msi",
+                              Database::OpenMode::kCreate, error);
+  EXPECT_TRUE(small->createTable(
+      u"Kept", {Column{u"Key", column_type::kText | column_type::kKey | 72}}, error));
+  EXPECT_EQ(small->commit(error), kSuccess) << error.text;
+
+  // Sparse: the stream's zeros take no room on disk.
+  { std::ofstream blob(dir / "blob", std::ios::binary); }
+  std::filesystem::resize_file(dir / "blob", kStreamSize - 1);
+  { std::ofstream(dir / "blob", std::ios::binary | std::ios::app).put(0x5A); }
+  std::string reason;
+  auto reader = storage::CompoundFileReader::open(
+      storage::FileSystem::real().openRead(dir / "small.msi", reason), reason);
+  storage::CompoundNode root;
+  EXPECT_TRUE(storage::readCompoundTree(*reader, 0, root, reason)) << reason;
+  storage::CompoundNode big;
+  big.name = *storage::encodeStreamName(u"Binary.Big", false);
+  big.source = std::make_shared<FileSource>(dir / "blob");
+  root.children.push_back(std::move(big));
+  storage::CompoundFileWriter writer;
+  EXPECT_TRUE(writer.plan(root, reason)) << reason;
+  const auto path = dir / "large.msi";
+  EXPECT_TRUE(storage::replaceFileAtomically(
+      storage::FileSystem::real(), path,
+      [&writer](storage::WritableFile& file, std::string& why) { return writer.write(file, why); },
+      reason))
+      << reason;
+  return path;
+}
+
+TEST(LargePackage, AnEditSavesAHugeStreamWithoutHoldingIt) {
+  test::TempDir dir;
+  const auto path = writeLargePackage(dir);
+  const long before = test::peakResidentBytes();
+  {
+    Error error;
+    auto db = Database::open(storage::FileSystem::real(), path, Database::OpenMode::kUpdate, error);
+    ASSERT_TRUE(db) << error.text;
+    Table* kept = db->findTable(u"Kept");
+    ASSERT_TRUE(kept);
+    kept->setCell(kept->addRow(), 0, db->strings().intern(u"edited"));
+    ASSERT_EQ(db->commit(error), kSuccess) << error.text;
+  }
+  const long grown = test::peakResidentBytes() - before;
+  EXPECT_LT(grown, 64L << 20) << "peak memory grew by " << (grown >> 20) << " MiB";
+
+  std::string reason;
+  auto reader =
+      storage::CompoundFileReader::open(storage::FileSystem::real().openRead(path, reason), reason);
+  ASSERT_TRUE(reader) << reason;
+  for (std::uint32_t entry = 0; entry < reader->entries().size(); ++entry) {
+    if (reader->entries()[entry].name != *storage::encodeStreamName(u"Binary.Big", false))
+      continue;
+    const auto source = reader->streamSource(entry);
+    ASSERT_EQ(source->size(), kStreamSize);
+    auto stream = source->open(reason);
+    std::vector<std::uint8_t> piece(1 << 20);
+    std::uint64_t nonZero = 0;
+    for (std::uint64_t left = kStreamSize; left > 0; left -= piece.size()) {
+      ASSERT_TRUE(stream->read(piece.data(), piece.size(), reason)) << reason;
+      nonZero += piece.size() - std::count(piece.begin(), piece.end(), 0);
+    }
+    EXPECT_EQ(nonZero, 1u);
+    EXPECT_EQ(piece.back(), 0x5A);
+    return;
+  }
+  ADD_FAILURE() << "the stream is gone";
+}
+
+}  // namespace
+}  // namespace odlex::engine
