@@ -7,84 +7,61 @@
 namespace odlex::test {
 namespace {
 
-// Rows of each table, one of them deleted, the others of more than one owner.
-class AssemblyTablesTest : public DatabaseTest {
- protected:
-  void SetUp() override {
-    DatabaseTest::SetUp();
-    ODLEXDatabase& db = openPackage();
-    assembly_ = &addRow(db.GetMsiAssembly(), MSIEMsiAssembly(u"MainExe"));
-    ODLEXTMsiAssemblyName& names = db.GetMsiAssemblyName();
-    name_ = &addRow(names, MSIEMsiAssemblyName(u"MainExe", u"Name"));
-    names.Delete(addRow(names, MSIEMsiAssemblyName(u"MainExe", u"Culture")));
-    addRow(names, MSIEMsiAssemblyName(u"Docs", u"Name"));
-    ODLEXTFileSFPCatalog& catalogs = db.GetFileSFPCatalog();
-    catalog_ = &addRow(catalogs, MSIEFileSFPCatalog(u"MainExe", u"app.cat"));
-    catalogs.Delete(addRow(catalogs, MSIEFileSFPCatalog(u"MainExe", u"old.cat")));
-    addRow(catalogs, MSIEFileSFPCatalog(u"Readme", u"app.cat"));
-    moduleComponent_ =
-        &addRow(db.GetModuleComponents(), MSIEModuleComponents(u"MainExe", u"Module.GUID", 1033));
-    addRow(db.GetModuleComponents(), MSIEModuleComponents(u"Docs", u"Module.GUID", 1031));
-    dependency_ = &addRow(db.GetModuleDependency(),
-                          MSIEModuleDependency(u"Module.GUID", 1033, u"Runtime.GUID", 0));
-    addRow(db.GetModuleDependency(), MSIEModuleDependency(u"Other.GUID", 1033, u"Runtime.GUID", 0));
-    ODLEXTModuleExclusion& exclusions = db.GetModuleExclusion();
-    exclusions.Delete(
-        addRow(exclusions, MSIEModuleExclusion(u"Module.GUID", 1033, u"Old.GUID", 0)));
-    ignored_ = &addRow(db.GetModuleIgnoreTable(), MSIEModuleIgnoreTable(u"Registry"));
-    db_ = &db;
-  }
+class AssemblyTablesTest : public DatabaseTest {};
 
-  ODLEXDatabase* db_ = nullptr;
-  MSIEMsiAssembly* assembly_ = nullptr;
-  MSIEMsiAssemblyName* name_ = nullptr;
-  MSIEFileSFPCatalog* catalog_ = nullptr;
-  MSIEModuleComponents* moduleComponent_ = nullptr;
-  MSIEModuleDependency* dependency_ = nullptr;
-  MSIEModuleIgnoreTable* ignored_ = nullptr;
-};
+// Rows of each table, one of them deleted, the others of more than one owner; module rows
+// belong to the module of the same ID and language.
+TEST_F(AssemblyTablesTest, RowsByKeyAndByOwner) {
+  ODLEXDatabase& db = openPackage();
+  ODLEXTMsiAssembly& assemblies = db.GetMsiAssembly();
+  ODLEXTMsiAssemblyName& names = db.GetMsiAssemblyName();
+  ODLEXTFileSFPCatalog& catalogs = db.GetFileSFPCatalog();
+  ODLEXTModuleIgnoreTable& ignored = db.GetModuleIgnoreTable();
+  ODLEXTModuleExclusion& exclusions = db.GetModuleExclusion();
+  MSIEMsiAssembly& assembly = addRow(assemblies, MSIEMsiAssembly(u"MainExe"));
+  MSIEMsiAssemblyName& name = addRow(names, MSIEMsiAssemblyName(u"MainExe", u"Name"));
+  names.Delete(addRow(names, MSIEMsiAssemblyName(u"MainExe", u"Culture")));
+  addRow(names, MSIEMsiAssemblyName(u"Docs", u"Name"));
+  MSIEFileSFPCatalog& catalog = addRow(catalogs, MSIEFileSFPCatalog(u"MainExe", u"app.cat"));
+  catalogs.Delete(addRow(catalogs, MSIEFileSFPCatalog(u"MainExe", u"old.cat")));
+  addRow(catalogs, MSIEFileSFPCatalog(u"Readme", u"app.cat"));
+  MSIEModuleComponents& component =
+      addRow(db.GetModuleComponents(), MSIEModuleComponents(u"MainExe", u"Module.GUID", 1033));
+  addRow(db.GetModuleComponents(), MSIEModuleComponents(u"Docs", u"Module.GUID", 1031));
+  MSIEModuleDependency& dependency = addRow(
+      db.GetModuleDependency(), MSIEModuleDependency(u"Module.GUID", 1033, u"Runtime.GUID", 0));
+  addRow(db.GetModuleDependency(), MSIEModuleDependency(u"Other.GUID", 1033, u"Runtime.GUID", 0));
+  exclusions.Delete(addRow(exclusions, MSIEModuleExclusion(u"Module.GUID", 1033, u"Old.GUID", 0)));
+  MSIEModuleIgnoreTable& ignoredRow = addRow(ignored, MSIEModuleIgnoreTable(u"Registry"));
+  MSIEComponent& main = *db.GetComponent().Lookup(u"MainExe");
+  MSIEComponent& docs = *db.GetComponent().Lookup(u"Docs");
+  const MSIEModuleSignature module(u"Module.GUID", 1033);
 
-TEST_F(AssemblyTablesTest, LookupsFindTheirRowOrThrowTheTablesCode) {
-  ODLEXTMsiAssembly& assemblies = db_->GetMsiAssembly();
-  ODLEXTMsiAssemblyName& names = db_->GetMsiAssemblyName();
-  ODLEXTFileSFPCatalog& catalogs = db_->GetFileSFPCatalog();
-  ODLEXTModuleIgnoreTable& ignored = db_->GetModuleIgnoreTable();
-  MSIEComponent& main = *db_->GetComponent().Lookup(u"MainExe");
-  MSIEComponent& docs = *db_->GetComponent().Lookup(u"Docs");
   const Lookup lookups[] = {
       {[&] { return &assemblies.GetEntry(main); }, [&] { assemblies.GetEntry(docs); }, 61,
-       assembly_},
+       &assembly},
       {[&] { return &assemblies.GetWithComponentID(u"MainExe"); },
-       [&] { assemblies.GetWithComponentID(u"Docs"); }, 61, assembly_},
+       [&] { assemblies.GetWithComponentID(u"Docs"); }, 61, &assembly},
       {[&] { return &names.GetWithCompIDAndName(u"MainExe", u"Name"); },
-       [&] { names.GetWithCompIDAndName(u"MainExe", u"Culture"); }, 62, name_},
+       [&] { names.GetWithCompIDAndName(u"MainExe", u"Culture"); }, 62, &name},
       {[&] { return &catalogs.GetEntry(u"MainExe", u"app.cat"); },
-       [&] { catalogs.GetEntry(u"MainExe", u"old.cat"); }, 59, catalog_},
+       [&] { catalogs.GetEntry(u"MainExe", u"old.cat"); }, 59, &catalog},
       {[&] { return &ignored.GetModuleIgnoreTableWithID(u"Registry"); },
-       [&] { ignored.GetModuleIgnoreTableWithID(u"Shortcut"); }, 37, ignored_},
+       [&] { ignored.GetModuleIgnoreTableWithID(u"Shortcut"); }, 37, &ignoredRow},
   };
   expectLookups(lookups);
   expectErrorWithEntry([&] { assemblies.GetEntry(docs); }, ODLEXDatabaseError::eMsiAssemblyNotFound,
                        ODLEXTObject::eComponent, docs);
-}
 
-// Module rows belong to the module of the same ID and language.
-TEST_F(AssemblyTablesTest, CollectorsGiveTheLiveRowsOfTheirOwner) {
-  const MSIEModuleSignature module(u"Module.GUID", 1033);
   const Collector collectors[] = {
-      {[&](RWBTree& tree) {
-         db_->GetMsiAssemblyName().GetEntries(tree, *db_->GetComponent().Lookup(u"MainExe"));
-       },
-       {name_}},
-      {[&](RWBTree& tree) {
-         db_->GetFileSFPCatalog().GetEntries(tree, *db_->GetFile().Lookup(u"MainExe"));
-       },
-       {catalog_}},
-      {[&](RWBTree& tree) { db_->GetModuleComponents().GetModuleComponents(tree, module); },
-       {moduleComponent_}},
-      {[&](RWBTree& tree) { db_->GetModuleDependency().GetModuleDependencies(tree, module); },
-       {dependency_}},
-      {[&](RWBTree& tree) { db_->GetModuleExclusion().GetModuleExclusions(tree, module); }, {}},
+      {[&](RWBTree& tree) { names.GetEntries(tree, main); }, {&name}},
+      {[&](RWBTree& tree) { catalogs.GetEntries(tree, *db.GetFile().Lookup(u"MainExe")); },
+       {&catalog}},
+      {[&](RWBTree& tree) { db.GetModuleComponents().GetModuleComponents(tree, module); },
+       {&component}},
+      {[&](RWBTree& tree) { db.GetModuleDependency().GetModuleDependencies(tree, module); },
+       {&dependency}},
+      {[&](RWBTree& tree) { exclusions.GetModuleExclusions(tree, module); }, {}},
   };
   expectCollectors(collectors);
 }

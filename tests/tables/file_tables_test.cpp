@@ -29,109 +29,82 @@ MSIERemoveFile removeFileOf(const TalString& key, const TalString& component) {
   return row;
 }
 
+class FileTablesTest : public DatabaseTest {};
+
 // Rows of each table, one of them deleted, the others of more than one owner.
-class FileTablesTest : public DatabaseTest {
- protected:
-  void SetUp() override {
-    DatabaseTest::SetUp();
-    ODLEXDatabase& db = openPackage();
-    font_ = &addRow(db.GetFont(), MSIEFont(u"Handbuch"));
-    db.GetFont().Delete(addRow(db.GetFont(), MSIEFont(u"MainExe")));
-    selfReg_ = &addRow(db.GetSelfReg(), MSIESelfReg(u"HelperDll"));
-    ODLEXTDuplicateFile& duplicates = db.GetDuplicateFile();
-    duplicates.Delete(addRow(duplicates, duplicateOf(u"Copy0", u"Docs", u"Readme")));
-    inDocs_ = &addRow(duplicates, duplicateOf(u"Copy1", u"Docs", u"Readme"));
-    inMain_ = &addRow(duplicates, duplicateOf(u"Copy2", u"MainExe", u"Readme"));
-    ofHelper_ = &addRow(duplicates, duplicateOf(u"Copy3", u"Docs", u"HelperDll"));
-    ODLEXTMoveFile& moves = db.GetMoveFile();
-    move_ = &addRow(moves, moveFileOf(u"Move1", u"MainExe"));
-    moves.Delete(addRow(moves, moveFileOf(u"Move2", u"MainExe")));
-    addRow(moves, moveFileOf(u"Move3", u"Docs"));
-    ODLEXTRemoveFile& removes = db.GetRemoveFile();
-    remove_ = &addRow(removes, removeFileOf(u"Remove1", u"MainExe"));
-    removes.Delete(addRow(removes, removeFileOf(u"Remove2", u"MainExe")));
-    addRow(removes, removeFileOf(u"Remove3", u"Helpers"));
-    ODLEXTIsolatedComponent& isolated = db.GetIsolatedComponent();
-    helpersForMain_ = &addRow(isolated, MSIEIsolatedComponent(u"Helpers", u"MainExe"));
-    helpersForDocs_ = &addRow(isolated, MSIEIsolatedComponent(u"Helpers", u"Docs"));
-    docsForMain_ = &addRow(isolated, MSIEIsolatedComponent(u"Docs", u"MainExe"));
-    isolated.Delete(addRow(isolated, MSIEIsolatedComponent(u"Docs", u"Helpers")));
-    db_ = &db;
-  }
+TEST_F(FileTablesTest, RowsByKeyAndByOwner) {
+  ODLEXDatabase& db = openPackage();
+  ODLEXTFont& fonts = db.GetFont();
+  ODLEXTSelfReg& selfRegs = db.GetSelfReg();
+  ODLEXTDuplicateFile& duplicates = db.GetDuplicateFile();
+  ODLEXTMoveFile& moves = db.GetMoveFile();
+  ODLEXTRemoveFile& removes = db.GetRemoveFile();
+  ODLEXTIsolatedComponent& isolated = db.GetIsolatedComponent();
+  MSIEFont& font = addRow(fonts, MSIEFont(u"Handbuch"));
+  fonts.Delete(addRow(fonts, MSIEFont(u"MainExe")));
+  MSIESelfReg& selfReg = addRow(selfRegs, MSIESelfReg(u"HelperDll"));
+  duplicates.Delete(addRow(duplicates, duplicateOf(u"Copy0", u"Docs", u"Readme")));
+  MSIEDuplicateFile& inDocs = addRow(duplicates, duplicateOf(u"Copy1", u"Docs", u"Readme"));
+  MSIEDuplicateFile& inMain = addRow(duplicates, duplicateOf(u"Copy2", u"MainExe", u"Readme"));
+  MSIEDuplicateFile& ofHelper = addRow(duplicates, duplicateOf(u"Copy3", u"Docs", u"HelperDll"));
+  MSIEMoveFile& move = addRow(moves, moveFileOf(u"Move1", u"MainExe"));
+  moves.Delete(addRow(moves, moveFileOf(u"Move2", u"MainExe")));
+  addRow(moves, moveFileOf(u"Move3", u"Docs"));
+  MSIERemoveFile& remove = addRow(removes, removeFileOf(u"Remove1", u"MainExe"));
+  removes.Delete(addRow(removes, removeFileOf(u"Remove2", u"MainExe")));
+  addRow(removes, removeFileOf(u"Remove3", u"Helpers"));
+  MSIEIsolatedComponent& helpersForMain =
+      addRow(isolated, MSIEIsolatedComponent(u"Helpers", u"MainExe"));
+  MSIEIsolatedComponent& helpersForDocs =
+      addRow(isolated, MSIEIsolatedComponent(u"Helpers", u"Docs"));
+  MSIEIsolatedComponent& docsForMain = addRow(isolated, MSIEIsolatedComponent(u"Docs", u"MainExe"));
+  isolated.Delete(addRow(isolated, MSIEIsolatedComponent(u"Docs", u"Helpers")));
+  const MSIEFile& readme = *db.GetFile().Lookup(u"Readme");
+  const MSIEFile& mainExeFile = *db.GetFile().Lookup(u"MainExe");
+  const MSIEComponent& mainExe = *db.GetComponent().Lookup(u"MainExe");
+  const MSIEComponent& docs = *db.GetComponent().Lookup(u"Docs");
 
-  const MSIEFile& fileRow(const char16_t* key) { return *db_->GetFile().Lookup(key); }
-  const MSIEComponent& component(const char16_t* key) { return *db_->GetComponent().Lookup(key); }
-
-  ODLEXDatabase* db_ = nullptr;
-  MSIEFont* font_ = nullptr;
-  MSIESelfReg* selfReg_ = nullptr;
-  MSIEDuplicateFile *inDocs_ = nullptr, *inMain_ = nullptr, *ofHelper_ = nullptr;
-  MSIEMoveFile* move_ = nullptr;
-  MSIERemoveFile* remove_ = nullptr;
-  MSIEIsolatedComponent *helpersForMain_ = nullptr, *helpersForDocs_ = nullptr,
-                        *docsForMain_ = nullptr;
-};
-
-TEST_F(FileTablesTest, LookupsFindTheirRowOrThrowTheTablesCode) {
-  ODLEXTFont& fonts = db_->GetFont();
-  ODLEXTSelfReg& selfRegs = db_->GetSelfReg();
-  ODLEXTMoveFile& moves = db_->GetMoveFile();
-  ODLEXTBinary& binaries = db_->GetBinary();
-  ODLEXTIsolatedComponent& isolated = db_->GetIsolatedComponent();
-  ODLEXTDuplicateFile& duplicates = db_->GetDuplicateFile();
   const Lookup lookups[] = {
       {[&] { return &fonts.GetFontWithFileID(u"Handbuch"); },
-       [&] { fonts.GetFontWithFileID(u"MainExe"); }, 16, font_},
+       [&] { fonts.GetFontWithFileID(u"MainExe"); }, 16, &font},
       {[&] { return &selfRegs.GetSelfRegWithFileID(u"HelperDll"); },
-       [&] { selfRegs.GetSelfRegWithFileID(u"MainExe"); }, 17, selfReg_},
+       [&] { selfRegs.GetSelfRegWithFileID(u"MainExe"); }, 17, &selfReg},
       {[&] { return &moves.GetMoveFileWithID(u"Move1"); },
-       [&] { moves.GetMoveFileWithID(u"move1"); }, 35, move_},
-      {[&] { return &binaries.GetBinaryWithID(u"SmallData"); },
-       [&] { binaries.GetBinaryWithID(u"smalldata"); }, 29},
+       [&] { moves.GetMoveFileWithID(u"move1"); }, 35, &move},
+      {[&] { return &db.GetBinary().GetBinaryWithID(u"SmallData"); },
+       [&] { db.GetBinary().GetBinaryWithID(u"smalldata"); }, 29},
       {[&] { return &isolated.GetEntry(u"Helpers", u"MainExe"); },
-       [&] { isolated.GetEntry(u"Docs", u"Helpers"); }, 21, helpersForMain_},
-      {[&] { return &isolated.GetEntry(u"Helpers", u"MainExe"); },
-       [&] { isolated.GetEntry(u"MainExe", u"Helpers"); }, 21},
-      {[&] { return &duplicates.GetDuplicateFile(fileRow(u"Readme")); },
-       [&] { duplicates.GetDuplicateFile(fileRow(u"MainExe")); }, 34, inDocs_},
+       [&] { isolated.GetEntry(u"Docs", u"Helpers"); }, 21, &helpersForMain},
+      {[&] { return &duplicates.GetDuplicateFile(readme); },
+       [&] { duplicates.GetDuplicateFile(mainExeFile); }, 34, &inDocs},
   };
   expectLookups(lookups);
-  const MSIEFile& mainExe = fileRow(u"MainExe");
-  expectErrorWithEntry([&] { duplicates.GetDuplicateFile(mainExe); },
-                       ODLEXDatabaseError::eDuplicateFileNotFound, ODLEXTObject::eFile, mainExe);
-  EXPECT_TRUE(fonts.IsFileAFont(fileRow(u"Handbuch")));
-  EXPECT_FALSE(fonts.IsFileAFont(mainExe)) << "its font row is deleted";
-  EXPECT_FALSE(fonts.IsFileAFont(fileRow(u"Readme")));
-}
+  expectErrorWithEntry([&] { duplicates.GetDuplicateFile(mainExeFile); },
+                       ODLEXDatabaseError::eDuplicateFileNotFound, ODLEXTObject::eFile,
+                       mainExeFile);
+  EXPECT_TRUE(fonts.IsFileAFont(*db.GetFile().Lookup(u"Handbuch")));
+  EXPECT_FALSE(fonts.IsFileAFont(mainExeFile)) << "its font row is deleted";
+  EXPECT_FALSE(fonts.IsFileAFont(readme));
 
-TEST_F(FileTablesTest, CollectorsGiveTheLiveRowsOfTheirOwner) {
-  ODLEXTDuplicateFile& duplicates = db_->GetDuplicateFile();
-  ODLEXTIsolatedComponent& isolated = db_->GetIsolatedComponent();
   const Collector collectors[] = {
-      {[&](RWBTree& tree) { duplicates.GetDuplicateFiles(tree, fileRow(u"Readme")); },
-       {inDocs_, inMain_}},
-      {[&](RWBTree& tree) { duplicates.GetDuplicateFiles(tree, component(u"Docs")); },
-       {inDocs_, ofHelper_}},
-      {[&](RWBTree& tree) { db_->GetMoveFile().GetMoveFiles(tree, component(u"MainExe")); },
-       {move_}},
-      {[&](RWBTree& tree) { db_->GetRemoveFile().GetRemoveFiles(tree, component(u"MainExe")); },
-       {remove_}},
+      {[&](RWBTree& tree) { duplicates.GetDuplicateFiles(tree, readme); }, {&inDocs, &inMain}},
+      {[&](RWBTree& tree) { duplicates.GetDuplicateFiles(tree, docs); }, {&inDocs, &ofHelper}},
+      {[&](RWBTree& tree) { moves.GetMoveFiles(tree, mainExe); }, {&move}},
+      {[&](RWBTree& tree) { removes.GetRemoveFiles(tree, mainExe); }, {&remove}},
+      {[&](RWBTree& tree) { isolated.GetEntriesForApplicationComponent(tree, mainExe); },
+       {&helpersForMain, &docsForMain}},
       {[&](RWBTree& tree) {
-         isolated.GetEntriesForApplicationComponent(tree, component(u"MainExe"));
+         isolated.GetEntriesForSharedComponent(tree, *db.GetComponent().Lookup(u"Helpers"));
        },
-       {helpersForMain_, docsForMain_}},
-      {[&](RWBTree& tree) { isolated.GetEntriesForSharedComponent(tree, component(u"Helpers")); },
-       {helpersForMain_, helpersForDocs_}},
-      {[&](RWBTree& tree) { isolated.GetEntries(tree, component(u"Docs")); },
-       {helpersForDocs_, docsForMain_}},
+       {&helpersForMain, &helpersForDocs}},
+      {[&](RWBTree& tree) { isolated.GetEntries(tree, docs); }, {&helpersForDocs, &docsForMain}},
   };
   expectCollectors(collectors);
   EXPECT_EQ(isolated.GetEntries().entries(), 4u) << "the table's own rows, deleted included";
-
   RWBTree both;
-  db_->GetMoveFile().GetMoveFiles(both, component(u"MainExe"));
-  db_->GetRemoveFile().GetRemoveFiles(both, component(u"MainExe"));
-  EXPECT_EQ(itemsOf(both), (std::set<RWCollectable*>{move_, remove_})) << "added to the tree";
+  moves.GetMoveFiles(both, mainExe);
+  removes.GetRemoveFiles(both, mainExe);
+  EXPECT_EQ(itemsOf(both), (std::set<RWCollectable*>{&move, &remove})) << "added to the tree";
 }
 
 }  // namespace

@@ -82,7 +82,7 @@ TEST_F(TableObjectTest, ReadOnlyAndMergeModuleTablesIgnoreEdits) {
 
   // The same package named as a merge module: its not-in-merge-module tables ignore edits,
   // the others do not.
-  const std::filesystem::path module = copyPackage(std::nullopt, "module.msm");
+  const std::filesystem::path module = copyPackage("module.msm");
   ODLEXDatabase& moduleDb = ODLEXDatabase::AddDatabaseToList(text(module));
   ASSERT_TRUE(moduleDb.IsMergeModule());
   moduleDb.GetFeature().Modify(true);
