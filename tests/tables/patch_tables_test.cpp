@@ -8,47 +8,22 @@
 namespace odlex::test {
 namespace {
 
-class PatchTablesTest : public DatabaseTest {
- protected:
-  void addImages(ODLEXDatabase& db) {
-    MSIEImageFamilies family(u"FAM");
-    family.SetMediaSrcPropName(u"FAMSRC");
-    fam_ = &addRow(db.GetImageFamilies(), family);
-    addRow(db.GetImageFamilies(), MSIEImageFamilies(u"OTHER"));
-    u1_ = &addRow(db.GetUpgradedImages(), upgradedOf(u"U1", u"FAM"));
-    addRow(db.GetUpgradedImages(), upgradedOf(u"U2", u"OTHER"));
-    t1_ = &addRow(db.GetTargetImages(), targetOf(u"T1", u"U1"));
-    addRow(db.GetTargetImages(), targetOf(u"T2", u"U2"));
-    addRow(db.GetExternalFiles(), MSIEExternalFiles(u"FAM", u"app", u"C:\\old\\app.exe"));
-    addRow(db.GetFamilyFileRanges(), MSIEFamilyFileRanges(u"FAM", u"app"));
-    targetFile_ =
-        &addRow(db.GetTargetFiles_OptionalData(), MSIETargetFiles_OptionalData(u"T1", u"app"));
-    addRow(db.GetUpgradedFilesToIgnore(), MSIEUpgradedFilesToIgnore(u"U1", u"app"));
-    addRow(db.GetUpgradedFiles_OptionalData(), MSIEUpgradedFiles_OptionalData(u"U1", u"app"));
-    addRow(db.GetProperties(), MSIEProperties(u"PatchGUID"));
-  }
+MSIEUpgradedImages upgradedOf(const char16_t* key, const char16_t* family) {
+  MSIEUpgradedImages row(key);
+  row.SetFamily(family);
+  return row;
+}
 
-  static MSIEUpgradedImages upgradedOf(const char16_t* key, const char16_t* family) {
-    MSIEUpgradedImages row(key);
-    row.SetFamily(family);
-    return row;
-  }
+MSIETargetImages targetOf(const char16_t* key, const char16_t* upgraded) {
+  MSIETargetImages row(key);
+  row.SetUpgraded(upgraded);
+  return row;
+}
 
-  static MSIETargetImages targetOf(const char16_t* key, const char16_t* upgraded) {
-    MSIETargetImages row(key);
-    row.SetUpgraded(upgraded);
-    return row;
-  }
+class PatchTablesTest : public DatabaseTest {};
 
-  MSIEImageFamilies* fam_ = nullptr;
-  MSIEUpgradedImages* u1_ = nullptr;
-  MSIETargetImages* t1_ = nullptr;
-  MSIETargetFiles_OptionalData* targetFile_ = nullptr;
-};
-
-TEST_F(PatchTablesTest, LookupsFindTheirRowOrThrowTheTablesCode) {
+TEST_F(PatchTablesTest, RowsByKeyAndByImage) {
   ODLEXDatabase& db = openPackage();
-  addImages(db);
   ODLEXTExternalFiles& external = db.GetExternalFiles();
   ODLEXTFamilyFileRanges& ranges = db.GetFamilyFileRanges();
   ODLEXTImageFamilies& families = db.GetImageFamilies();
@@ -57,6 +32,22 @@ TEST_F(PatchTablesTest, LookupsFindTheirRowOrThrowTheTablesCode) {
   ODLEXTUpgradedImages& upgraded = db.GetUpgradedImages();
   ODLEXTUpgradedFilesToIgnore& ignored = db.GetUpgradedFilesToIgnore();
   ODLEXTUpgradedFiles_OptionalData& upgradedFiles = db.GetUpgradedFiles_OptionalData();
+  MSIEImageFamilies family(u"FAM");
+  family.SetMediaSrcPropName(u"FAMSRC");
+  MSIEImageFamilies& fam = addRow(families, family);
+  addRow(families, MSIEImageFamilies(u"OTHER"));
+  MSIEUpgradedImages& u1 = addRow(upgraded, upgradedOf(u"U1", u"FAM"));
+  addRow(upgraded, upgradedOf(u"U2", u"OTHER"));
+  MSIETargetImages& t1 = addRow(targets, targetOf(u"T1", u"U1"));
+  addRow(targets, targetOf(u"T2", u"U2"));
+  addRow(external, MSIEExternalFiles(u"FAM", u"app", u"C:\\old\\app.exe"));
+  addRow(ranges, MSIEFamilyFileRanges(u"FAM", u"app"));
+  MSIETargetFiles_OptionalData& targetFile =
+      addRow(targetFiles, MSIETargetFiles_OptionalData(u"T1", u"app"));
+  addRow(ignored, MSIEUpgradedFilesToIgnore(u"U1", u"app"));
+  addRow(upgradedFiles, MSIEUpgradedFiles_OptionalData(u"U1", u"app"));
+  addRow(db.GetProperties(), MSIEProperties(u"PatchGUID"));
+
   const Lookup lookups[] = {
       {[&] { return &external.GetEntry(u"FAM", u"app", u"C:\\old\\app.exe"); },
        [&] { external.GetEntry(u"FAM", u"app", u"C:\\app.exe"); }, 68},
@@ -68,10 +59,10 @@ TEST_F(PatchTablesTest, LookupsFindTheirRowOrThrowTheTablesCode) {
       {[&] { return &families.GetWithFamily(u"FAM"); }, [&] { families.GetWithFamily(u"NONE"); },
        69},
       {[&] { return &families.GetWithMediaSrcPropName(u"FAMSRC"); },
-       [&] { families.GetWithMediaSrcPropName(u"FAM"); }, 69, fam_},
+       [&] { families.GetWithMediaSrcPropName(u"FAM"); }, 69, &fam},
       {[&] { return &targets.GetWithTarget(u"T1"); }, [&] { targets.GetWithTarget(u"U1"); }, 70},
       {[&] { return &targets.GetWithUpgraded(u"U1"); }, [&] { targets.GetWithUpgraded(u"T1"); }, 70,
-       t1_},
+       &t1},
       {[&] { return &targetFiles.GetEntry(u"T1", u"app"); },
        [&] { targetFiles.GetEntry(u"T2", u"app"); }, 74},
       {[&] { return &targetFiles.GetWithTarget(u"T1"); }, [&] { targetFiles.GetWithTarget(u"T2"); },
@@ -91,21 +82,14 @@ TEST_F(PatchTablesTest, LookupsFindTheirRowOrThrowTheTablesCode) {
        [&] { db.GetProperties().GetWithName(u"PatchGuid"); }, 71},
   };
   expectLookups(lookups);
-}
 
-TEST_F(PatchTablesTest, EntriesOfAnImageLeaveOutDeletedRows) {
-  ODLEXDatabase& db = openPackage();
-  addImages(db);
-  ODLEXTUpgradedImages& upgraded = db.GetUpgradedImages();
   upgraded.Delete(addRow(upgraded, upgradedOf(u"U3", u"FAM")));
-  ODLEXTImageFamilies& families = db.GetImageFamilies();
   families.Delete(families.GetWithFamily(u"OTHER"));
   const Collector collectors[] = {
-      {[&](RWBTree& tree) { upgraded.GetEntries(tree, *fam_); }, {u1_}},
-      {[&](RWBTree& tree) { families.GetEntries(tree); }, {fam_}},
-      {[&](RWBTree& tree) { db.GetTargetImages().GetEntries(tree, *u1_); }, {t1_}},
-      {[&](RWBTree& tree) { db.GetTargetFiles_OptionalData().GetEntries(tree, *t1_); },
-       {targetFile_}},
+      {[&](RWBTree& tree) { upgraded.GetEntries(tree, fam); }, {&u1}},
+      {[&](RWBTree& tree) { families.GetEntries(tree); }, {&fam}},
+      {[&](RWBTree& tree) { targets.GetEntries(tree, u1); }, {&t1}},
+      {[&](RWBTree& tree) { targetFiles.GetEntries(tree, t1); }, {&targetFile}},
   };
   expectCollectors(collectors);
   EXPECT_EQ(upgraded.GetEntries().entries(), 3u) << "the table's own rows, deleted included";
