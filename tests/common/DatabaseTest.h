@@ -8,6 +8,7 @@
 #include <odlex/msi/MSIDatabase.h>
 #include <odlex/support/DebugOutput.h>
 #include <odlex/tables/ODLEXDatabaseError.h>
+#include <odlex/tables/ODLEXTables.h>
 
 #include <filesystem>
 #include <string>
@@ -29,6 +30,12 @@ int thrownCode(Call call) {
     return static_cast<ODLEXDatabaseError::eCodeMeaning>(error);
   }
   return -1;
+}
+
+// An AppSearch row for tests that need one edit, and the line msiinfo exports for it.
+inline const std::string kSearchRow = "FOUNDPROP\tSearchSig";
+inline void addSearch(ODLEXDatabase& db) {
+  db.GetAppSearch().Add(MSIEAppSearch(u"FOUNDPROP", u"SearchSig"));
 }
 
 // Collects what is written to the debug output while it lives.
