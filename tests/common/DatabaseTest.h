@@ -1,12 +1,14 @@
 #pragma once
-// Tests on database objects: each test works on private copies of oracle packages, opened
-// through the list of open databases, which is emptied (unsaved) after the test.
+// Tests on database objects: each test works on a private copy of a package, opened through
+// the list of open databases, which is emptied (unsaved) after the test.
 
 #include <gtest/gtest.h>
 
 #include <odlex/database/ODLEXDatabase.h>
+#include <odlex/msi/MSIDatabase.h>
 #include <odlex/support/DebugOutput.h>
 #include <odlex/tables/ODLEXDatabaseError.h>
+#include <odlex/tables/ODLEXTables.h>
 
 #include <filesystem>
 #include <string>
@@ -30,6 +32,12 @@ int thrownCode(Call call) {
   return -1;
 }
 
+// An AppSearch row for tests that need one edit, and the line msiinfo exports for it.
+inline const std::string kSearchRow = "FOUNDPROP\tSearchSig";
+inline void addSearch(ODLEXDatabase& db) {
+  db.GetAppSearch().Add(MSIEAppSearch(u"FOUNDPROP", u"SearchSig"));
+}
+
 // Collects what is written to the debug output while it lives.
 class DebugCapture {
  public:
@@ -41,14 +49,33 @@ class DebugCapture {
   std::vector<std::string> lines;
 };
 
-// Each test has a copy of the package of `kind` (package()), in a folder of its own, and may
-// copy more (copyPackage). Fails when the package cannot be built.
+// The idt fixtures imported by this library into a new package, with the summary information
+// that msibuild gives the oracle idt package (fixtures/idt-summary), for tests that only need a
+// database to work on; built once per test program. Empty (the test failed) when it cannot be.
+inline const std::filesystem::path& ownIdtPackage() {
+  static TempDir dir;
+  static const std::filesystem::path built = [] {
+    std::vector<std::filesystem::path> idts = idtFilesIn(fixturePath("idt"));
+    idts.push_back(fixturePath("idt-summary/_SummaryInformation.idt"));
+    MSIDatabase db(text(dir / "own-idt.msi"), MSIDatabase::ePersistCreate);
+    for (const std::filesystem::path& idt : idts) {
+      if (db.Import(text(idt)) != 0u) {
+        ADD_FAILURE() << "cannot import " << idt;
+        return std::filesystem::path();
+      }
+    }
+    EXPECT_EQ(db.commit(), 0u);
+    return dir / "own-idt.msi";
+  }();
+  return built;
+}
+
+// Each test has a copy of the library's own idt package (package()) in a folder of its own,
+// and may copy more (copyPackage). Fails when the package cannot be built.
 class DatabaseTest : public ::testing::Test {
  protected:
-  explicit DatabaseTest(PackageKind kind = PackageKind::kIdt) : kind_(kind) {}
-
   void SetUp() override {
-    package_ = copyPackage(kind_, "package.msi");
+    package_ = copyPackage("package.msi");
     ASSERT_FALSE(package_.empty());
     ODLEXDatabase::INIT();
   }
@@ -57,30 +84,23 @@ class DatabaseTest : public ::testing::Test {
 
   const std::filesystem::path& package() const { return package_; }
   std::filesystem::path file(const std::string& name) const { return dir_ / name; }
+  // The test's copy of the package, opened in place.
+  ODLEXDatabase& openPackage() { return ODLEXDatabase::AddDatabaseToList(text(package_)); }
 
-  // Copies the package of `kind` to `name` in the test's folder; empty (the test failed) when
-  // the package could not be built.
-  std::filesystem::path copyPackage(PackageKind kind, const std::string& name) {
-    const BuiltPackage& built = testPackage(kind);
-    EXPECT_FALSE(built.file.empty()) << built.error;
-    if (built.file.empty())
+  // Copies the package to `name` in the test's folder; empty when it could not be built.
+  std::filesystem::path copyPackage(const std::string& name) {
+    if (ownIdtPackage().empty())
       return {};
     const std::filesystem::path copy = dir_ / name;
-    std::filesystem::copy_file(built.file, copy, std::filesystem::copy_options::overwrite_existing);
+    std::filesystem::copy_file(ownIdtPackage(), copy,
+                               std::filesystem::copy_options::overwrite_existing);
     return copy;
   }
 
   TempDir dir_;
 
  private:
-  PackageKind kind_;
   std::filesystem::path package_;
 };
-
-// In a DatabaseTest: opens a further copy of the package of `kind`, named after `db`, in place.
-#define ODLEX_OPEN_PACKAGE(db, kind)                                    \
-  const std::filesystem::path db##Path = copyPackage(kind, #db ".msi"); \
-  ASSERT_FALSE(db##Path.empty());                                       \
-  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(db##Path))
 
 }  // namespace odlex::test

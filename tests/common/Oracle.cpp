@@ -192,16 +192,8 @@ ProcessResult msiinfoExtract(const std::filesystem::path& package, const std::st
   return runProcess({"msiinfo", "extract", package.string(), stream});
 }
 
-ProcessResult msidumpAll(const std::filesystem::path& package, const std::filesystem::path& dir) {
-  return runProcess({"msidump", "-t", "-s", "-d", dir.string(), package.string()});
-}
-
-std::filesystem::path odlexToolPath() {
-  return ODLEX_TOOL_PATH;
-}
-
 ProcessResult runOdlex(const std::vector<std::string>& args) {
-  std::filesystem::path tool = odlexToolPath();
+  const std::filesystem::path tool = ODLEX_TOOL_PATH;
   if (tool.empty())
     return startFailure("the build has no odlex tool");
   std::vector<std::string> argv{tool.string()};

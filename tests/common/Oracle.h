@@ -47,11 +47,8 @@ ProcessResult msiinfoTables(const std::filesystem::path& package);
 ProcessResult msiinfoStreams(const std::filesystem::path& package);
 ProcessResult msiinfoSuminfo(const std::filesystem::path& package);
 ProcessResult msiinfoExtract(const std::filesystem::path& package, const std::string& stream);
-// Every table (and, with streams, every stream under DIR/_Streams) into an existing folder.
-ProcessResult msidumpAll(const std::filesystem::path& package, const std::filesystem::path& dir);
 
-// The built odlex tool (empty when the build has none).
-std::filesystem::path odlexToolPath();
+// Runs the built odlex tool (exit code 127 when the build has none).
 ProcessResult runOdlex(const std::vector<std::string>& args);
 
 // Lines of `text`, split on CRLF or LF; a final line break does not add an empty line.

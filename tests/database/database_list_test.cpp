@@ -13,8 +13,8 @@ using Error = ODLEXDatabaseError;
 class DatabaseListTest : public DatabaseTest {};
 
 TEST_F(DatabaseListTest, OpeningTheSameFileAgainGivesTheSameObject) {
-  ODLEXDatabase& first = ODLEXDatabase::AddDatabaseToList(text(package()));
-  ODLEXDatabase& second = ODLEXDatabase::AddDatabaseToList(text(package()));
+  ODLEXDatabase& first = openPackage();
+  ODLEXDatabase& second = openPackage();
   ODLEXDatabase& found = ODLEXDatabase::GetDatabaseWithFilePath(text(package()));
   EXPECT_EQ(&first, &second);
   EXPECT_EQ(&first, &found);
@@ -46,7 +46,7 @@ TEST_F(DatabaseListTest, FilesThatCannotBeOpenedOrCopiedAreNotListed) {
 }
 
 TEST_F(DatabaseListTest, RemovingTakesTheDatabaseOutOfTheList) {
-  ODLEXDatabase& opened = ODLEXDatabase::AddDatabaseToList(text(package()));
+  ODLEXDatabase& opened = openPackage();
   ODLEXDatabase::RemoveDatabaseFromList(text(file("unknown.msi")), true);
   EXPECT_EQ(ODLEXDatabase::GetDatabaseList().entries(), 1u);
   opened.RemoveFromList(false);

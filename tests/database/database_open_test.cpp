@@ -14,12 +14,6 @@ namespace {
 namespace fs = std::filesystem;
 using Error = ODLEXDatabaseError;
 
-const std::string kSearchRow = "FOUNDPROP\tSearchSig";
-
-void addSearch(ODLEXDatabase& db) {
-  db.GetAppSearch().Add(MSIEAppSearch(u"FOUNDPROP", u"SearchSig"));
-}
-
 class DatabaseOpenTest : public DatabaseTest {};
 
 TEST_F(DatabaseOpenTest, ReadOnlyDatabaseIsNeverModifiedNorWritten) {
@@ -63,7 +57,7 @@ TEST_F(DatabaseOpenTest, OutputFileThatIsNotSavedIsRemoved) {
 }
 
 TEST_F(DatabaseOpenTest, InPlaceDatabaseCannotCreateATransform) {
-  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()));
+  ODLEXDatabase& db = openPackage();
   EXPECT_EQ(thrownCode([&] { db.SetCreatingTransform(true); }), Error::eCannotCreateTransform);
   db.SetCreatingTransform(false);
   EXPECT_FALSE(db.IsCreatingTransform());
@@ -73,7 +67,7 @@ TEST_F(DatabaseOpenTest, InPlaceDatabaseCannotCreateATransform) {
 // changes and the source's streams.
 TEST_F(DatabaseOpenTest, SourceAndOutputOpenCarriesTheStreamsIntoTheOutput) {
   const std::string before = readFileBytes(package());
-  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()));
+  ODLEXDatabase& db = openPackage();
   const fs::path output = file("out.msi");
   ODLEXOpenType intoOutput(text(output).data());
   ASSERT_TRUE(db.SetDatabasePath(text(package()), intoOutput));
@@ -104,7 +98,7 @@ TEST_F(DatabaseOpenTest, SourceWithASubStorageCannotBeOpenedIntoAnOutputFile) {
     ASSERT_TRUE(storages.Persist());
     ASSERT_EQ(lower.commit(), 0u);
   }
-  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()));
+  ODLEXDatabase& db = openPackage();
   ODLEXOpenType intoOutput(text(file("out.msi")).data());
   EXPECT_EQ(thrownCode([&] { db.SetDatabasePath(text(withStorage), intoOutput); }),
             Error::eStorageFileRefused);

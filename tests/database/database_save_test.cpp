@@ -15,12 +15,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const std::string kSearchRow = "FOUNDPROP\tSearchSig";
-
-void addSearch(ODLEXDatabase& db) {
-  db.GetAppSearch().Add(MSIEAppSearch(u"FOUNDPROP", u"SearchSig"));
-}
-
 // The package code msiinfo reads from a package's summary information.
 std::string packageCodeIn(const fs::path& package) {
   const ProcessResult summary = msiinfoSuminfo(package);
@@ -35,7 +29,7 @@ std::string packageCodeIn(const fs::path& package) {
 class DatabaseSaveTest : public DatabaseTest {};
 
 TEST_F(DatabaseSaveTest, SavedChangesReachTheFileAndTheDatabaseStaysModifiedUntilClosed) {
-  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()));
+  ODLEXDatabase& db = openPackage();
   EXPECT_FALSE(db.IsModified());
   addSearch(db);
   EXPECT_TRUE(db.IsModified());
@@ -47,7 +41,7 @@ TEST_F(DatabaseSaveTest, SavedChangesReachTheFileAndTheDatabaseStaysModifiedUnti
 }
 
 TEST_F(DatabaseSaveTest, ExteriorChangesCountAsModifiedButAreNotInterior) {
-  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()));
+  ODLEXDatabase& db = openPackage();
   db.SetExteriorModify(true);
   EXPECT_TRUE(db.IsModified());
   EXPECT_FALSE(db.GetInteriorModify());
@@ -57,7 +51,7 @@ TEST_F(DatabaseSaveTest, ExteriorChangesCountAsModifiedButAreNotInterior) {
 
 TEST_F(DatabaseSaveTest, PackageCodeIsRenewedOnlyWhenModifiedAndAskedFor) {
   const std::string original = packageCodeIn(package());
-  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()));
+  ODLEXDatabase& db = openPackage();
   EXPECT_EQ(db.GetDatabaseInfo().packageCode.ToUtf8(), original);
 
   // Not modified: tables are written, but the package code stays.
@@ -80,7 +74,7 @@ TEST_F(DatabaseSaveTest, PackageCodeIsRenewedOnlyWhenModifiedAndAskedFor) {
 }
 
 TEST_F(DatabaseSaveTest, ChangedProductInformationIsWrittenToThePropertyTable) {
-  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()));
+  ODLEXDatabase& db = openPackage();
   ODLEXDatabaseInfo info = db.GetDatabaseInfo();
   EXPECT_EQ(info.productName, u"Idt Oracle Product");
   info.productName = u"Renamed Product";
@@ -113,7 +107,7 @@ TEST_F(DatabaseSaveTest, RollbackPutsTheWorkingFileBackAsFirstOpened) {
 
 TEST_F(DatabaseSaveTest, RollbackOfAnInPlaceDatabaseDropsUnsavedChanges) {
   const std::string before = readFileBytes(package());
-  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()));
+  ODLEXDatabase& db = openPackage();
   addSearch(db);
   db.Rollback();
   EXPECT_EQ(db.GetAppSearch().GetEntries().entries(), 0u);
@@ -171,7 +165,7 @@ class RelatedTablesTest : public DatabaseSaveTest {
 };
 
 TEST_F(RelatedTablesTest, MembersOfATableSetAreWrittenBeforeTheModifiedTable) {
-  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()));
+  ODLEXDatabase& db = openPackage();
   addSearch(db);
   db.SaveChanges();
   const std::vector<RWClassID> expected = {ODLEXTObject::eAppSearch,  ODLEXTObject::eCompLocator,

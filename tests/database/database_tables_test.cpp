@@ -27,7 +27,7 @@ class DatabaseTablesTest : public DatabaseTest {
 };
 
 TEST_F(DatabaseTablesTest, EachTableTypeHasOneObjectLoadedOnDemand) {
-  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()));
+  ODLEXDatabase& db = openPackage();
   ODLEXTObject& unloaded = db.GetTableObject(ODLEXTObject::eFile, false);
   EXPECT_FALSE(unloaded.IsLoaded());
   EXPECT_EQ(&unloaded.GetDatabase(), &db);
@@ -43,8 +43,8 @@ TEST_F(DatabaseTablesTest, EachTableTypeHasOneObjectLoadedOnDemand) {
 }
 
 TEST_F(DatabaseTablesTest, ReloadReadsTheRowsAgain) {
-  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()));
-  db.GetAppSearch().Add(MSIEAppSearch(u"FOUNDPROP", u"SearchSig"));
+  ODLEXDatabase& db = openPackage();
+  addSearch(db);
   db.Reload();
   EXPECT_TRUE(db.GetAppSearch().IsLoaded());
   EXPECT_EQ(db.GetAppSearch().GetEntries().entries(), 0u);

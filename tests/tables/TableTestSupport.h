@@ -44,19 +44,40 @@ void expectErrorWithEntry(Lookup lookup, ODLEXDatabaseError::eCodeMeaning code,
   }
 }
 
-// A lookup called once for a row that exists and once for one that does not, and the code the
-// second call must throw.
+// A lookup called once for a row that exists (giving that row) and once for one that does not,
+// and the code the second call must throw.
 struct Lookup {
-  std::function<void()> found;
+  std::function<const void*()> found;
   std::function<void()> missing;
   int code;
+  const void* row = nullptr;  // the row `found` must give; any row when null
 };
 
 inline void expectLookups(std::span<const Lookup> lookups) {
   for (std::size_t i = 0; i < lookups.size(); ++i) {
     SCOPED_TRACE(testing::Message() << "lookup #" << i << " code " << lookups[i].code);
-    EXPECT_EQ(thrownCode(lookups[i].found), -1);
+    const void* found = nullptr;
+    EXPECT_EQ(thrownCode([&] { found = lookups[i].found(); }), -1);
+    if (lookups[i].row != nullptr) {
+      EXPECT_EQ(found, lookups[i].row);
+    }
     EXPECT_EQ(thrownCode(lookups[i].missing), lookups[i].code);
+  }
+}
+
+// A collector of the rows of one owner, called on an empty tree, and the rows it must give:
+// the owner's live rows, not its deleted ones nor those of other owners.
+struct Collector {
+  std::function<void(RWBTree&)> collect;
+  std::set<RWCollectable*> rows;
+};
+
+inline void expectCollectors(std::span<const Collector> collectors) {
+  for (std::size_t i = 0; i < collectors.size(); ++i) {
+    SCOPED_TRACE(testing::Message() << "collector #" << i);
+    RWBTree tree;
+    collectors[i].collect(tree);
+    EXPECT_EQ(itemsOf(tree), collectors[i].rows);
   }
 }
 

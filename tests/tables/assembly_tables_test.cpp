@@ -1,5 +1,5 @@
 // The operations of the FileSFPCatalog, MsiAssembly, MsiAssemblyName and merge-module table
-// objects, on a copy of the wixl package (schema 200, so the assembly tables may exist).
+// objects, on a copy of the idt package (schema 200, so the assembly tables may exist).
 
 #include "common/DatabaseTest.h"
 #include "tables/TableTestSupport.h"
@@ -9,67 +9,61 @@ namespace {
 
 class AssemblyTablesTest : public DatabaseTest {};
 
-TEST_F(AssemblyTablesTest, AssemblyOfAComponentOrTheComponentInTheError) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kWixl);
+// Rows of each table, one of them deleted, the others of more than one owner; module rows
+// belong to the module of the same ID and language.
+TEST_F(AssemblyTablesTest, RowsByKeyAndByOwner) {
+  ODLEXDatabase& db = openPackage();
   ODLEXTMsiAssembly& assemblies = db.GetMsiAssembly();
-  MSIEComponent& main = *db.GetComponent().Lookup(u"MainExecutable");
-  MSIEComponent& readme = *db.GetComponent().Lookup(u"ReadmeDoc");
-  MSIEMsiAssembly& assembly = addRow(assemblies, MSIEMsiAssembly(u"MainExecutable"));
-  EXPECT_EQ(&assemblies.GetEntry(main), &assembly);
-  EXPECT_EQ(&assemblies.GetWithComponentID(u"MainExecutable"), &assembly);
-  expectErrorWithEntry([&] { assemblies.GetEntry(readme); },
-                       ODLEXDatabaseError::eMsiAssemblyNotFound, ODLEXTObject::eComponent, readme);
-  EXPECT_EQ(thrownCode([&] { assemblies.GetWithComponentID(u"ReadmeDoc"); }), 61);
-
   ODLEXTMsiAssemblyName& names = db.GetMsiAssemblyName();
-  MSIEMsiAssemblyName& name = addRow(names, MSIEMsiAssemblyName(u"MainExecutable", u"Name"));
-  names.Delete(addRow(names, MSIEMsiAssemblyName(u"MainExecutable", u"Culture")));
-  addRow(names, MSIEMsiAssemblyName(u"ReadmeDoc", u"Name"));
-  RWBTree ofMain;
-  names.GetEntries(ofMain, main);
-  EXPECT_EQ(itemsOf(ofMain), (std::set<RWCollectable*>{&name}));
-  EXPECT_EQ(&names.GetWithCompIDAndName(u"MainExecutable", u"Name"), &name);
-  EXPECT_EQ(thrownCode([&] { names.GetWithCompIDAndName(u"MainExecutable", u"Culture"); }), 62);
-}
-
-TEST_F(AssemblyTablesTest, CatalogEntriesOfAFile) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kWixl);
   ODLEXTFileSFPCatalog& catalogs = db.GetFileSFPCatalog();
-  MSIEFileSFPCatalog& entry = addRow(catalogs, MSIEFileSFPCatalog(u"MainExe", u"app.cat"));
+  ODLEXTModuleIgnoreTable& ignored = db.GetModuleIgnoreTable();
+  ODLEXTModuleExclusion& exclusions = db.GetModuleExclusion();
+  MSIEMsiAssembly& assembly = addRow(assemblies, MSIEMsiAssembly(u"MainExe"));
+  MSIEMsiAssemblyName& name = addRow(names, MSIEMsiAssemblyName(u"MainExe", u"Name"));
+  names.Delete(addRow(names, MSIEMsiAssemblyName(u"MainExe", u"Culture")));
+  addRow(names, MSIEMsiAssemblyName(u"Docs", u"Name"));
+  MSIEFileSFPCatalog& catalog = addRow(catalogs, MSIEFileSFPCatalog(u"MainExe", u"app.cat"));
   catalogs.Delete(addRow(catalogs, MSIEFileSFPCatalog(u"MainExe", u"old.cat")));
   addRow(catalogs, MSIEFileSFPCatalog(u"Readme", u"app.cat"));
-  RWBTree ofFile;
-  catalogs.GetEntries(ofFile, *db.GetFile().Lookup(u"MainExe"));
-  EXPECT_EQ(itemsOf(ofFile), (std::set<RWCollectable*>{&entry}));
-  EXPECT_EQ(&catalogs.GetEntry(u"MainExe", u"app.cat"), &entry);
-  EXPECT_EQ(thrownCode([&] { catalogs.GetEntry(u"MainExe", u"old.cat"); }), 59);
-}
-
-TEST_F(AssemblyTablesTest, ModuleRowsBelongToTheModuleOfTheSameIDAndLanguage) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kWixl);
-  const MSIEModuleSignature module(u"Module.GUID", 1033);
-  MSIEModuleComponents& component = addRow(
-      db.GetModuleComponents(), MSIEModuleComponents(u"MainExecutable", u"Module.GUID", 1033));
-  addRow(db.GetModuleComponents(), MSIEModuleComponents(u"ReadmeDoc", u"Module.GUID", 1031));
+  MSIEModuleComponents& component =
+      addRow(db.GetModuleComponents(), MSIEModuleComponents(u"MainExe", u"Module.GUID", 1033));
+  addRow(db.GetModuleComponents(), MSIEModuleComponents(u"Docs", u"Module.GUID", 1031));
   MSIEModuleDependency& dependency = addRow(
       db.GetModuleDependency(), MSIEModuleDependency(u"Module.GUID", 1033, u"Runtime.GUID", 0));
   addRow(db.GetModuleDependency(), MSIEModuleDependency(u"Other.GUID", 1033, u"Runtime.GUID", 0));
-  ODLEXTModuleExclusion& exclusions = db.GetModuleExclusion();
   exclusions.Delete(addRow(exclusions, MSIEModuleExclusion(u"Module.GUID", 1033, u"Old.GUID", 0)));
+  MSIEModuleIgnoreTable& ignoredRow = addRow(ignored, MSIEModuleIgnoreTable(u"Registry"));
+  MSIEComponent& main = *db.GetComponent().Lookup(u"MainExe");
+  MSIEComponent& docs = *db.GetComponent().Lookup(u"Docs");
+  const MSIEModuleSignature module(u"Module.GUID", 1033);
 
-  RWBTree components;
-  db.GetModuleComponents().GetModuleComponents(components, module);
-  EXPECT_EQ(itemsOf(components), (std::set<RWCollectable*>{&component}));
-  RWBTree dependencies;
-  db.GetModuleDependency().GetModuleDependencies(dependencies, module);
-  EXPECT_EQ(itemsOf(dependencies), (std::set<RWCollectable*>{&dependency}));
-  RWBTree excluded;
-  EXPECT_TRUE(exclusions.GetModuleExclusions(excluded, module).isEmpty());
+  const Lookup lookups[] = {
+      {[&] { return &assemblies.GetEntry(main); }, [&] { assemblies.GetEntry(docs); }, 61,
+       &assembly},
+      {[&] { return &assemblies.GetWithComponentID(u"MainExe"); },
+       [&] { assemblies.GetWithComponentID(u"Docs"); }, 61, &assembly},
+      {[&] { return &names.GetWithCompIDAndName(u"MainExe", u"Name"); },
+       [&] { names.GetWithCompIDAndName(u"MainExe", u"Culture"); }, 62, &name},
+      {[&] { return &catalogs.GetEntry(u"MainExe", u"app.cat"); },
+       [&] { catalogs.GetEntry(u"MainExe", u"old.cat"); }, 59, &catalog},
+      {[&] { return &ignored.GetModuleIgnoreTableWithID(u"Registry"); },
+       [&] { ignored.GetModuleIgnoreTableWithID(u"Shortcut"); }, 37, &ignoredRow},
+  };
+  expectLookups(lookups);
+  expectErrorWithEntry([&] { assemblies.GetEntry(docs); }, ODLEXDatabaseError::eMsiAssemblyNotFound,
+                       ODLEXTObject::eComponent, docs);
 
-  ODLEXTModuleIgnoreTable& ignored = db.GetModuleIgnoreTable();
-  MSIEModuleIgnoreTable& row = addRow(ignored, MSIEModuleIgnoreTable(u"Registry"));
-  EXPECT_EQ(&ignored.GetModuleIgnoreTableWithID(u"Registry"), &row);
-  EXPECT_EQ(thrownCode([&] { ignored.GetModuleIgnoreTableWithID(u"Shortcut"); }), 37);
+  const Collector collectors[] = {
+      {[&](RWBTree& tree) { names.GetEntries(tree, main); }, {&name}},
+      {[&](RWBTree& tree) { catalogs.GetEntries(tree, *db.GetFile().Lookup(u"MainExe")); },
+       {&catalog}},
+      {[&](RWBTree& tree) { db.GetModuleComponents().GetModuleComponents(tree, module); },
+       {&component}},
+      {[&](RWBTree& tree) { db.GetModuleDependency().GetModuleDependencies(tree, module); },
+       {&dependency}},
+      {[&](RWBTree& tree) { exclusions.GetModuleExclusions(tree, module); }, {}},
+  };
+  expectCollectors(collectors);
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // The operations of the Class, ProgId, TypeLib, Extension, MIME and Verb table objects, on a
-// copy of the msibuild package (components MainExe, Docs, GermanDocs and Helpers), which has
+// copy of the idt package (components MainExe, Docs, GermanDocs and Helpers), which has
 // none of these tables: each test adds the rows it needs.
 
 #include "common/DatabaseTest.h"
@@ -52,7 +52,7 @@ RWBTree treeOf(std::vector<Row>& rows) {
 class ComTablesTest : public DatabaseTest {};
 
 TEST_F(ComTablesTest, RowsOfAComponentLeaveOutDeletedRows) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
+  ODLEXDatabase& db = openPackage();
   ODLEXTClass& classes = db.GetClass();
   MSIEClass& local = addRow(classes, MSIEClass(kServer, u"LocalServer32", u"MainExe"));
   MSIEClass& inproc = addRow(classes, MSIEClass(kServer, u"InprocServer32", u"MainExe"));
@@ -81,7 +81,7 @@ TEST_F(ComTablesTest, RowsOfAComponentLeaveOutDeletedRows) {
 }
 
 TEST_F(ComTablesTest, ProgIdFollowsItsClassAndIcon) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
+  ODLEXDatabase& db = openPackage();
   MSIEClass& server = addRow(db.GetClass(), MSIEClass(kServer, u"LocalServer32", u"MainExe"));
   MSIEIcon& icon = addRow(db.GetIcon(), MSIEIcon(u"AppIcon"));
   ODLEXTProgId& progIds = db.GetProgId();
@@ -100,7 +100,7 @@ TEST_F(ComTablesTest, ProgIdFollowsItsClassAndIcon) {
 }
 
 TEST_F(ComTablesTest, TypeLibVersionIsMajorAboveTheLowByteAndMinorInIt) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
+  ODLEXDatabase& db = openPackage();
   ODLEXTTypeLib& typeLibs = db.GetTypeLib();
   MSIETypeLib& plain = addRow(typeLibs, typeLibOf(u"MainExe", 0x0102));
   MSIETypeLib& wide = addRow(typeLibs, typeLibOf(u"Docs", 0x10A0F));
@@ -118,7 +118,7 @@ TEST_F(ComTablesTest, TypeLibVersionIsMajorAboveTheLowByteAndMinorInIt) {
 }
 
 TEST_F(ComTablesTest, MIMEsAndVerbsBelongToTheExtensionsText) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
+  ODLEXDatabase& db = openPackage();
   ODLEXTExtension& extensions = db.GetExtension();
   ODLEXTMIME& mimes = db.GetMIME();
   ODLEXTVerb& verbs = db.GetVerb();
@@ -152,7 +152,7 @@ TEST_F(ComTablesTest, MIMEsAndVerbsBelongToTheExtensionsText) {
 }
 
 TEST_F(ComTablesTest, AddedMIMEsAndVerbsBecomeTheExtensionsAndTheTempEntries) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
+  ODLEXDatabase& db = openPackage();
   ODLEXTExtension& extensions = db.GetExtension();
   MSIEExtension& txt = addRow(extensions, MSIEExtension(u"txt", u"MainExe"));
   MSIEMIME& taken = addRow(db.GetMIME(), mimeOf(u"text/taken", u"log"));
@@ -179,7 +179,7 @@ TEST_F(ComTablesTest, AddedMIMEsAndVerbsBecomeTheExtensionsAndTheTempEntries) {
 }
 
 TEST_F(ComTablesTest, ChangedMIMEsAndVerbsReplaceTheExtensionsSet) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
+  ODLEXDatabase& db = openPackage();
   ODLEXTExtension& extensions = db.GetExtension();
   ODLEXTMIME& mimes = db.GetMIME();
   MSIEExtension& txt = addRow(extensions, MSIEExtension(u"txt", u"MainExe"));

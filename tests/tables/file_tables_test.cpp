@@ -1,5 +1,5 @@
 // The operations of the Font, SelfReg, MoveFile, DuplicateFile, RemoveFile, IsolatedComponent
-// and Binary table objects, on a copy of the msibuild package: files MainExe (component
+// and Binary table objects, on a copy of the idt package: files MainExe (component
 // MainExe), Readme (Docs), Handbuch (GermanDocs) and HelperDll (Helpers); binaries SmallData
 // and LargeData.
 
@@ -31,98 +31,80 @@ MSIERemoveFile removeFileOf(const TalString& key, const TalString& component) {
 
 class FileTablesTest : public DatabaseTest {};
 
-TEST_F(FileTablesTest, KeyLookupsOrTheirCodes) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
-  MSIEFont& font = addRow(db.GetFont(), MSIEFont(u"Handbuch"));
-  MSIESelfReg& selfReg = addRow(db.GetSelfReg(), MSIESelfReg(u"HelperDll"));
-  MSIEMoveFile& move = addRow(db.GetMoveFile(), moveFileOf(u"MoveLogs", u"MainExe"));
-
-  EXPECT_EQ(&db.GetFont().GetFontWithFileID(u"Handbuch"), &font);
-  EXPECT_EQ(&db.GetSelfReg().GetSelfRegWithFileID(u"HelperDll"), &selfReg);
-  EXPECT_EQ(&db.GetMoveFile().GetMoveFileWithID(u"MoveLogs"), &move);
-  EXPECT_EQ(db.GetBinary().GetBinaryWithID(u"SmallData").GetName(), TalString(u"SmallData"));
-
-  EXPECT_EQ(thrownCode([&] { db.GetFont().GetFontWithFileID(u"MainExe"); }), 16);
-  EXPECT_EQ(thrownCode([&] { db.GetSelfReg().GetSelfRegWithFileID(u"MainExe"); }), 17);
-  EXPECT_EQ(thrownCode([&] { db.GetMoveFile().GetMoveFileWithID(u"movelogs"); }), 35);
-  EXPECT_EQ(thrownCode([&] { db.GetBinary().GetBinaryWithID(u"smalldata"); }), 29);
-
-  const MSIEFile& handbuch = *db.GetFile().Lookup(u"Handbuch");
-  EXPECT_TRUE(db.GetFont().IsFileAFont(handbuch));
-  EXPECT_FALSE(db.GetFont().IsFileAFont(*db.GetFile().Lookup(u"Readme")));
-  db.GetFont().Delete(font);
-  EXPECT_FALSE(db.GetFont().IsFileAFont(handbuch));
-  EXPECT_EQ(thrownCode([&] { db.GetFont().GetFontWithFileID(u"Handbuch"); }), 16);
-}
-
-TEST_F(FileTablesTest, DuplicatesOfAFileOrOfAComponent) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
+// Rows of each table, one of them deleted, the others of more than one owner.
+TEST_F(FileTablesTest, RowsByKeyAndByOwner) {
+  ODLEXDatabase& db = openPackage();
+  ODLEXTFont& fonts = db.GetFont();
+  ODLEXTSelfReg& selfRegs = db.GetSelfReg();
   ODLEXTDuplicateFile& duplicates = db.GetDuplicateFile();
-  const MSIEFile& readme = *db.GetFile().Lookup(u"Readme");
-  const MSIEFile& mainExe = *db.GetFile().Lookup(u"MainExe");
+  ODLEXTMoveFile& moves = db.GetMoveFile();
+  ODLEXTRemoveFile& removes = db.GetRemoveFile();
+  ODLEXTIsolatedComponent& isolated = db.GetIsolatedComponent();
+  MSIEFont& font = addRow(fonts, MSIEFont(u"Handbuch"));
+  fonts.Delete(addRow(fonts, MSIEFont(u"MainExe")));
+  MSIESelfReg& selfReg = addRow(selfRegs, MSIESelfReg(u"HelperDll"));
   duplicates.Delete(addRow(duplicates, duplicateOf(u"Copy0", u"Docs", u"Readme")));
   MSIEDuplicateFile& inDocs = addRow(duplicates, duplicateOf(u"Copy1", u"Docs", u"Readme"));
   MSIEDuplicateFile& inMain = addRow(duplicates, duplicateOf(u"Copy2", u"MainExe", u"Readme"));
   MSIEDuplicateFile& ofHelper = addRow(duplicates, duplicateOf(u"Copy3", u"Docs", u"HelperDll"));
-
-  EXPECT_EQ(&duplicates.GetDuplicateFile(readme), &inDocs) << "the first live one in key order";
-  expectErrorWithEntry([&] { duplicates.GetDuplicateFile(mainExe); },
-                       ODLEXDatabaseError::eDuplicateFileNotFound, ODLEXTObject::eFile, mainExe);
-
-  RWBTree ofReadme;
-  duplicates.GetDuplicateFiles(ofReadme, readme);
-  EXPECT_EQ(itemsOf(ofReadme), (std::set<RWCollectable*>{&inDocs, &inMain}));
-  RWBTree ofDocs;
-  duplicates.GetDuplicateFiles(ofDocs, *db.GetComponent().Lookup(u"Docs"));
-  EXPECT_EQ(itemsOf(ofDocs), (std::set<RWCollectable*>{&inDocs, &ofHelper}));
-}
-
-TEST_F(FileTablesTest, MovedAndRemovedFilesOfAComponent) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
-  const MSIEComponent& mainExe = *db.GetComponent().Lookup(u"MainExe");
-  ODLEXTMoveFile& moves = db.GetMoveFile();
   MSIEMoveFile& move = addRow(moves, moveFileOf(u"Move1", u"MainExe"));
   moves.Delete(addRow(moves, moveFileOf(u"Move2", u"MainExe")));
   addRow(moves, moveFileOf(u"Move3", u"Docs"));
-  ODLEXTRemoveFile& removes = db.GetRemoveFile();
   MSIERemoveFile& remove = addRow(removes, removeFileOf(u"Remove1", u"MainExe"));
   removes.Delete(addRow(removes, removeFileOf(u"Remove2", u"MainExe")));
   addRow(removes, removeFileOf(u"Remove3", u"Helpers"));
-
-  RWBTree found;
-  moves.GetMoveFiles(found, mainExe);
-  EXPECT_EQ(itemsOf(found), (std::set<RWCollectable*>{&move}));
-  removes.GetRemoveFiles(found, mainExe);
-  EXPECT_EQ(itemsOf(found), (std::set<RWCollectable*>{&move, &remove})) << "added to the tree";
-}
-
-TEST_F(FileTablesTest, IsolatedComponentsBySharedOrApplicationComponent) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
-  ODLEXTIsolatedComponent& isolated = db.GetIsolatedComponent();
-  const MSIEComponent& helpers = *db.GetComponent().Lookup(u"Helpers");
-  const MSIEComponent& docs = *db.GetComponent().Lookup(u"Docs");
-  const MSIEComponent& mainExe = *db.GetComponent().Lookup(u"MainExe");
   MSIEIsolatedComponent& helpersForMain =
       addRow(isolated, MSIEIsolatedComponent(u"Helpers", u"MainExe"));
   MSIEIsolatedComponent& helpersForDocs =
       addRow(isolated, MSIEIsolatedComponent(u"Helpers", u"Docs"));
   MSIEIsolatedComponent& docsForMain = addRow(isolated, MSIEIsolatedComponent(u"Docs", u"MainExe"));
   isolated.Delete(addRow(isolated, MSIEIsolatedComponent(u"Docs", u"Helpers")));
+  const MSIEFile& readme = *db.GetFile().Lookup(u"Readme");
+  const MSIEFile& mainExeFile = *db.GetFile().Lookup(u"MainExe");
+  const MSIEComponent& mainExe = *db.GetComponent().Lookup(u"MainExe");
+  const MSIEComponent& docs = *db.GetComponent().Lookup(u"Docs");
 
-  RWBTree forMain;
-  isolated.GetEntriesForApplicationComponent(forMain, mainExe);
-  EXPECT_EQ(itemsOf(forMain), (std::set<RWCollectable*>{&helpersForMain, &docsForMain}));
-  RWBTree ofHelpers;
-  isolated.GetEntriesForSharedComponent(ofHelpers, helpers);
-  EXPECT_EQ(itemsOf(ofHelpers), (std::set<RWCollectable*>{&helpersForMain, &helpersForDocs}));
-  RWBTree withDocs;
-  isolated.GetEntries(withDocs, docs);
-  EXPECT_EQ(itemsOf(withDocs), (std::set<RWCollectable*>{&helpersForDocs, &docsForMain}));
+  const Lookup lookups[] = {
+      {[&] { return &fonts.GetFontWithFileID(u"Handbuch"); },
+       [&] { fonts.GetFontWithFileID(u"MainExe"); }, 16, &font},
+      {[&] { return &selfRegs.GetSelfRegWithFileID(u"HelperDll"); },
+       [&] { selfRegs.GetSelfRegWithFileID(u"MainExe"); }, 17, &selfReg},
+      {[&] { return &moves.GetMoveFileWithID(u"Move1"); },
+       [&] { moves.GetMoveFileWithID(u"move1"); }, 35, &move},
+      {[&] { return &db.GetBinary().GetBinaryWithID(u"SmallData"); },
+       [&] { db.GetBinary().GetBinaryWithID(u"smalldata"); }, 29},
+      {[&] { return &isolated.GetEntry(u"Helpers", u"MainExe"); },
+       [&] { isolated.GetEntry(u"Docs", u"Helpers"); }, 21, &helpersForMain},
+      {[&] { return &duplicates.GetDuplicateFile(readme); },
+       [&] { duplicates.GetDuplicateFile(mainExeFile); }, 34, &inDocs},
+  };
+  expectLookups(lookups);
+  expectErrorWithEntry([&] { duplicates.GetDuplicateFile(mainExeFile); },
+                       ODLEXDatabaseError::eDuplicateFileNotFound, ODLEXTObject::eFile,
+                       mainExeFile);
+  EXPECT_TRUE(fonts.IsFileAFont(*db.GetFile().Lookup(u"Handbuch")));
+  EXPECT_FALSE(fonts.IsFileAFont(mainExeFile)) << "its font row is deleted";
+  EXPECT_FALSE(fonts.IsFileAFont(readme));
+
+  const Collector collectors[] = {
+      {[&](RWBTree& tree) { duplicates.GetDuplicateFiles(tree, readme); }, {&inDocs, &inMain}},
+      {[&](RWBTree& tree) { duplicates.GetDuplicateFiles(tree, docs); }, {&inDocs, &ofHelper}},
+      {[&](RWBTree& tree) { moves.GetMoveFiles(tree, mainExe); }, {&move}},
+      {[&](RWBTree& tree) { removes.GetRemoveFiles(tree, mainExe); }, {&remove}},
+      {[&](RWBTree& tree) { isolated.GetEntriesForApplicationComponent(tree, mainExe); },
+       {&helpersForMain, &docsForMain}},
+      {[&](RWBTree& tree) {
+         isolated.GetEntriesForSharedComponent(tree, *db.GetComponent().Lookup(u"Helpers"));
+       },
+       {&helpersForMain, &helpersForDocs}},
+      {[&](RWBTree& tree) { isolated.GetEntries(tree, docs); }, {&helpersForDocs, &docsForMain}},
+  };
+  expectCollectors(collectors);
   EXPECT_EQ(isolated.GetEntries().entries(), 4u) << "the table's own rows, deleted included";
-
-  EXPECT_EQ(&isolated.GetEntry(u"Helpers", u"MainExe"), &helpersForMain);
-  EXPECT_EQ(thrownCode([&] { isolated.GetEntry(u"MainExe", u"Helpers"); }), 21);
-  EXPECT_EQ(thrownCode([&] { isolated.GetEntry(u"Docs", u"Helpers"); }), 21);
+  RWBTree both;
+  moves.GetMoveFiles(both, mainExe);
+  removes.GetRemoveFiles(both, mainExe);
+  EXPECT_EQ(itemsOf(both), (std::set<RWCollectable*>{&move, &remove})) << "added to the tree";
 }
 
 }  // namespace

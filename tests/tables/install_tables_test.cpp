@@ -3,8 +3,6 @@
 // components are MainExe, Docs, GermanDocs (key files) and Helpers (registry key path, none
 // set).
 
-#include <fstream>
-
 #include "common/DatabaseTest.h"
 #include "tables/TableTestSupport.h"
 
@@ -33,48 +31,47 @@ MSIEReserveCost reserveCostOf(const char16_t* key, const char16_t* component,
   return row;
 }
 
-TEST_F(InstallTablesTest, ComponentCollectorsGiveLiveRowsOfThatComponentAndKeepOut) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
+TEST_F(InstallTablesTest, RowsByKeyAndByComponent) {
+  ODLEXDatabase& db = openPackage();
   ODLEXTIniFile& iniFiles = db.GetIniFile();
   MSIEIniFile& kept = addRow(iniFiles, iniFileOf(u"Ini1", u"MainExe"));
-  MSIEIniFile& deleted = addRow(iniFiles, iniFileOf(u"Ini2", u"MainExe"));
+  iniFiles.Delete(addRow(iniFiles, iniFileOf(u"Ini2", u"MainExe")));
   MSIEIniFile& other = addRow(iniFiles, iniFileOf(u"Ini3", u"Docs"));
-  iniFiles.Delete(deleted);
+  ODLEXTShortcut& shortcuts = db.GetShortcut();
+  MSIEShortcut& shortcut = addRow(shortcuts, MSIEShortcut(u"Menu"));
+  shortcuts.Delete(addRow(shortcuts, MSIEShortcut(u"Desktop")));
+  ODLEXTCreateFolder& folders = db.GetCreateFolder();
+  MSIECreateFolder& folder = addRow(folders, MSIECreateFolder(u"BinDir", u"MainExe"));
+  ODLEXTLaunchCondition& conditions = db.GetLaunchCondition();
+  MSIELaunchCondition& condition = addRow(conditions, MSIELaunchCondition(u"VersionNT"));
+  const Lookup lookups[] = {
+      {[&] { return &shortcuts.GetShortcutWithID(u"Menu"); },
+       [&] { shortcuts.GetShortcutWithID(u"menu"); }, 25, &shortcut},
+      {[&] { return &shortcuts.GetShortcutWithID(u"Menu"); },
+       [&] { shortcuts.GetShortcutWithID(u"Desktop"); }, 25},
+      {[&] { return &folders.GetCreateFolder(u"BinDir", u"MainExe"); },
+       [&] { folders.GetCreateFolder(u"BinDir", u"Docs"); }, 12, &folder},
+      {[&] { return &conditions.GetEntry(u"VersionNT"); },
+       [&] { conditions.GetEntry(u"Version9X"); }, 67, &condition},
+  };
+  expectLookups(lookups);
 
   RWBTree out;
   out.insert(&other);
   iniFiles.GetIniFiles(out, *db.GetComponent().Lookup(u"MainExe"));
-  EXPECT_EQ(itemsOf(out), (std::set<RWCollectable*>{&kept, &other}));
+  EXPECT_EQ(itemsOf(out), (std::set<RWCollectable*>{&kept, &other})) << "what the tree held stays";
 }
 
-TEST_F(InstallTablesTest, KeyLookupsFindLiveRowsOrThrowTheirTablesCodes) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
-  ODLEXTShortcut& shortcuts = db.GetShortcut();
-  MSIEShortcut& shortcut = addRow(shortcuts, MSIEShortcut(u"Menu"));
-  EXPECT_EQ(&shortcuts.GetShortcutWithID(u"Menu"), &shortcut);
-  EXPECT_EQ(thrownCode([&] { shortcuts.GetShortcutWithID(u"menu"); }), 25);
-  shortcuts.Delete(shortcut);
-  EXPECT_EQ(thrownCode([&] { shortcuts.GetShortcutWithID(u"Menu"); }), 25);
-
-  ODLEXTCreateFolder& folders = db.GetCreateFolder();
-  MSIECreateFolder& folder = addRow(folders, MSIECreateFolder(u"BinDir", u"MainExe"));
-  EXPECT_EQ(&folders.GetCreateFolder(u"BinDir", u"MainExe"), &folder);
-  EXPECT_EQ(thrownCode([&] { folders.GetCreateFolder(u"BinDir", u"Docs"); }), 12);
-
-  ODLEXTLaunchCondition& conditions = db.GetLaunchCondition();
-  MSIELaunchCondition& condition = addRow(conditions, MSIELaunchCondition(u"VersionNT"));
-  EXPECT_EQ(&conditions.GetEntry(u"VersionNT"), &condition);
-  EXPECT_EQ(thrownCode([&] { conditions.GetEntry(u"Version9X"); }), 67);
-}
-
-// The Complus table object cannot add rows: the package gets one from msibuild.
+// The Complus table object cannot add rows: the package gets one by import.
 TEST_F(InstallTablesTest, ComplusEntryOfAComponentOrTheComponentInTheError) {
-  const std::filesystem::path& package = this->package();
-  std::ofstream(dir_ / "Complus.idt")
-      << "Component_\tExpType\ns72\tI2\nComplus\tComponent_\tExpType\n"
-         "Docs\t1\n";
-  ASSERT_TRUE(msibuildImport(package, {dir_ / "Complus.idt"}));
-  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package));
+  writeFileBytes(dir_ / "Complus.idt",
+                 "Component_\tExpType\ns72\tI2\nComplus\tComponent_\tExpType\nDocs\t1\n");
+  {
+    MSIDatabase lower(text(package()), MSIDatabase::ePersistDirect);
+    ASSERT_EQ(lower.Import(text(dir_ / "Complus.idt")), 0u);
+    ASSERT_EQ(lower.commit(), 0u);
+  }
+  ODLEXDatabase& db = openPackage();
 
   ODLEXTComplus& complus = db.GetComplus();
   MSIEComponent& docs = *db.GetComponent().Lookup(u"Docs");
@@ -88,7 +85,7 @@ TEST_F(InstallTablesTest, ComplusEntryOfAComponentOrTheComponentInTheError) {
 }
 
 TEST_F(InstallTablesTest, ReserveCostFollowsItsComponentAndFolder) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
+  ODLEXDatabase& db = openPackage();
   ODLEXTReserveCost& costs = db.GetReserveCost();
   MSIEReserveCost& inComponentDir = addRow(costs, reserveCostOf(u"R1", u"MainExe", u""));
   MSIEReserveCost& inOwnFolder = addRow(costs, reserveCostOf(u"R2", u"MainExe", u"DocDir"));
@@ -110,7 +107,7 @@ TEST_F(InstallTablesTest, ReserveCostFollowsItsComponentAndFolder) {
 }
 
 TEST_F(InstallTablesTest, FolderPermissionsAreReplacedAsAWhole) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
+  ODLEXDatabase& db = openPackage();
   ODLEXTCreateFolder& folders = db.GetCreateFolder();
   ODLEXTLockPermissions& permissions = db.GetLockPermissions();
   MSIECreateFolder& folder = addRow(folders, MSIECreateFolder(u"BinDir", u"MainExe"));
@@ -152,7 +149,7 @@ TEST_F(InstallTablesTest, FolderPermissionsAreReplacedAsAWhole) {
 }
 
 TEST_F(InstallTablesTest, ServicesNeedAComponentWhoseKeyPathIsAnExistingFile) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
+  ODLEXDatabase& db = openPackage();
   MSIEComponent broken(u"Broken", u"", u"BinDir");
   broken.SetAttributes(0);
   broken.SetKeyPath(u"NoSuchFile");

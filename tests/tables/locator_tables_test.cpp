@@ -1,5 +1,5 @@
 // The operations of the file-search table objects (Signature, the four locator tables,
-// AppSearch and CCPSearch) on a copy of the msibuild package, which has none of these tables:
+// AppSearch and CCPSearch) on a copy of the idt package, which has none of these tables:
 // each test adds the rows it needs.
 
 #include "common/DatabaseTest.h"
@@ -15,34 +15,40 @@ MSIEDrLocator drLocatorOf(const TalString& signature, const TalString& path) {
 class LocatorTablesTest : public DatabaseTest {};
 
 TEST_F(LocatorTablesTest, RowsBySignatureOrCode24) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
-  MSIESignature& signature = addRow(db.GetSignature(), MSIESignature(u"AppExe"));
-  MSIERegLocator& reg = addRow(db.GetRegLocator(), MSIERegLocator(u"AppExe"));
-  MSIEIniLocator& ini = addRow(db.GetIniLocator(), MSIEIniLocator(u"AppIni"));
-  MSIECompLocator& comp = addRow(db.GetCompLocator(), MSIECompLocator(u"AppComp"));
-  MSIEDrLocator& first = addRow(db.GetDrLocator(), drLocatorOf(u"AppDir", u"C:\\A"));
-  addRow(db.GetDrLocator(), drLocatorOf(u"AppDir", u"C:\\B"));
-
-  EXPECT_EQ(&db.GetSignature().GetWithSignature(u"AppExe"), &signature);
-  EXPECT_EQ(&db.GetRegLocator().GetWithSignature(u"AppExe"), &reg);
-  EXPECT_EQ(&db.GetIniLocator().GetWithSignature(u"AppIni"), &ini);
-  EXPECT_EQ(&db.GetCompLocator().GetWithSignature(u"AppComp"), &comp);
-  EXPECT_EQ(&db.GetDrLocator().GetWithSignature(u"AppDir"), &first) << "the first in key order";
-
-  EXPECT_EQ(thrownCode([&] { db.GetSignature().GetWithSignature(u"appexe"); }), 24);
-  EXPECT_EQ(thrownCode([&] { db.GetRegLocator().GetWithSignature(u"AppIni"); }), 24);
-  EXPECT_EQ(thrownCode([&] { db.GetIniLocator().GetWithSignature(u"AppExe"); }), 24);
-  EXPECT_EQ(thrownCode([&] { db.GetCompLocator().GetWithSignature(u"AppDir"); }), 24);
-  EXPECT_EQ(thrownCode([&] { db.GetDrLocator().GetWithSignature(u"AppComp"); }), 24);
-
-  db.GetDrLocator().Delete(first);
-  EXPECT_EQ(db.GetDrLocator().GetWithSignature(u"AppDir").GetPath(), TalString(u"C:\\B"));
-  db.GetSignature().Delete(signature);
-  EXPECT_EQ(thrownCode([&] { db.GetSignature().GetWithSignature(u"AppExe"); }), 24);
+  ODLEXDatabase& db = openPackage();
+  ODLEXTSignature& signatures = db.GetSignature();
+  ODLEXTRegLocator& regs = db.GetRegLocator();
+  ODLEXTIniLocator& inis = db.GetIniLocator();
+  ODLEXTCompLocator& comps = db.GetCompLocator();
+  ODLEXTDrLocator& dirs = db.GetDrLocator();
+  MSIESignature& signature = addRow(signatures, MSIESignature(u"AppExe"));
+  signatures.Delete(addRow(signatures, MSIESignature(u"OldExe")));
+  MSIERegLocator& reg = addRow(regs, MSIERegLocator(u"AppExe"));
+  MSIEIniLocator& ini = addRow(inis, MSIEIniLocator(u"AppIni"));
+  MSIECompLocator& comp = addRow(comps, MSIECompLocator(u"AppComp"));
+  dirs.Delete(addRow(dirs, drLocatorOf(u"AppDir", u"C:\\A")));
+  MSIEDrLocator& second = addRow(dirs, drLocatorOf(u"AppDir", u"C:\\B"));
+  addRow(dirs, drLocatorOf(u"AppDir", u"C:\\C"));
+  const Lookup lookups[] = {
+      {[&] { return &signatures.GetWithSignature(u"AppExe"); },
+       [&] { signatures.GetWithSignature(u"appexe"); }, 24, &signature},
+      {[&] { return &signatures.GetWithSignature(u"AppExe"); },
+       [&] { signatures.GetWithSignature(u"OldExe"); }, 24},
+      {[&] { return &regs.GetWithSignature(u"AppExe"); }, [&] { regs.GetWithSignature(u"AppIni"); },
+       24, &reg},
+      {[&] { return &inis.GetWithSignature(u"AppIni"); }, [&] { inis.GetWithSignature(u"AppExe"); },
+       24, &ini},
+      {[&] { return &comps.GetWithSignature(u"AppComp"); },
+       [&] { comps.GetWithSignature(u"AppDir"); }, 24, &comp},
+      // The first live row in key order.
+      {[&] { return &dirs.GetWithSignature(u"AppDir"); },
+       [&] { dirs.GetWithSignature(u"AppComp"); }, 24, &second},
+  };
+  expectLookups(lookups);
 }
 
 TEST_F(LocatorTablesTest, AppSearchFollowsItsSignatureIntoEachTable) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
+  ODLEXDatabase& db = openPackage();
   MSIESignature& signature = addRow(db.GetSignature(), MSIESignature(u"AppExe"));
   MSIERegLocator& reg = addRow(db.GetRegLocator(), MSIERegLocator(u"AppExe"));
   MSIEDrLocator& dir = addRow(db.GetDrLocator(), drLocatorOf(u"AppExe", u"C:\\A"));
@@ -73,7 +79,7 @@ TEST_F(LocatorTablesTest, AppSearchFollowsItsSignatureIntoEachTable) {
 }
 
 TEST_F(LocatorTablesTest, CCPSearchFollowsItsSignatureIntoEachTable) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
+  ODLEXDatabase& db = openPackage();
   MSIEIniLocator& ini = addRow(db.GetIniLocator(), MSIEIniLocator(u"OldProduct"));
   MSIECompLocator& comp = addRow(db.GetCompLocator(), MSIECompLocator(u"OldProduct"));
   ODLEXTCCPSearch& searches = db.GetCCPSearch();

@@ -25,7 +25,7 @@ MSIEODBCDataSource dataSourceOf(const char16_t* key, const char16_t* name) {
 }
 
 TEST_F(ODBCTablesTest, DriversAndTranslatorsFollowTheirFiles) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
+  ODLEXDatabase& db = openPackage();
   ODLEXTODBCDriver& drivers = db.GetODBCDriver();
   MSIEODBCDriver& driver = addRow(drivers, driverOf(u"Driver", u"HelperDll", u""));
   EXPECT_EQ(drivers.GetFile(driver).GetFileID(), TalString(u"HelperDll"));
@@ -43,44 +43,47 @@ TEST_F(ODBCTablesTest, DriversAndTranslatorsFollowTheirFiles) {
 }
 
 TEST_F(ODBCTablesTest, DataSourcesByKeyByNameAndFromTheirAttributes) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
+  ODLEXDatabase& db = openPackage();
   ODLEXTODBCDataSource& sources = db.GetODBCDataSource();
   MSIEODBCDataSource& source = addRow(sources, dataSourceOf(u"Orders", u"Order Database"));
-  EXPECT_EQ(&sources.GetDataSourceWithID(u"Orders"), &source);
-  EXPECT_EQ(&sources.GetDataSource(u"Order Database"), &source);
-  EXPECT_EQ(thrownCode([&] { sources.GetDataSourceWithID(u"Order Database"); }), 23);
-  EXPECT_EQ(thrownCode([&] { sources.GetDataSource(u"Orders"); }), 23);
-
   ODLEXTODBCSourceAttribute& attributes = db.GetODBCSourceAttribute();
   MSIEODBCSourceAttribute& attribute =
       addRow(attributes, MSIEODBCSourceAttribute(u"Orders", u"Server"));
   MSIEODBCSourceAttribute& dangling =
       addRow(attributes, MSIEODBCSourceAttribute(u"Gone", u"Server"));
-  EXPECT_EQ(&attributes.GetDataSource(attribute), &source);
+  const Lookup lookups[] = {
+      {[&] { return &sources.GetDataSourceWithID(u"Orders"); },
+       [&] { sources.GetDataSourceWithID(u"Order Database"); }, 23, &source},
+      {[&] { return &sources.GetDataSource(u"Order Database"); },
+       [&] { sources.GetDataSource(u"Orders"); }, 23, &source},
+      {[&] { return &attributes.GetDataSource(attribute); },
+       [&] { attributes.GetDataSource(dangling); }, 23, &source},
+  };
+  expectLookups(lookups);
   expectErrorWithEntry([&] { attributes.GetDataSource(dangling); },
                        ODLEXDatabaseError::eDataSourceNotFound, ODLEXTObject::eODBCSourceAttribute,
                        dangling);
 }
 
 TEST_F(ODBCTablesTest, CollectorsGiveLiveRowsOfTheirOwner) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
+  ODLEXDatabase& db = openPackage();
   MSIEODBCDriver& driver = addRow(db.GetODBCDriver(), driverOf(u"Driver", u"HelperDll", u""));
   addRow(db.GetODBCDriver(), driverOf(u"Other", u"HelperDll", u""));
   ODLEXTODBCAttribute& attributes = db.GetODBCAttribute();
   MSIEODBCAttribute& kept = addRow(attributes, MSIEODBCAttribute(u"Driver", u"CPTimeout"));
   attributes.Delete(addRow(attributes, MSIEODBCAttribute(u"Driver", u"FileUsage")));
   addRow(attributes, MSIEODBCAttribute(u"Other", u"CPTimeout"));
-
-  RWBTree ofDriver;
-  db.GetODBCDriver().GetAttributes(ofDriver, driver);
-  EXPECT_EQ(itemsOf(ofDriver), (std::set<RWCollectable*>{&kept}));
-
+  ODLEXTODBCSourceAttribute& sourceAttributes = db.GetODBCSourceAttribute();
   MSIEODBCDataSource& source = addRow(db.GetODBCDataSource(), dataSourceOf(u"Orders", u"Orders"));
   MSIEODBCSourceAttribute& server =
-      addRow(db.GetODBCSourceAttribute(), MSIEODBCSourceAttribute(u"Orders", u"Server"));
-  RWBTree ofSource;
-  db.GetODBCSourceAttribute().GetSourceAttributes(ofSource, source);
-  EXPECT_EQ(itemsOf(ofSource), (std::set<RWCollectable*>{&server}));
+      addRow(sourceAttributes, MSIEODBCSourceAttribute(u"Orders", u"Server"));
+  sourceAttributes.Delete(addRow(sourceAttributes, MSIEODBCSourceAttribute(u"Orders", u"Port")));
+  addRow(sourceAttributes, MSIEODBCSourceAttribute(u"Other", u"Server"));
+  const Collector collectors[] = {
+      {[&](RWBTree& tree) { db.GetODBCDriver().GetAttributes(tree, driver); }, {&kept}},
+      {[&](RWBTree& tree) { sourceAttributes.GetSourceAttributes(tree, source); }, {&server}},
+  };
+  expectCollectors(collectors);
 }
 
 }  // namespace

@@ -13,7 +13,6 @@ namespace {
 TEST(ErrorRecords, CodesRowsAndStatuses) {
   const ODLEXDatabaseError none;
   EXPECT_TRUE(none == ODLEXDatabaseError::eNoPendingError);
-  EXPECT_EQ(static_cast<int>(ODLEXDatabaseError(ODLEXDatabaseError::eStorageFileRefused)), 81);
 
   MSIEFile file(u"F1");
   ODLEXDatabaseErrorWithEntry withEntry(ODLEXTObject::eBindImage, file,
@@ -26,7 +25,7 @@ TEST(ErrorRecords, CodesRowsAndStatuses) {
   try {
     throw ODLEXDatabaseErrorWithErrorCode(ODLEXDatabaseError::eTransformServiceFailed, 1624);
   } catch (const ODLEXDatabaseError& error) {
-    EXPECT_EQ(static_cast<int>(static_cast<ODLEXDatabaseError::eCodeMeaning>(error)), 43);
+    EXPECT_TRUE(error == ODLEXDatabaseError::eTransformServiceFailed);
     EXPECT_EQ(static_cast<unsigned>(dynamic_cast<const ODLEXDatabaseErrorWithErrorCode&>(error)),
               1624u);
   }
@@ -56,7 +55,7 @@ TEST(TableTypes, SpeciesSetsAndNames) {
 class TableObjectTest : public DatabaseTest {};
 
 TEST_F(TableObjectTest, LoadOnceUnloadKeepsTheModifiedFlag) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kWixl);
+  ODLEXDatabase& db = openPackage();
   ODLEXTError errors;
   errors.Load(db);
   ASSERT_TRUE(errors.IsLoaded());
@@ -75,7 +74,7 @@ TEST_F(TableObjectTest, LoadOnceUnloadKeepsTheModifiedFlag) {
 }
 
 TEST_F(TableObjectTest, ReadOnlyAndMergeModuleTablesIgnoreEdits) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kWixl);
+  ODLEXDatabase& db = openPackage();
   ODLEXT_Columns& columns = db.Get_Columns();
   columns.Modify(true);
   EXPECT_FALSE(columns.IsModified());
@@ -83,7 +82,7 @@ TEST_F(TableObjectTest, ReadOnlyAndMergeModuleTablesIgnoreEdits) {
 
   // The same package named as a merge module: its not-in-merge-module tables ignore edits,
   // the others do not.
-  const std::filesystem::path module = copyPackage(PackageKind::kWixl, "module.msm");
+  const std::filesystem::path module = copyPackage("module.msm");
   ODLEXDatabase& moduleDb = ODLEXDatabase::AddDatabaseToList(text(module));
   ASSERT_TRUE(moduleDb.IsMergeModule());
   moduleDb.GetFeature().Modify(true);
@@ -97,7 +96,7 @@ TEST_F(TableObjectTest, ReadOnlyAndMergeModuleTablesIgnoreEdits) {
 }
 
 TEST_F(TableObjectTest, TempEntriesFilteringAndModifyingRows) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kWixl);
+  ODLEXDatabase& db = openPackage();
   ODLEXTProperty& properties = db.GetProperty();
   properties.SetTempEntries(static_cast<MSIEntry*>(nullptr));
   EXPECT_TRUE(properties.GetTempEntries().isEmpty());
@@ -121,17 +120,14 @@ TEST_F(TableObjectTest, TempEntriesFilteringAndModifyingRows) {
 
   ODLEXDatabase::SetUserPermitsFunction([] { return false; });
   RWBTree asked = all;
-  try {
-    properties.FilterOutDeletedEntries(asked, true);
-    ADD_FAILURE() << "the host's refusal throws";
-  } catch (const ODLEXDatabaseError& error) {
-    EXPECT_TRUE(error == ODLEXDatabaseError::eUserCancelled);
-  }
+  EXPECT_EQ(thrownCode([&] { properties.FilterOutDeletedEntries(asked, true); }),
+            ODLEXDatabaseError::eUserCancelled)
+      << "the host's refusal throws";
   ODLEXDatabase::SetUserPermitsFunction(nullptr);
 }
 
 TEST_F(TableObjectTest, CommonEditsFollowTheKeyRules) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kWixl);
+  ODLEXDatabase& db = openPackage();
   ODLEXTActionText& texts = db.GetActionText();
   MSIEActionText values(u"InstallFiles");
   values.SetDescription(u"Copying files");
@@ -172,26 +168,17 @@ TEST_F(TableObjectTest, CommonEditsFollowTheKeyRules) {
   // A lookup that fails throws the table's code and leaves the temp entries alone.
   ODLEXTIcon& icons = db.GetIcon();
   icons.SetTempEntries(static_cast<MSIEntry*>(nullptr));
-  try {
-    icons.GetIconWithIconID(u"missing");
-    ADD_FAILURE() << "expected code 14";
-  } catch (const ODLEXDatabaseError& error) {
-    EXPECT_TRUE(error == ODLEXDatabaseError::eIconNotFound);
-  }
+  EXPECT_EQ(thrownCode([&] { icons.GetIconWithIconID(u"missing"); }),
+            ODLEXDatabaseError::eIconNotFound);
   EXPECT_TRUE(icons.GetTempEntries().isEmpty());
 }
 
 TEST_F(TableObjectTest, PropertiesByNameAndTheirTranslation) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kWixl);
+  ODLEXDatabase& db = openPackage();
   ODLEXTProperty& properties = db.GetProperty();
-  EXPECT_EQ(properties.GetValue(u"ARPHELPLINK"), u"https://example.com/help");
+  EXPECT_EQ(properties.GetValue(u"Manufacturer"), u"Odlex Fixtures");
   EXPECT_EQ(properties.GetValue(u"NotSet"), u"");
-  try {
-    properties.Find(u"NotSet");
-    ADD_FAILURE() << "expected code 5";
-  } catch (const ODLEXDatabaseError& error) {
-    EXPECT_TRUE(error == ODLEXDatabaseError::ePropertyNotFound);
-  }
+  EXPECT_EQ(thrownCode([&] { properties.Find(u"NotSet"); }), ODLEXDatabaseError::ePropertyNotFound);
 
   properties.SetValue(u"VENDOR", u"Acme");
   EXPECT_EQ(properties.TranslateVars(u"[VENDOR]"), u"Acme");
@@ -206,7 +193,7 @@ TEST_F(TableObjectTest, PropertiesByNameAndTheirTranslation) {
   EXPECT_EQ(properties.GetValue(u"VENDOR"), u"");
   EXPECT_EQ(properties.Expand(u"[VENDOR]"), u"[VENDOR]");
   EXPECT_TRUE(properties.SARExcludeEntry(&properties.Find(u"ProductCode")));
-  EXPECT_FALSE(properties.SARExcludeEntry(&properties.Find(u"ARPHELPLINK")));
+  EXPECT_FALSE(properties.SARExcludeEntry(&properties.Find(u"Manufacturer")));
 }
 
 }  // namespace

@@ -20,7 +20,7 @@ MSIERadioButton buttonOf(const char16_t* property, short order) {
 }
 
 TEST_F(UITablesTest, EventsOfAControlWithOneArgumentAndOfADialog) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
+  ODLEXDatabase& db = openPackage();
   ODLEXTControlEvent& events = db.GetControlEvent();
   MSIEControlEvent& toLicense =
       addRow(events, eventOf(u"Welcome", u"Next", u"NewDialog", u"License", u"1"));
@@ -43,7 +43,7 @@ TEST_F(UITablesTest, EventsOfAControlWithOneArgumentAndOfADialog) {
 }
 
 TEST_F(UITablesTest, RadioGroupChangedUntilWrittenWhenAButtonIsAddedOrDeleted) {
-  ODLEX_OPEN_PACKAGE(db, PackageKind::kIdt);
+  ODLEXDatabase& db = openPackage();
   ODLEXTRadioButton& buttons = db.GetRadioButton();
   buttons.Add(buttonOf(u"SETUPTYPE", 1));
   MSIERadioButton& second = addRow(buttons, buttonOf(u"SETUPTYPE", 2));
