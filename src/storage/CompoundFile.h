@@ -49,6 +49,13 @@ class StreamSource {
   virtual std::unique_ptr<StreamReader> open(std::string& error) const = 0;
 };
 
+// A source over bytes held in memory.
+std::shared_ptr<const StreamSource> memorySource(std::vector<std::uint8_t> bytes);
+
+// Writes all of `source` to a new file `path` (replacing what is there), a piece at a time.
+bool writeStreamToFile(FileSystem& fs, const std::filesystem::path& path,
+                       const StreamSource& source, std::string& error);
+
 class CompoundFileReader {
  public:
   // Reads the header, the sector tables and the directory. The file stays open: stream

@@ -169,6 +169,17 @@ bool Database::readStream(std::u16string_view name, std::vector<std::uint8_t>& o
   return false;
 }
 
+std::shared_ptr<const storage::StreamSource> Database::streamSource(std::u16string_view name,
+                                                                    Error& error) const {
+  const auto found = streams_.find(name);
+  if (found == streams_.end()) {
+    error = Error{kFileNotFound, "no stream named " + toUtf8(name)};
+    return nullptr;
+  }
+  const StreamSlot& slot = found->second;
+  return slot.data ? storage::memorySource(*slot.data) : reader_->streamSource(slot.entry);
+}
+
 void Database::setStream(std::u16string name, std::vector<std::uint8_t> data) {
   const auto found = streams_.find(name);
   if (found != streams_.end()) {

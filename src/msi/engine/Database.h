@@ -67,6 +67,10 @@ class Database {
   std::vector<std::u16string> streamNames() const;
   bool hasStream(std::u16string_view name) const;
   bool readStream(std::u16string_view name, std::vector<std::uint8_t>& out, Error& error) const;
+  // The stream `name` as a source read in pieces; null with kFileNotFound when there is none.
+  // REQUIRES: the database outlives the source, and the stream is not changed meanwhile.
+  std::shared_ptr<const storage::StreamSource> streamSource(std::u16string_view name,
+                                                            Error& error) const;
   void setStream(std::u16string name, std::vector<std::uint8_t> data);
   bool removeStream(std::u16string_view name);
 

@@ -101,7 +101,7 @@ class TableExporter {
       key.remove_prefix(std::min(key.size(), table_.name().size() + 1));
     BinaryFile file{fileNames_.claim(safeFileName(key) + ".ibd"), {}};
     engine::Error readError;
-    if (!db_.readStream(stream, file.data, readError)) {
+    if (!(file.data = db_.streamSource(stream, readError))) {
       fail("stream " + forMessage(stream) + ": " + readError.text);
       return false;
     }
@@ -154,7 +154,7 @@ std::uint32_t writeBinaryFiles(storage::FileSystem& fs, const ExportedTable& exp
       return error.code;
     }
     const std::filesystem::path path = folder / file.fileName;
-    if (!fs.writeFile(path, file.data, reason)) {
+    if (!storage::writeStreamToFile(fs, path, *file.data, reason)) {
       error = {engine::kWriteFault, path.string() + ": " + reason};
       return error.code;
     }

@@ -44,6 +44,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -60,10 +61,11 @@ inline constexpr std::u16string_view kSummaryInformationTable = u"_SummaryInform
 // Largest .idt or binary data file read.
 inline constexpr std::uint64_t kMaxInputFileSize = std::uint64_t{1} << 30;
 
-// The data of one binary cell: the file name written in the field, and the bytes.
+// The data of one binary cell: the file name written in the field, and where its bytes are
+// (still in the database until they are written).
 struct BinaryFile {
   std::string fileName;
-  std::vector<std::uint8_t> data;
+  std::shared_ptr<const storage::StreamSource> data;
 };
 
 // A table exported in memory: the .idt text and the data files of its binary cells.
@@ -79,8 +81,9 @@ struct ExportedTable {
 std::uint32_t exportTableText(engine::Database& db, std::u16string_view table, ExportedTable& out,
                               engine::Error& error);
 
-// Writes the data files of `exported` into `folder` (created when missing). File names that
-// are not plain names (see SafeFileName.h) are refused with kBadPathname.
+// Writes the data files of `exported` into `folder` (created when missing), each copied in
+// pieces. File names that are not plain names (see SafeFileName.h) are refused with
+// kBadPathname.
 std::uint32_t writeBinaryFiles(storage::FileSystem& fs, const ExportedTable& exported,
                                const std::filesystem::path& folder, engine::Error& error);
 

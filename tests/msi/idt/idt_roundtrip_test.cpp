@@ -183,7 +183,7 @@ TEST_F(IdtRoundTrip, HostileKeysNeverNameFilesOutsideTheTableFolder) {
 }
 
 TEST_F(IdtRoundTrip, DataFilesWithUnsafeNamesAreNotWritten) {
-  ExportedTable exported{"", "T", {{"../escape.ibd", {1}}}};
+  ExportedTable exported{"", "T", {{"../escape.ibd", storage::memorySource({1})}}};
   engine::Error error;
   EXPECT_EQ(writeBinaryFiles(fs_, exported, dir_ / "T", error), engine::kBadPathname);
   EXPECT_FALSE(std::filesystem::exists(dir_ / "escape.ibd"));

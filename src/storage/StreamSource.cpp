@@ -1,0 +1,65 @@
+// Stream sources over memory, and copying a source to a file in pieces.
+
+#include <algorithm>
+#include <cstring>
+
+#include "storage/CompoundFile.h"
+
+namespace odlex::storage {
+
+namespace {
+
+class MemorySource final : public StreamSource {
+ public:
+  explicit MemorySource(std::vector<std::uint8_t> bytes)
+      : bytes_(std::make_shared<const std::vector<std::uint8_t>>(std::move(bytes))) {}
+  std::uint64_t size() const override { return bytes_->size(); }
+  std::unique_ptr<StreamReader> open(std::string&) const override {
+    struct Reader final : StreamReader {
+      std::shared_ptr<const std::vector<std::uint8_t>> bytes;
+      std::size_t at = 0;
+      bool read(std::uint8_t* out, std::size_t length, std::string& error) override {
+        if (length > bytes->size() - at) {
+          error = "read past the end of a stream";
+          return false;
+        }
+        std::memcpy(out, bytes->data() + at, length);
+        at += length;
+        return true;
+      }
+    };
+    auto reader = std::make_unique<Reader>();
+    reader->bytes = bytes_;
+    return reader;
+  }
+
+ private:
+  std::shared_ptr<const std::vector<std::uint8_t>> bytes_;
+};
+
+constexpr std::uint64_t kPiece = 1 << 20;
+
+}  // namespace
+
+std::shared_ptr<const StreamSource> memorySource(std::vector<std::uint8_t> bytes) {
+  return std::make_shared<MemorySource>(std::move(bytes));
+}
+
+bool writeStreamToFile(FileSystem& fs, const std::filesystem::path& path,
+                       const StreamSource& source, std::string& error) {
+  std::unique_ptr<StreamReader> reader = source.open(error);
+  if (!reader)
+    return false;
+  std::unique_ptr<WritableFile> file = fs.createFile(path, {}, error);
+  if (!file)
+    return false;
+  std::vector<std::uint8_t> piece;
+  for (std::uint64_t left = source.size(); left > 0; left -= piece.size()) {
+    piece.resize(static_cast<std::size_t>(std::min(left, kPiece)));
+    if (!reader->read(piece.data(), piece.size(), error) || !file->append(piece, error))
+      return false;
+  }
+  return file->finish(error);
+}
+
+}  // namespace odlex::storage
