@@ -54,7 +54,8 @@ std::shared_ptr<const StreamSource> memorySource(std::vector<std::uint8_t> bytes
 
 // Writes all of `source` to a new file `path` (replacing what is there), a piece at a time.
 bool writeStreamToFile(FileSystem& fs, const std::filesystem::path& path,
-                       const StreamSource& source, std::string& error);
+                       const StreamSource& source, const NewFileOptions& options,
+                       std::string& error);
 
 class CompoundFileReader {
  public:

@@ -110,7 +110,8 @@ int syncParentDirectory(const std::filesystem::path& path) {
 
 class PosixWritableFile final : public WritableFile {
  public:
-  PosixWritableFile(int fd, std::filesystem::path path) : fd_(fd), path_(std::move(path)) {}
+  PosixWritableFile(int fd, std::filesystem::path path, bool flush)
+      : fd_(fd), path_(std::move(path)), flush_(flush) {}
 
   bool append(std::span<const std::uint8_t> bytes, std::string& error) override {
     const std::uint8_t* data = bytes.data();
@@ -137,7 +138,7 @@ class PosixWritableFile final : public WritableFile {
   }
 
   bool finish(std::string& error) override {
-    if (::fsync(fd_.get()) != 0) {
+    if (flush_ && ::fsync(fd_.get()) != 0) {
       error = describe("cannot flush", path_, errno);
       return false;
     }
@@ -151,6 +152,7 @@ class PosixWritableFile final : public WritableFile {
  private:
   FileDescriptor fd_;
   std::filesystem::path path_;
+  bool flush_;
 };
 
 // Gives the new file `fd` the owner, group and permission bits of `model`. The owner and group
@@ -207,7 +209,7 @@ class PosixFileSystem final : public FileSystem {
     }
     if (hasModel && !takePermissionsOf(fd.get(), model, path, error))
       return nullptr;
-    return std::make_unique<PosixWritableFile>(fd.release(), path);
+    return std::make_unique<PosixWritableFile>(fd.release(), path, options.flush);
   }
 
   bool rename(const std::filesystem::path& from, const std::filesystem::path& to,

@@ -43,8 +43,9 @@ class WritableFile {
   virtual ~WritableFile() = default;
   // Appends `bytes`; false with a reason when they could not all be written (a full disk too).
   virtual bool append(std::span<const std::uint8_t> bytes, std::string& error) = 0;
-  // Flushes everything appended to the disk and closes the file; false with a reason. A file
-  // dropped without finish() is closed, its contents unflushed.
+  // Flushes everything appended to the disk (unless made with `flush` false) and closes the
+  // file; false with a reason. A file dropped without finish() is closed, its contents
+  // unflushed.
   virtual bool finish(std::string& error) = 0;
   // The stamp of the file as written so far (before finish); nothing when it cannot be told.
   virtual std::optional<FileStamp> stamp() const { return std::nullopt; }
@@ -57,6 +58,10 @@ struct NewFileOptions {
   // When this names an existing file, the new file takes its permission bits, and its owner
   // and group where the process may give them, before any byte is written.
   std::filesystem::path permissionsOf;
+  // When false, finish() closes the file without waiting for the disk: for files that can be
+  // made again from their source (exported tables and cells), where one flush per file would
+  // cost far more than writing it.
+  bool flush = true;
 };
 
 class FileSystem {

@@ -46,11 +46,12 @@ std::shared_ptr<const StreamSource> memorySource(std::vector<std::uint8_t> bytes
 }
 
 bool writeStreamToFile(FileSystem& fs, const std::filesystem::path& path,
-                       const StreamSource& source, std::string& error) {
+                       const StreamSource& source, const NewFileOptions& options,
+                       std::string& error) {
   std::unique_ptr<StreamReader> reader = source.open(error);
   if (!reader)
     return false;
-  std::unique_ptr<WritableFile> file = fs.createFile(path, {}, error);
+  std::unique_ptr<WritableFile> file = fs.createFile(path, options, error);
   if (!file)
     return false;
   std::vector<std::uint8_t> piece;

@@ -147,6 +147,10 @@ std::uint32_t writeBinaryFiles(storage::FileSystem& fs, const ExportedTable& exp
     error = {engine::kWriteFault, folder.string() + ": " + reason};
     return error.code;
   }
+  // A cell's file can be exported again from the package, so it is not flushed to the disk one
+  // by one: a table of many small cells would spend its time waiting for each.
+  storage::NewFileOptions notFlushed;
+  notFlushed.flush = false;
   for (const BinaryFile& file : exported.binaries) {
     const std::u16string name(file.fileName.begin(), file.fileName.end());
     if (!isPlainFileName(name)) {
@@ -154,7 +158,7 @@ std::uint32_t writeBinaryFiles(storage::FileSystem& fs, const ExportedTable& exp
       return error.code;
     }
     const std::filesystem::path path = folder / file.fileName;
-    if (!storage::writeStreamToFile(fs, path, *file.data, reason)) {
+    if (!storage::writeStreamToFile(fs, path, *file.data, notFlushed, reason)) {
       error = {engine::kWriteFault, path.string() + ": " + reason};
       return error.code;
     }
