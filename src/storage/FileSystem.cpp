@@ -1,6 +1,7 @@
 #include "storage/FileSystem.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -9,6 +10,7 @@
 #include <cstring>
 #include <limits>
 #include <random>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -110,8 +112,9 @@ int syncParentDirectory(const std::filesystem::path& path) {
 
 class PosixWritableFile final : public WritableFile {
  public:
-  PosixWritableFile(int fd, std::filesystem::path path, bool flush)
-      : fd_(fd), path_(std::move(path)), flush_(flush) {}
+  // `hold` is a second descriptor of the file whose lock outlives finish(), or -1.
+  PosixWritableFile(int fd, int hold, std::filesystem::path path, bool flush)
+      : fd_(fd), hold_(hold), path_(std::move(path)), flush_(flush) {}
 
   bool append(std::span<const std::uint8_t> bytes, std::string& error) override {
     const std::uint8_t* data = bytes.data();
@@ -151,9 +154,18 @@ class PosixWritableFile final : public WritableFile {
 
  private:
   FileDescriptor fd_;
+  FileDescriptor hold_;
   std::filesystem::path path_;
   bool flush_;
 };
+
+// Whether `path` still names the file open as `fd`.
+bool stillNamed(int fd, const std::filesystem::path& path) {
+  struct stat open {
+  }, named{};
+  return ::fstat(fd, &open) == 0 && ::lstat(path.c_str(), &named) == 0 &&
+         open.st_dev == named.st_dev && open.st_ino == named.st_ino;
+}
 
 // Gives the new file `fd` the owner, group and permission bits of `model`. The owner and group
 // are given only where the process may; the permission bits always.
@@ -209,7 +221,32 @@ class PosixFileSystem final : public FileSystem {
     }
     if (hasModel && !takePermissionsOf(fd.get(), model, path, error))
       return nullptr;
-    return std::make_unique<PosixWritableFile>(fd.release(), path, options.flush);
+    // The lock belongs to the open file, which a duplicate descriptor keeps open after finish()
+    // closes the one written through. Where locks are not supported nobody can take one, so
+    // removeIfAbandoned keeps every file.
+    FileDescriptor hold(options.exclusive ? ::dup(fd.get()) : -1);
+    if (hold.get() >= 0 && ::flock(hold.get(), LOCK_EX) == 0 && !stillNamed(hold.get(), path)) {
+      error = "cannot create " + path.string() + ": removed by another process as it was made";
+      return nullptr;
+    }
+    return std::make_unique<PosixWritableFile>(fd.release(), hold.release(), path, options.flush);
+  }
+
+  std::vector<std::string> entryNames(const std::filesystem::path& folder) override {
+    std::vector<std::string> names;
+    std::error_code code;
+    for (std::filesystem::directory_iterator entry(folder, code), end; !code && entry != end;
+         entry.increment(code))
+      names.push_back(entry->path().filename().string());
+    return names;
+  }
+
+  bool removeIfAbandoned(const std::filesystem::path& path) override {
+    FileDescriptor fd(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    struct stat held {};
+    return fd.get() >= 0 && ::fstat(fd.get(), &held) == 0 && S_ISREG(held.st_mode) &&
+           ::flock(fd.get(), LOCK_EX | LOCK_NB) == 0 && stillNamed(fd.get(), path) &&
+           ::unlink(path.c_str()) == 0;
   }
 
   bool rename(const std::filesystem::path& from, const std::filesystem::path& to,
@@ -276,20 +313,50 @@ class PosixFileSystem final : public FileSystem {
   }
 };
 
-// "<target's name>.odlex-<12 random hex digits>.tmp" in the target's folder, the name cut short
-// where needed so that the whole stays within the longest name a folder entry may have.
-std::filesystem::path temporaryNameBeside(const std::filesystem::path& target) {
+// Temporary files are "<target's name>.odlex-<12 random hex digits>.tmp" in the target's
+// folder, the name cut short where needed so that the whole stays within the longest name a
+// folder entry may have.
+constexpr std::string_view kTemporaryMark = ".odlex-";
+constexpr std::string_view kTemporaryEnd = ".tmp";
+constexpr std::size_t kTemporaryDigits = 12;
+
+// The part of a temporary name before its digits.
+std::string temporaryPrefix(const std::filesystem::path& target) {
   constexpr std::size_t kMaxNameBytes = 255;
+  constexpr std::size_t kSuffixBytes =
+      kTemporaryMark.size() + kTemporaryDigits + kTemporaryEnd.size();
+  std::string name = target.filename().string();
+  name.resize(std::min(name.size(), kMaxNameBytes - kSuffixBytes));
+  return name.append(kTemporaryMark);
+}
+
+std::filesystem::path temporaryNameBeside(const std::filesystem::path& target) {
   static const char digits[] = "0123456789abcdef";
   std::random_device entropy;
   std::uniform_int_distribution<int> pick(0, 15);
-  std::string suffix = ".odlex-";
-  for (int i = 0; i < 12; ++i)
-    suffix += digits[pick(entropy)];
-  suffix += ".tmp";
-  std::string name = target.filename().string();
-  name.resize(std::min(name.size(), kMaxNameBytes - suffix.size()));
-  return target.parent_path() / (name + suffix);
+  std::string name = temporaryPrefix(target);
+  for (std::size_t i = 0; i < kTemporaryDigits; ++i)
+    name += digits[pick(entropy)];
+  name.append(kTemporaryEnd);
+  return target.parent_path() / name;
+}
+
+bool isTemporaryOf(std::string_view name, std::string_view prefix) {
+  if (name.size() != prefix.size() + kTemporaryDigits + kTemporaryEnd.size() ||
+      !name.starts_with(prefix) || !name.ends_with(kTemporaryEnd))
+    return false;
+  const std::string_view digits = name.substr(prefix.size(), kTemporaryDigits);
+  return std::all_of(digits.begin(), digits.end(),
+                     [](char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f'); });
+}
+
+// Removes the temporary files that saves of `target` killed before they ended left beside it.
+void removeAbandonedTemporaries(FileSystem& fs, const std::filesystem::path& target) {
+  const std::string prefix = temporaryPrefix(target);
+  const std::filesystem::path folder = target.parent_path();
+  for (const std::string& name : fs.entryNames(folder.empty() ? "." : folder))
+    if (isTemporaryOf(name, prefix))
+      fs.removeIfAbandoned(target.parent_path() / name);
 }
 
 }  // namespace
@@ -320,16 +387,19 @@ bool replaceFileAtomically(FileSystem& fs, const std::filesystem::path& target,
   std::filesystem::path resolved;
   if (!fs.resolveLinks(target, resolved, error))
     return false;
+  removeAbandonedTemporaries(fs, resolved);
   const std::filesystem::path temporary = temporaryNameBeside(resolved);
-  auto file = fs.createFile(temporary, {.exclusive = true, .permissionsOf = resolved}, error);
+  NewFileOptions options;
+  options.exclusive = true;
+  options.permissionsOf = resolved;
+  auto file = fs.createFile(temporary, options, error);
   if (!file)
     return false;
   bool complete = write(*file, error);
   if (complete && written)
     *written = file->stamp();
-  complete = complete && file->finish(error);
-  file.reset();
-  if (complete && fs.rename(temporary, resolved, error))
+  // The file stays held until it has its final name, so nobody takes it for abandoned.
+  if (complete && file->finish(error) && fs.rename(temporary, resolved, error))
     return true;
   std::string ignored;
   fs.remove(temporary, ignored);

@@ -53,7 +53,9 @@ class WritableFile {
 
 // How createFile makes its file.
 struct NewFileOptions {
-  // Fail when anything (a file or a link) already has the path, rather than truncate it.
+  // Fail when anything (a file or a link) already has the path, rather than truncate it. The
+  // file made is held (a lock other processes see) until its WritableFile is dropped, so that
+  // removeIfAbandoned tells it from one whose writer died.
   bool exclusive = false;
   // When this names an existing file, the new file takes its permission bits, and its owner
   // and group where the process may give them, before any byte is written.
@@ -92,6 +94,11 @@ class FileSystem {
   // cannot be told.
   virtual std::optional<FileStamp> stampOf(const std::filesystem::path&) { return std::nullopt; }
   virtual bool createDirectories(const std::filesystem::path& path, std::string& error) = 0;
+  // The names of the entries of `folder`; none when it cannot be read.
+  virtual std::vector<std::string> entryNames(const std::filesystem::path&) { return {}; }
+  // Removes the file `path` unless a writer still holds it (see NewFileOptions::exclusive);
+  // true when removed. A writer whose new file is removed before it holds it fails to make it.
+  virtual bool removeIfAbandoned(const std::filesystem::path&) { return false; }
 
   // The process's real file system.
   static FileSystem& real();
@@ -101,7 +108,8 @@ class FileSystem {
 // through: the file it leads to is replaced, the link stays. The new file has the permissions,
 // owner and group of the one it replaces from its creation on. On any failure the temporary
 // file is removed and `target` is left exactly as it was. With `written`, the new file's stamp
-// (which the rename keeps) is put there.
+// (which the rename keeps) is put there. Temporary files that earlier writers of `target` left
+// when they were killed are removed first; those of live writers are kept.
 bool replaceFileAtomically(FileSystem& fs, const std::filesystem::path& target,
                            std::span<const std::uint8_t> bytes, std::string& error,
                            std::optional<FileStamp>* written = nullptr);

@@ -123,4 +123,12 @@ bool FaultyFileSystem::createDirectories(const std::filesystem::path& path, std:
   return inner_.createDirectories(path, error);
 }
 
+std::vector<std::string> FaultyFileSystem::entryNames(const std::filesystem::path& folder) {
+  return inner_.entryNames(folder);
+}
+
+bool FaultyFileSystem::removeIfAbandoned(const std::filesystem::path& path) {
+  return inner_.removeIfAbandoned(path);
+}
+
 }  // namespace odlex::test

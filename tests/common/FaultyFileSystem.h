@@ -34,6 +34,9 @@ class FaultyFileSystem final : public storage::FileSystem {
   bool exists(const std::filesystem::path& path) override;
   std::optional<storage::FileStamp> stampOf(const std::filesystem::path& path) override;
   bool createDirectories(const std::filesystem::path& path, std::string& error) override;
+  // Clean-up calls, whose failure callers go on without, are forwarded and not counted.
+  std::vector<std::string> entryNames(const std::filesystem::path& folder) override;
+  bool removeIfAbandoned(const std::filesystem::path& path) override;
 
   // Counts one call; true (with an error) when this is the call that must fail.
   bool injectFault(const char* operation, std::string& error);

@@ -160,6 +160,30 @@ TEST(RealFileSystem, ReplaceWritesThroughLinksPrivatelyAndWithinNameLimits) {
   EXPECT_EQ(contents(longest), "second");
 }
 
+TEST(RealFileSystem, ReplaceRemovesWhatKilledSavesLeftButNotWhatLiveOnesWrite) {
+  test::TempDir dir;
+  std::string error;
+  FileSystem& fs = FileSystem::real();
+  const auto write = [&](const std::string& name, std::string_view text) {
+    ASSERT_TRUE(fs.writeFile(dir / name, bytesOf(text), error)) << error;
+  };
+  write("p.msi", "old");
+  write("p.msi.odlex-0123456789ab.tmp", "killed while writing");
+  write("p.msi.odlex-cccccccccccc.tmp", "");  // killed as soon as it was made
+  write("q.msi.odlex-0123456789ab.tmp", "another package's");
+  write("p.msi.odlex-0123456789ab.tmp.bak", "not ours");
+  NewFileOptions held;
+  held.exclusive = true;
+  auto live = fs.createFile(dir / "p.msi.odlex-aaaaaaaaaaaa.tmp", held, error);
+  ASSERT_TRUE(live && live->append(bytesOf("still writing"), error)) << error;
+
+  ASSERT_TRUE(replaceFileAtomically(fs, dir / "p.msi", bytesOf("new"), error)) << error;
+  EXPECT_EQ(listFolder(dir.path()),
+            (std::vector<std::filesystem::path>{"p.msi", "p.msi.odlex-0123456789ab.tmp.bak",
+                                                "p.msi.odlex-aaaaaaaaaaaa.tmp",
+                                                "q.msi.odlex-0123456789ab.tmp"}));
+}
+
 TEST(MemoryFileSystem, BehavesLikeAFolderTree) {
   MemoryFileSystem fs;
   std::string error;

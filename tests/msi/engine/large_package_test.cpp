@@ -1,13 +1,20 @@
 // A package carrying a stream of hundreds of megabytes (a cabinet, say) is opened, edited and
 // saved in memory proportional to its tables: the stream is copied from the old file to the new
-// one in pieces and never held whole.
+// one in pieces and never held whole. A save killed at any point leaves the old package whole.
 
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <random>
+#include <thread>
 
+#include "common/Oracle.h"
 #include "common/PeakMemory.h"
 #include "common/TempDir.h"
 #include "msi/engine/Database.h"
@@ -15,8 +22,6 @@
 
 namespace odlex::engine {
 namespace {
-
-constexpr std::uint64_t kStreamSize = 512ull << 20;
 
 // The bytes of a file as a stream source (the file is read, never loaded whole).
 class FileSource final : public storage::StreamSource {
@@ -42,9 +47,9 @@ class FileSource final : public storage::StreamSource {
   std::filesystem::path path_;
 };
 
-// A package with table Kept and a stream "Binary.Big" of kStreamSize bytes (zeros, but the
+// A package with table Kept and a stream "Binary.Big" of `streamSize` bytes (zeros, but the
 // last one, 0x5A).
-std::filesystem::path writeLargePackage(const test::TempDir& dir) {
+std::filesystem::path writeLargePackage(const test::TempDir& dir, std::uint64_t streamSize) {
   Error error;
   auto small = Database::open(storage::FileSystem::real(), dir / "small.msi",
                               Database::OpenMode::kCreate, error);
@@ -54,7 +59,7 @@ std::filesystem::path writeLargePackage(const test::TempDir& dir) {
 
   // Sparse: the stream's zeros take no room on disk.
   { std::ofstream blob(dir / "blob", std::ios::binary); }
-  std::filesystem::resize_file(dir / "blob", kStreamSize - 1);
+  std::filesystem::resize_file(dir / "blob", streamSize - 1);
   { std::ofstream(dir / "blob", std::ios::binary | std::ios::app).put(0x5A); }
   std::string reason;
   auto reader = storage::CompoundFileReader::open(
@@ -76,19 +81,27 @@ std::filesystem::path writeLargePackage(const test::TempDir& dir) {
   return path;
 }
 
-TEST(LargePackage, AnEditSavesAHugeStreamWithoutHoldingIt) {
-  test::TempDir dir;
-  const auto path = writeLargePackage(dir);
-  const long before = test::peakResidentBytes();
-  {
-    Error error;
-    auto db = Database::open(storage::FileSystem::real(), path, Database::OpenMode::kUpdate, error);
-    ASSERT_TRUE(db) << error.text;
-    Table* kept = db->findTable(u"Kept");
-    ASSERT_TRUE(kept);
+// Adds a row to Kept and saves the package in place.
+bool addRowAndSave(const std::filesystem::path& path, std::string& failure) {
+  Error error;
+  auto db = Database::open(storage::FileSystem::real(), path, Database::OpenMode::kUpdate, error);
+  Table* kept = db ? db->findTable(u"Kept") : nullptr;
+  if (kept) {
     kept->setCell(kept->addRow(), 0, db->strings().intern(u"edited"));
-    ASSERT_EQ(db->commit(error), kSuccess) << error.text;
+    if (db->commit(error) == kSuccess)
+      return true;
   }
+  failure = error.text.empty() ? "no table Kept" : error.text;
+  return false;
+}
+
+TEST(LargePackage, AnEditSavesAHugeStreamWithoutHoldingIt) {
+  constexpr std::uint64_t kStreamSize = 512ull << 20;
+  test::TempDir dir;
+  const auto path = writeLargePackage(dir, kStreamSize);
+  const long before = test::peakResidentBytes();
+  std::string failure;
+  ASSERT_TRUE(addRowAndSave(path, failure)) << failure;
   const long grown = test::peakResidentBytes() - before;
   EXPECT_LT(grown, 64L << 20) << "peak memory grew by " << (grown >> 20) << " MiB";
 
@@ -113,6 +126,51 @@ TEST(LargePackage, AnEditSavesAHugeStreamWithoutHoldingIt) {
     return;
   }
   ADD_FAILURE() << "the stream is gone";
+}
+
+std::vector<std::string> temporariesIn(const std::filesystem::path& folder) {
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(folder))
+    if (entry.path().extension() == ".tmp")
+      names.push_back(entry.path().filename().string());
+  return names;
+}
+
+// A process saving the package is killed at points spread over its save, again and again: the
+// file is always the old package or the new one, whole. Each killed save leaves its temporary
+// file; the next save removes them.
+TEST(LargePackage, ASaveKilledAtAnyPointLeavesTheOldOrTheNewPackage) {
+  test::TempDir dir;
+  const auto path = writeLargePackage(dir, 64ull << 20);
+  const std::string before = test::readFileBytes(path);
+  const auto started = std::chrono::steady_clock::now();
+  std::string failure;
+  ASSERT_TRUE(addRowAndSave(path, failure)) << failure;
+  const auto saveTime = std::chrono::steady_clock::now() - started;
+  const std::string after = test::readFileBytes(path);
+  ASSERT_NE(before, after);
+  EXPECT_EQ(test::msiinfoRows(path, "Kept"), std::vector<std::string>{"edited"});
+
+  std::mt19937 random(20261126);
+  std::uniform_int_distribution<std::int64_t> point(0, saveTime.count());
+  int killedWhileWriting = 0;
+  for (int round = 0; round < 12; ++round) {
+    test::writeFileBytes(path, before);
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0)
+      _exit(addRowAndSave(path, failure) ? 0 : 1);
+    std::this_thread::sleep_for(std::chrono::steady_clock::duration(point(random)));
+    kill(child, SIGKILL);
+    int status = 0;
+    waitpid(child, &status, 0);
+    const std::string now = test::readFileBytes(path);
+    EXPECT_TRUE(now == before || now == after) << "round " << round << ": a damaged package";
+    killedWhileWriting += WIFSIGNALED(status) && !temporariesIn(dir.path()).empty();
+  }
+  EXPECT_GT(killedWhileWriting, 0) << "no save was killed while it wrote";
+  ASSERT_TRUE(addRowAndSave(path, failure)) << failure;
+  EXPECT_EQ(temporariesIn(dir.path()), std::vector<std::string>{});
 }
 
 }  // namespace
