@@ -228,19 +228,27 @@ class Reader final : public CompoundFileReader {
     return false;
   }
 
-  // Follows a chain, claiming each of its units for `owner`.
-  bool claimChain(const ChainRequest& request, std::vector<std::uint32_t>& owners,
-                  std::uint32_t owner, std::vector<std::uint32_t>& chain,
-                  std::string& error) const {
-    chain.clear();
-    std::uint32_t current = request.start;
-    while (current != kEndOfChain && chain.size() < request.maxLength) {
+  // Follows a chain, claiming each of its units for `owner`; `length` is how many it has.
+  bool claimUnits(const ChainRequest& request, std::vector<std::uint32_t>& owners,
+                  std::uint32_t owner, std::uint64_t& length, std::string& error) const {
+    length = 0;
+    for (std::uint32_t current = request.start;
+         current != kEndOfChain && length < request.maxLength; ++length) {
       if (!inRange(request, current, error) || !claim(owners, current, owner, request.unit, error))
         return false;
-      chain.push_back(current);
       current = (*request.table)[current];
     }
     return true;
+  }
+
+  // Claims a chain as claimUnits does and gives its units.
+  bool claimChain(const ChainRequest& request, std::vector<std::uint32_t>& owners,
+                  std::uint32_t owner, std::vector<std::uint32_t>& chain,
+                  std::string& error) const {
+    std::uint64_t length = 0;
+    return claimUnits(request, owners, owner, length, error) &&
+           walkChain({request.table, request.bound, request.start, length, request.unit}, chain,
+                     error);
   }
 
   static bool inRange(const ChainRequest& request, std::uint32_t index, std::string& error) {
@@ -278,14 +286,14 @@ class Reader final : public CompoundFileReader {
   // Claims the sectors of every stream, so that no two streams share one and every chain is
   // as long as its stream's size needs.
   bool claimStreams(std::string& error) {
-    std::vector<std::uint32_t> chain;
     for (std::uint32_t index = 1; index < entries_.size(); ++index) {
       if (entries_[index].isStorage || entries_[index].size == 0)
         continue;
       const ChainRequest request = streamChain(index);
       auto& owners = request.table == &fat_ ? sectorOwners_ : miniOwners_;
-      if (!claimChain(request, owners, directoryIndex_[index] + 1, chain, error) ||
-          !requireLength(chain, request.maxLength, entries_[index].size, error)) {
+      std::uint64_t length = 0;
+      if (!claimUnits(request, owners, directoryIndex_[index] + 1, length, error) ||
+          !requireLength(length, request.maxLength, entries_[index].size, error)) {
         error = entryLabel(directoryIndex_[index], entries_[index].name) + ": " + error;
         return false;
       }
@@ -293,12 +301,12 @@ class Reader final : public CompoundFileReader {
     return true;
   }
 
-  static bool requireLength(const std::vector<std::uint32_t>& chain, std::uint64_t needed,
-                            std::uint64_t size, std::string& error) {
-    if (chain.size() >= needed)
+  static bool requireLength(std::uint64_t length, std::uint64_t needed, std::uint64_t size,
+                            std::string& error) {
+    if (length >= needed)
       return true;
     error = "size " + std::to_string(size) + " needs " + std::to_string(needed) +
-            " sectors but its chain has only " + std::to_string(chain.size());
+            " sectors but its chain has only " + std::to_string(length);
     return false;
   }
 
@@ -536,7 +544,7 @@ class Reader final : public CompoundFileReader {
     const ChainRequest request{&fat_, fatBound_, load32(root + entry::kStartSector),
                                ceilDiv(miniStreamSize_, sectorSize_), "sector"};
     if (!claimChain(request, sectorOwners_, kOwnerMiniStream, miniStreamSectors_, error) ||
-        !requireLength(miniStreamSectors_, request.maxLength, miniStreamSize_, error)) {
+        !requireLength(miniStreamSectors_.size(), request.maxLength, miniStreamSize_, error)) {
       error = "mini stream: " + error;
       return false;
     }
