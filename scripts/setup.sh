@@ -12,6 +12,7 @@ packages=(
   msitools wixl                       # independent readers and writers the tests compare with
   clang libclang-rt-dev               # fuzz target (libFuzzer)
   libbenchmark-dev libmsi-dev libglib2.0-dev  # benchmarks and their peer
+  time                                # peak memory of the benchmarks' runs
 )
 
 missing=()

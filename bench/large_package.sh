@@ -1,0 +1,42 @@
+#!/usr/bin/env bash
+# Times saving a package that carries one large stream (a cabinet) against copying the file:
+# `odlex rewrite` to a new file and an edit saved in place (`odlex import` of its Property
+# table), each beside `cp` of the package followed by `sync` (a save flushes what it writes).
+# Prints the best of three runs of each, odlex's as a ratio to the copy (lower is better), and
+# the peak resident memory of the odlex runs.
+#
+#   bench/large_package.sh [MEGABYTES] [ODLEX]
+set -euo pipefail
+megabytes="${1:-2048}"
+root="$(cd "$(dirname "$0")/.." && pwd)"
+tool="${2:-$root/build/tools/odlex/odlex}"
+work="$(mktemp -d "${TMPDIR:-/tmp}/odlex-large.XXXXXX")"
+trap 'rm -rf "$work"' EXIT
+
+head -c $((megabytes << 20)) /dev/urandom >"$work/cabinet"
+"$tool" import "$work/package.msi" "$root/examples/sample/Property.idt" >/dev/null
+msibuild "$work/package.msi" -a Cabinet.cab "$work/cabinet"
+rm "$work/cabinet"
+"$tool" export "$work/package.msi" Property -o "$work/Property.idt"
+
+# Runs a command, appends "seconds peak-kilobytes" to the file named first.
+measure() {
+  local out="$1"
+  shift
+  /usr/bin/time -f "%e %M" -a -o "$out" "$@" >/dev/null
+}
+for _ in 1 2 3; do
+  measure "$work/copy" sh -c 'cp "$1" "$2" && sync "$2"' sh "$work/package.msi" "$work/copy.msi"
+  measure "$work/rewrite" "$tool" rewrite "$work/package.msi" -o "$work/rewritten.msi"
+  rm "$work/rewritten.msi"
+  measure "$work/edit" "$tool" import "$work/copy.msi" "$work/Property.idt"
+  rm "$work/copy.msi"
+done
+best() { sort -n "$1" | head -1; }
+read -r copy _ < <(best "$work/copy")
+echo "package of $megabytes MiB: cp + sync ${copy}s"
+for run in rewrite edit; do
+  read -r seconds peak < <(best "$work/$run")
+  awk -v run="$run" -v s="$seconds" -v c="$copy" -v kb="$peak" \
+    'BEGIN { printf "odlex %s: %.2fs (%.2fx the copy), peak %d MiB\n", run, s, s / c, kb / 1024 }'
+done
