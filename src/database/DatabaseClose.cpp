@@ -1,12 +1,8 @@
 // Closing a database, rolling it back to the file as first opened, reloading its tables, and the
 // temporary read-only copy's name.
 
-#include <filesystem>
-#include <system_error>
-
 #include "database/DatabaseFiles.h"
 #include "odlex/database/ODLEXDatabase.h"
-#include "odlex/support/Path.h"
 #include "odlex/tables/ODLEXTables.h"
 
 void ODLEXDatabase::Close(bool save) {
@@ -39,12 +35,8 @@ void ODLEXDatabase::Rollback() {
   const bool workingCopy = ownsWorkingCopy_;
   ODLEXOpenType reopen(readOnly_ ? MSIDatabase::ePersistReadOnly : MSIDatabase::ePersistDirect);
   Close(false);
-  if (workingCopy) {
-    std::error_code ignored;
-    std::filesystem::copy_file(odlex::path::ToFilesystem(filePath),
-                               odlex::path::ToFilesystem(databasePath),
-                               std::filesystem::copy_options::overwrite_existing, ignored);
-  }
+  if (workingCopy)
+    odlex::database::copyReplacing(filePath, databasePath);
   SetDatabasePath(databasePath, reopen);
   filePath_ = filePath;
   ownsWorkingCopy_ = workingCopy;

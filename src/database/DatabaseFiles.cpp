@@ -10,7 +10,7 @@
 namespace odlex::database {
 
 bool isSameFile(const TalString& a, const TalString& b) {
-  storage::FileSystem& fs = storage::FileSystem::real();
+  storage::FileSystem& fs = storage::FileSystem::current();
   const std::optional<storage::FileStamp> first = fs.stampOf(path::ToFilesystem(a));
   const std::optional<storage::FileStamp> second = fs.stampOf(path::ToFilesystem(b));
   if (first && second)
@@ -28,8 +28,14 @@ TalString canonicalPathOf(const TalString& path) {
 }
 
 void removeQuietly(const TalString& path) {
-  std::error_code ignored;
-  std::filesystem::remove(path::ToFilesystem(path), ignored);
+  std::string ignored;
+  storage::FileSystem::current().remove(path::ToFilesystem(path), ignored);
+}
+
+bool copyReplacing(const TalString& from, const TalString& to) {
+  std::string ignored;
+  return storage::copyFileAtomically(storage::FileSystem::current(), path::ToFilesystem(from),
+                                     path::ToFilesystem(to), ignored);
 }
 
 }  // namespace odlex::database

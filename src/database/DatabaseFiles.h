@@ -19,4 +19,8 @@ TalString canonicalPathOf(const TalString& path);
 // Deletes the file `path`, ignoring a failure: for working copies the library made.
 void removeQuietly(const TalString& path);
 
+// Replaces `to` with a copy of `from` (written beside it and renamed into place, so a failure
+// leaves `to` as it was); false when the copy failed.
+bool copyReplacing(const TalString& from, const TalString& to);
+
 }  // namespace odlex::database

@@ -2,33 +2,19 @@
 // it works on, removing and destroying.
 
 #include <algorithm>
-#include <filesystem>
 #include <memory>
-#include <system_error>
 #include <vector>
 
 #include "database/DatabaseFiles.h"
 #include "odlex/database/ODLEXDatabase.h"
 #include "odlex/support/DebugOutput.h"
-#include "odlex/support/Path.h"
 #include "odlex/tables/ODLEXDatabaseError.h"
 
 RWBTree ODLEXDatabase::databaseList;
 
+using odlex::database::copyReplacing;
 using odlex::database::isSameFile;
 using odlex::database::removeQuietly;
-
-namespace {
-
-// Copies `from` over `to`, replacing it; false when the copy failed.
-bool copyReplacing(const TalString& from, const TalString& to) {
-  std::error_code error;
-  std::filesystem::copy_file(odlex::path::ToFilesystem(from), odlex::path::ToFilesystem(to),
-                             std::filesystem::copy_options::overwrite_existing, error);
-  return !error;
-}
-
-}  // namespace
 
 ODLEXDatabase* ODLEXDatabase::FindListed(const TalString& path,
                                          const TalString& (*which)(const ODLEXDatabase&)) {

@@ -366,6 +366,22 @@ FileSystem& FileSystem::real() {
   return instance;
 }
 
+namespace {
+FileSystem* replacement = nullptr;
+}  // namespace
+
+FileSystem& FileSystem::current() {
+  return replacement ? *replacement : real();
+}
+
+ScopedFileSystem::ScopedFileSystem(FileSystem& fs) : previous_(replacement) {
+  replacement = &fs;
+}
+
+ScopedFileSystem::~ScopedFileSystem() {
+  replacement = previous_;
+}
+
 bool FileSystem::writeFile(const std::filesystem::path& path, std::span<const std::uint8_t> bytes,
                            std::string& error) {
   auto file = createFile(path, {}, error);
@@ -404,6 +420,26 @@ bool replaceFileAtomically(FileSystem& fs, const std::filesystem::path& target,
   std::string ignored;
   fs.remove(temporary, ignored);
   return false;
+}
+
+bool copyFileAtomically(FileSystem& fs, const std::filesystem::path& source,
+                        const std::filesystem::path& target, std::string& error) {
+  const std::unique_ptr<ReadableFile> from = fs.openRead(source, error);
+  if (!from)
+    return false;
+  return replaceFileAtomically(
+      fs, target,
+      [&from](WritableFile& file, std::string& reason) {
+        constexpr std::uint64_t kPiece = 1 << 20;
+        std::vector<std::uint8_t> piece;
+        for (std::uint64_t at = 0; at < from->size(); at += piece.size()) {
+          piece.resize(static_cast<std::size_t>(std::min(kPiece, from->size() - at)));
+          if (!from->readAt(at, piece.data(), piece.size(), reason) || !file.append(piece, reason))
+            return false;
+        }
+        return true;
+      },
+      error);
 }
 
 bool readWholeFile(FileSystem& fs, const std::filesystem::path& path,

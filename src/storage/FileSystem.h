@@ -102,6 +102,23 @@ class FileSystem {
 
   // The process's real file system.
   static FileSystem& real();
+  // The file system the database objects work on: real() unless a ScopedFileSystem put another
+  // in its place.
+  static FileSystem& current();
+};
+
+// Puts `fs` in the place of FileSystem::current() while it lives (tests inject faults through
+// it; a host may keep its packages elsewhere). Databases opened meanwhile keep using `fs`, so it
+// must outlive them. Not thread-safe.
+class ScopedFileSystem {
+ public:
+  explicit ScopedFileSystem(FileSystem& fs);
+  ~ScopedFileSystem();
+  ScopedFileSystem(const ScopedFileSystem&) = delete;
+  ScopedFileSystem& operator=(const ScopedFileSystem&) = delete;
+
+ private:
+  FileSystem* previous_;
 };
 
 // Writes `bytes` to a new file beside `target` and renames it over `target`. A link is written
@@ -118,6 +135,11 @@ bool replaceFileAtomically(FileSystem& fs, const std::filesystem::path& target,
 bool replaceFileAtomically(FileSystem& fs, const std::filesystem::path& target,
                            const std::function<bool(WritableFile&, std::string&)>& write,
                            std::string& error, std::optional<FileStamp>* written = nullptr);
+
+// Replaces `target` with a copy of `source`, as replaceFileAtomically does, copied a piece at a
+// time.
+bool copyFileAtomically(FileSystem& fs, const std::filesystem::path& source,
+                        const std::filesystem::path& target, std::string& error);
 
 // Reads a whole file into memory (used for small inputs: idt files, certificates).
 bool readWholeFile(FileSystem& fs, const std::filesystem::path& path,

@@ -15,7 +15,7 @@ MSIBinary::MSIBinary(const unsigned char* data, unsigned long size) {
 MSIBinary::MSIBinary(const TalString& path) : file_(path) {
   const std::filesystem::path filePath = odlex::lower::toPath(path);
   std::string error;
-  auto file = odlex::storage::FileSystem::real().openRead(filePath, error);
+  auto file = odlex::storage::FileSystem::current().openRead(filePath, error);
   if (file && file->size() > MaxFileSize) {
     error = "cannot read " + filePath.string() + ": larger than " + std::to_string(MaxFileSize) +
             " bytes";

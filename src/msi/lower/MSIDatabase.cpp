@@ -79,7 +79,7 @@ unsigned MSIDatabase::startEngine(bool reopen) {
     return fail(engine::kBadPathname, u"open", "no file name given");
 
   engine::Error error;
-  odlex::storage::FileSystem& fs = odlex::storage::FileSystem::real();
+  odlex::storage::FileSystem& fs = odlex::storage::FileSystem::current();
   const std::filesystem::path target = toPath(path_);
   if (!inPath_.isNull() && !committedOutput_) {
     engine_ = engine::Database::openInto(fs, toPath(inPath_), target, error);

@@ -14,7 +14,7 @@ unsigned MSIDatabase::Export(const TalString& table, const TalString& file) {
   if (unsigned code = requireOpen(u"Export"))
     return code;
   engine::Error error;
-  if (odlex::idt::exportTable(*engine_, table.u16(), odlex::storage::FileSystem::real(),
+  if (odlex::idt::exportTable(*engine_, table.u16(), odlex::storage::FileSystem::current(),
                               toPath(file), error) != engine::kSuccess)
     return fail(error.code, u"Export", error.text);
   return engine::kSuccess;
@@ -24,8 +24,8 @@ unsigned MSIDatabase::Import(const TalString& file) {
   if (unsigned code = requireWritable(u"Import"))
     return code;
   engine::Error error;
-  if (odlex::idt::importTable(*engine_, odlex::storage::FileSystem::real(), toPath(file), error) !=
-      engine::kSuccess)
+  if (odlex::idt::importTable(*engine_, odlex::storage::FileSystem::current(), toPath(file),
+                              error) != engine::kSuccess)
     return fail(error.code, u"Import", error.text);
   return engine::kSuccess;
 }

@@ -1,0 +1,136 @@
+// Every file-system call that a database object makes fails in turn (a full disk among them), in
+// each way it writes a file: saving in place, closing with a save, importing a table file,
+// opening into an output file and saving there, and rolling back to the file first opened. After
+// each failure the files are whole: the package as it was, or with the edit once its new file was
+// renamed into place; an output file is absent or a whole package; no temporary file is left. When
+// no call fails, the steps give what they should.
+
+#include <odlex/tables/ODLEXTProperty.h>
+
+#include <functional>
+
+#include "common/DatabaseTest.h"
+#include "common/FaultyFileSystem.h"
+#include "common/SmallPackage.h"
+#include "storage/FileSystem.h"
+
+namespace odlex::test {
+namespace {
+
+// ProductName of the package at `path`, or "unreadable".
+std::u16string productNameOf(const std::filesystem::path& path) {
+  std::u16string name = u"unreadable";
+  try {
+    ODLEXOpenType readOnly(MSIDatabase::ePersistReadOnly);
+    name = ODLEXDatabase::AddDatabaseToList(text(path), readOnly)
+               .GetProperty()
+               .GetValue(u"ProductName")
+               .u16();
+  } catch (const ODLEXDatabaseError&) {
+  }
+  ODLEXDatabase::KillDatabaseList();
+  return name;
+}
+
+struct Scenario {
+  const char* name;
+  bool writesOutput;  // else it edits the package in place
+  std::function<void(const std::filesystem::path& package, const std::filesystem::path& output)>
+      run;
+  std::u16string finalName;  // of the package edited in place, or of the output
+};
+
+ODLEXDatabase& openEdited(const std::filesystem::path& package,
+                          const std::filesystem::path* output) {
+  ODLEXDatabase* db = nullptr;
+  if (output) {
+    ODLEXOpenType into(text(*output).data());
+    db = &ODLEXDatabase::AddDatabaseToList(text(package), into);
+  } else {
+    db = &ODLEXDatabase::AddDatabaseToList(text(package));
+  }
+  db->GetProperty().SetValue(u"ProductName", u"Edited");
+  return *db;
+}
+
+const Scenario kScenarios[] = {
+    {"save in place", false,
+     [](auto& package, auto&) { openEdited(package, nullptr).SaveChanges(); }, u"Edited"},
+    {"close with a save", false,
+     [](auto& package, auto&) {
+       ODLEXDatabase& db = openEdited(package, nullptr);
+       db.PersistTables();
+       db.Close(true);
+     },
+     u"Edited"},
+    {"import a table file and save", false,
+     [](auto& package, auto&) {
+       MSIDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package)).GetDatabase();
+       if (db.Import(text(package.parent_path() / "in" / "Property.idt")) == 0)
+         db.commit();
+     },
+     u"Imported"},
+    {"save into an output file", true,
+     [](auto& package, auto& output) { openEdited(package, &output).SaveChanges(); }, u"Edited"},
+    {"roll back to the file first opened", true,
+     [](auto& package, auto& output) {
+       ODLEXDatabase& db = openEdited(package, &output);
+       if (db.SaveChanges())
+         db.Rollback();
+     },
+     u"First"},
+};
+
+TEST(DatabaseFaults, AFailureAtAnyCallLeavesEveryFileWhole) {
+  ODLEXDatabase::INIT();
+  for (const Scenario& scenario : kScenarios) {
+    SCOPED_TRACE(scenario.name);
+    TempDir dir;
+    const auto package = dir / "package.msi";
+    const auto output = dir / "output.msi";
+    writeSmallPackage(package, "First", "payload");
+    writeFileBytes(dir / "in" / "Property.idt",
+                   "Property\tValue\r\ns72\tl0\r\nProperty\tProperty\r\nProductName\tImported\r\n");
+    const std::string original = readFileBytes(package);
+    FaultyFileSystem faulty(storage::FileSystem::real());
+    for (std::uint64_t call = 1;; ++call) {
+      ASSERT_LT(call, 1000u) << "the steps never ran without a fault";
+      writeFileBytes(package, original);
+      std::filesystem::remove(output);
+      faulty.failAtCall(call);
+      {
+        storage::ScopedFileSystem use(faulty);
+        try {
+          scenario.run(package, output);
+        } catch (const ODLEXDatabaseError&) {
+        }
+        ODLEXDatabase::KillDatabaseList();
+      }
+      const bool faultless = !faulty.failed();
+      SCOPED_TRACE(faultless ? "no call failed" : "call " + std::to_string(call) + " failed");
+      std::vector<std::filesystem::path> left;
+      for (const auto& entry : std::filesystem::directory_iterator(dir.path()))
+        if (entry.is_regular_file() && entry.path() != package && entry.path() != output)
+          left.push_back(entry.path().filename());
+      EXPECT_EQ(left, std::vector<std::filesystem::path>{});
+      if (scenario.writesOutput) {
+        EXPECT_EQ(readFileBytes(package), original);
+        const bool present = std::filesystem::exists(output);
+        if (faultless) {
+          EXPECT_EQ(productNameOf(output), scenario.finalName);
+        } else if (present) {
+          EXPECT_NE(productNameOf(output), u"unreadable");
+        }
+      } else if (faultless) {
+        EXPECT_EQ(productNameOf(package), scenario.finalName);
+      } else if (readFileBytes(package) != original) {
+        EXPECT_EQ(productNameOf(package), scenario.finalName);
+      }
+      if (faultless)
+        break;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace odlex::test
