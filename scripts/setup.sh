@@ -13,6 +13,7 @@ packages=(
   clang libclang-rt-dev               # fuzz target (libFuzzer)
   libbenchmark-dev libmsi-dev libglib2.0-dev  # benchmarks and their peer
   time                                # peak memory of the benchmarks' runs
+  gcovr                               # the coverage report (scripts/coverage.sh)
 )
 
 missing=()
