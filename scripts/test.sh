@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Sets everything up and runs the whole test suite under the address and undefined-behaviour
-# sanitizers, checks that the optimised build of the library and tool compiles cleanly, and
-# fuzzes the package reader for a short fixed time.
+# sanitizers, checks that the optimised build of the library and tool compiles cleanly and that
+# a host builds against its installed copy, and fuzzes the parsers for a short fixed time.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh
@@ -18,9 +18,10 @@ ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
 # Fails the script, naming them, when any test failed or was skipped.
 result=$(scripts/ctest-result.sh build-sanitize/ctest.log) || { echo "$result"; exit 1; }
 
-echo "== optimised build of the library, the tool and the sample package"
+echo "== optimised build of the library, the tool and the sample package; a host of its install"
 cmake -S . -B build "${generator[@]}" -DCMAKE_BUILD_TYPE=Release -DODLEX_BUILD_TESTS=OFF >/dev/null
 cmake --build build -j"$jobs"
+scripts/install-check.sh
 
 echo "== fuzzing for ${ODLEX_FUZZ_SECONDS:-30} seconds"
 fuzz/run.sh "${ODLEX_FUZZ_SECONDS:-30}"
