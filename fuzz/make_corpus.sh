@@ -5,7 +5,7 @@
 # seeds and this script leaves them alone: empty-directory.msi, an input the fuzzer once failed
 # on, and shared-sectors.msi / shared-mini-sectors.msi, containers whose thousands (hundreds) of
 # directory entries all point at one chain of sectors (mini sectors), crafted like the cases of
-# tests/storage/compound_file_sharing_test.cpp.
+# tests/storage/compound_file_bad_input_test.cpp.
 set -euo pipefail
 corpus="$(cd "$(dirname "$0")" && pwd)/corpus"
 work="$(mktemp -d)"

@@ -1,11 +1,16 @@
 // Damaged containers: each must be refused with a message saying what is wrong, never crash,
-// hang or allocate more than the file's size.
+// hang or allocate more than the file's size. Among them, containers whose directory entries
+// point into sectors another owner holds: each sector may belong to one stream (or to the
+// directory or a sector table), else a small file could make the reader hand out the same bytes
+// thousands of times.
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <random>
 
 #include "common/FaultyFileSystem.h"
+#include "common/PeakMemory.h"
 #include "storage/CompoundFile.h"
 #include "storage/CompoundFileFormat.h"
 #include "storage/MemoryFileSystem.h"
@@ -22,15 +27,20 @@ CompoundNode node(std::u16string name, std::size_t size) {
   return result;
 }
 
-// A small valid version 3 file whose parts the tests find through its header, then damage.
+// A small valid version 3 file whose parts the tests find through its header, then damage; with
+// `copies`, also empty streams "c0", "c1", ... whose entries can be pointed anywhere.
 class Image {
  public:
-  explicit Image(std::size_t bigStreamSize = 5000) {
+  explicit Image(std::size_t bigStreamSize = 5000, std::size_t copies = 0) {
     CompoundNode root;
     root.isStorage = true;
     CompoundNode sub = node(u"sub", 0);
     sub.isStorage = true;
     root.children = {node(u"big", bigStreamSize), node(u"small", 100), sub};
+    for (std::size_t i = 0; i < copies; ++i) {
+      const std::string name = "c" + std::to_string(i);
+      root.children.push_back(node(std::u16string(name.begin(), name.end()), 0));
+    }
     std::string error;
     EXPECT_TRUE(writeCompoundFile(root, bytes, error)) << error;
   }
@@ -40,7 +50,8 @@ class Image {
   void setHeaderField(std::size_t offset, std::uint32_t value) { store32(&bytes[offset], value); }
 
   std::uint32_t fatEntry(std::uint32_t sector) const {
-    return load32(&bytes[sectorOffset(headerField(header::kDifat)) + 4 * sector]);
+    const std::uint32_t fatSector = headerField(header::kDifat + 4 * (sector / 128));
+    return load32(&bytes[sectorOffset(fatSector) + 4 * (sector % 128)]);
   }
   void setFatEntry(std::uint32_t sector, std::uint32_t value) {
     store32(&bytes[sectorOffset(headerField(header::kDifat)) + 4 * sector], value);
@@ -49,11 +60,9 @@ class Image {
     store32(&bytes[sectorOffset(headerField(header::kFirstMiniFatSector)) + 4 * miniSector], value);
   }
 
-  // The raw directory entry with this name (the root is "Root Entry"), in the first sector.
+  // The raw directory entry with this name (the root is "Root Entry").
   std::uint8_t* entry(std::u16string_view name) {
-    std::uint8_t* first = &bytes[sectorOffset(headerField(header::kFirstDirectorySector))];
-    for (std::size_t i = 0; i < 4; ++i) {
-      std::uint8_t* raw = first + i * kDirectoryEntrySize;
+    for (std::uint8_t* raw : directory()) {
       std::u16string found;
       for (std::size_t unit = 0; unit + 1 < load16(raw + entry::kNameLength) / 2u; ++unit) {
         found += static_cast<char16_t>(load16(raw + 2 * unit));
@@ -62,10 +71,32 @@ class Image {
         return raw;
     }
     ADD_FAILURE() << "no such entry";
-    return first;
+    return bytes.data();
+  }
+
+  // Points every copy ("c...") at the sectors of `owner` (start and size).
+  void shareWithCopies(const std::uint8_t* owner) {
+    for (std::uint8_t* raw : directory()) {
+      if (load16(raw + entry::kNameLength) < 4 || raw[0] != 'c')
+        continue;
+      std::memcpy(raw + entry::kStartSector, owner + entry::kStartSector, 4);
+      std::memcpy(raw + entry::kSize, owner + entry::kSize, 8);
+    }
   }
 
   std::vector<std::uint8_t> bytes;
+
+ private:
+  // Every directory entry, along the directory's chain.
+  std::vector<std::uint8_t*> directory() {
+    std::vector<std::uint8_t*> entries;
+    for (std::uint32_t sector = headerField(header::kFirstDirectorySector); sector != kEndOfChain;
+         sector = fatEntry(sector)) {
+      for (std::size_t j = 0; j < 4; ++j)
+        entries.push_back(&bytes[sectorOffset(sector) + j * kDirectoryEntrySize]);
+    }
+    return entries;
+  }
 };
 
 std::string openError(const std::vector<std::uint8_t>& bytes) {
@@ -246,6 +277,52 @@ TEST(CompoundFileBadInput, RandomDamageNeverCrashes) {
     }
   }
   EXPECT_GT(refused, 0u);
+}
+
+TEST(CompoundFileBadInput, StreamsThatShareSectorsAreRefusedNamingBothOwners) {
+  struct Case {
+    const char* what;
+    std::size_t bigSize;
+    bool intoDirectory;  // point "big" at the directory instead of sharing it with "c0"
+    const char* message;
+  };
+  const Case cases[] = {
+      {"regular sectors", 8192, false, ": sector "},
+      {"mini sectors", 300, false, ": mini sector "},
+      {"the directory", 8192, true, "is used by both the directory and directory entry"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    Image file(c.bigSize, 1);
+    std::uint8_t* big = file.entry(u"big");
+    if (c.intoDirectory)
+      store32(big + entry::kStartSector, file.headerField(header::kFirstDirectorySector));
+    else
+      file.shareWithCopies(big);
+    const std::string error = openError(file.bytes);
+    EXPECT_CONTAINS(error, c.message);
+    if (!c.intoDirectory) {
+      EXPECT_CONTAINS(error, "is used by both directory entry");
+      EXPECT_CONTAINS(error, "(\"c0\")");
+    }
+  }
+}
+
+TEST(CompoundFileBadInput, ThousandsOfEntriesOverOneChainCostLittleMemory) {
+  Image file(256 * 1024, 3000);
+  file.shareWithCopies(file.entry(u"big"));
+  const long before = test::peakResidentBytes();
+  // What a rewrite does: open, then load the whole tree.
+  std::string error;
+  if (auto reader = CompoundFileReader::openBytes(file.bytes, error)) {
+    CompoundNode root;
+    readCompoundTree(*reader, 0, root, error);
+    ADD_FAILURE() << "a file sharing sectors opened";
+  }
+  const long grown = test::peakResidentBytes() - before;
+  // Reading every copy would take 3000 x 256 KiB; a few times the file is what opening may cost.
+  EXPECT_LT(grown, static_cast<long>(8 * file.bytes.size()))
+      << "file of " << file.bytes.size() << " bytes";
 }
 
 }  // namespace
