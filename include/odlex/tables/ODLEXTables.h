@@ -2,6 +2,7 @@
 // Every table-object class. Classes that only follow the common pattern are declared here with
 // ODLEX_SIMPLE_TABLE; classes with operations of their own have their own header, included here.
 
+#include "odlex/tables/ODLEXSequence.h"
 #include "odlex/tables/ODLEXTAssemblyTables.h"
 #include "odlex/tables/ODLEXTComTables.h"
 #include "odlex/tables/ODLEXTFileTables.h"
@@ -17,10 +18,6 @@
   class ODLEXT##Table : public ODLEXTRowTable<ODLEXT##Table, ODLEXTObject::e##Table> {};
 
 ODLEX_SIMPLE_TABLE(ActionText)
-ODLEX_SIMPLE_TABLE(AdminExecuteSequence)
-ODLEX_SIMPLE_TABLE(AdminUISequence)
-ODLEX_SIMPLE_TABLE(AdvtExecuteSequence)
-ODLEX_SIMPLE_TABLE(AdvtUISequence)
 ODLEX_SIMPLE_TABLE(AppId)
 ODLEX_SIMPLE_TABLE(BBControl)
 ODLEX_SIMPLE_TABLE(Billboard)
@@ -38,16 +35,8 @@ ODLEX_SIMPLE_TABLE(EventMapping)
 ODLEX_SIMPLE_TABLE(Feature)
 ODLEX_SIMPLE_TABLE(FeatureComponents)
 ODLEX_SIMPLE_TABLE(File)
-ODLEX_SIMPLE_TABLE(InstallExecuteSequence)
-ODLEX_SIMPLE_TABLE(InstallUISequence)
 ODLEX_SIMPLE_TABLE(ListBox)
 ODLEX_SIMPLE_TABLE(ListView)
-ODLEX_SIMPLE_TABLE(ModuleAdminExecuteSequence)
-ODLEX_SIMPLE_TABLE(ModuleAdminUISequence)
-ODLEX_SIMPLE_TABLE(ModuleAdvtExecuteSequence)
-ODLEX_SIMPLE_TABLE(ModuleAdvtUISequence)
-ODLEX_SIMPLE_TABLE(ModuleInstallExecuteSequence)
-ODLEX_SIMPLE_TABLE(ModuleInstallUISequence)
 ODLEX_SIMPLE_TABLE(MsiDigitalCertificate)
 ODLEX_SIMPLE_TABLE(MsiDigitalSignature)
 ODLEX_SIMPLE_TABLE(MsiFileHash)
