@@ -5,6 +5,7 @@
 #include "odlex/tables/ODLEXSequence.h"
 #include "odlex/tables/ODLEXTAssemblyTables.h"
 #include "odlex/tables/ODLEXTComTables.h"
+#include "odlex/tables/ODLEXTCustomAction.h"
 #include "odlex/tables/ODLEXTFileTables.h"
 #include "odlex/tables/ODLEXTInstallTables.h"
 #include "odlex/tables/ODLEXTLocatorTables.h"
@@ -27,7 +28,6 @@ ODLEX_SIMPLE_TABLE(Component)
 ODLEX_SIMPLE_TABLE(Condition)
 ODLEX_SIMPLE_TABLE(Control)
 ODLEX_SIMPLE_TABLE(ControlCondition)
-ODLEX_SIMPLE_TABLE(CustomAction)
 ODLEX_SIMPLE_TABLE(Dialog)
 ODLEX_SIMPLE_TABLE(Directory)
 ODLEX_SIMPLE_TABLE(Error)
