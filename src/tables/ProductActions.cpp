@@ -78,6 +78,7 @@ void ODLEXTCustomAction::AddProductAction(const ODLEXProductAction& action) {
     try {
       sequence.Delete(sequence.GetSequenceWithID(kTextFileInitialize));
     } catch (const ODLEXDatabaseError&) {
+      // Not scheduled: nothing to take out.
     }
   }
   row.SetSource(binary->GetName());

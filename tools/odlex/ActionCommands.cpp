@@ -131,6 +131,7 @@ json productActionJson(const MSIECustomAction& row, ODLEXSequence& sequence) {
                                                      : "before";
     }
   } catch (const ODLEXDatabaseError&) {
+    // Not in the sequence: no free number was found next to its anchor.
   }
   return action;
 }
