@@ -16,6 +16,7 @@ TalString ODLEXDatabase::programDirectory;
 TalString ODLEXDatabase::currentDirectory;
 TalString ODLEXDatabase::schemaPath;
 TalString ODLEXDatabase::resourcePath;
+TalString ODLEXDatabase::orvaneCustomActionDLL;
 std::unique_ptr<SingleProgress> ODLEXDatabase::singleProgress;
 std::unique_ptr<DualProgress> ODLEXDatabase::dualProgress;
 bool (*ODLEXDatabase::userPermits)() = nullptr;
@@ -127,4 +128,12 @@ void ODLEXDatabase::SetGlobalAutoUpdatePackageCode(bool (*autoUpdate)()) {
 
 ODLEXMergeErrors* ODLEXDatabase::GetMergeErrors() {
   return merge_errors.get();
+}
+
+void ODLEXDatabase::SetOrvaneCustomAction(const TalString& dllPath) {
+  orvaneCustomActionDLL = dllPath;
+}
+
+const TalString& ODLEXDatabase::GetOrvaneCustomActionDLL() {
+  return orvaneCustomActionDLL;
 }

@@ -22,6 +22,8 @@ CLI::App& Commands::add(const std::string& words, const std::string& summary,
     if (!parent) {
       parent = app_.add_subcommand(noun, "work on " + noun + "s");
       parent->require_subcommand(1);
+      // The noun's help shows its first verb's example.
+      parent->footer("Example:\n  " + example);
     }
   }
   CLI::App* command = parent->add_subcommand(name, summary);

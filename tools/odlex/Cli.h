@@ -56,6 +56,9 @@ void addDryRunFlag(CLI::App& command, bool& dryRun);
 void addInspectCommands(Commands& commands);
 void addEditCommands(Commands& commands);
 void addRowsCommand(Commands& commands);
+void addSequenceCommands(Commands& commands);
+void addActionCommands(Commands& commands);
+void addModuleIdCommands(Commands& commands);
 
 std::unique_ptr<engine::Database> openPackage(const std::filesystem::path& path,
                                               engine::Database::OpenMode mode);

@@ -41,6 +41,9 @@ int main(int argc, char** argv) {
   odlex::cli::addInspectCommands(commands);
   odlex::cli::addEditCommands(commands);
   odlex::cli::addRowsCommand(commands);
+  odlex::cli::addSequenceCommands(commands);
+  odlex::cli::addActionCommands(commands);
+  odlex::cli::addModuleIdCommands(commands);
   std::vector<std::string> helpWords;
   CLI::App* help = app.add_subcommand("help", "show the use of a command and an example");
   help->add_option("COMMAND", helpWords, "the command (and verb) to explain");

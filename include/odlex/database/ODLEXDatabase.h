@@ -200,6 +200,11 @@ class ODLEXDatabase : public RWCollectable {
   static void SetUserPermitsFunction(bool (*permits)());
   static bool UserPermits();
   static void SetGlobalAutoUpdatePackageCode(bool (*autoUpdate)());
+  // The full path of the product's custom-action DLL, for all open databases; empty at start.
+  // Its file name (after the last backslash or slash) names the DLL's Binary row
+  // (ODLEXTBinary::GetOrvaneCustomAction).
+  static void SetOrvaneCustomAction(const TalString& dllPath);
+  static const TalString& GetOrvaneCustomActionDLL();
   static ODLEXMergeErrors* GetMergeErrors();
   static void WriteDebugInfo(unsigned code, bool flag);
   // The name of the temporary read-only copy of `path`: the same name ending in ".mri".
@@ -267,6 +272,7 @@ class ODLEXDatabase : public RWCollectable {
   static TalString schemaPath;
   // The message catalog named by SetResources; not loaded yet (see SetResources).
   static TalString resourcePath;
+  static TalString orvaneCustomActionDLL;
   static std::unique_ptr<SingleProgress> singleProgress;
   static std::unique_ptr<DualProgress> dualProgress;
   static bool (*userPermits)();

@@ -88,13 +88,15 @@ class MSITable {
   // Generic row access, for code that walks tables without knowing their classes.
   // A new row of this table, every column null, not yet in the table.
   std::unique_ptr<MSIEntry> CreateEntry() const { return NewEntry(); }
+  // A new row of this table holding the values of `values`, a row of any table, copied column by
+  // column where the names and kinds match (the rest stay null); not yet in the table.
+  std::unique_ptr<MSIEntry> CreateEntry(const MSIEntry& values) const;
   // Takes a new row of this table (from CreateEntry) into the table. A row whose key is already
   // held by a live row is refused: the result is null and `entry` is destroyed. A deleted row
   // with that key is replaced.
   MSIEntry* AddEntry(std::unique_ptr<MSIEntry> entry);
-  // A new row of this table holding the values of `values`, a row of any table, copied column by
-  // column where the names match (the rest stay null); then as AddEntry. This is how a
-  // free-standing entry (MSISequenceEntry, a template row) is handed to a table.
+  // CreateEntry(values), then as AddEntry. This is how a free-standing entry (MSISequenceEntry, a
+  // template row) is handed to a table.
   MSIEntry* AddCopy(const MSIEntry& values);
   // The live row whose key equals the probe's, or null.
   MSIEntry* FindEntry(const MSIEntry& probe) const;

@@ -109,4 +109,9 @@ class ODLEXTBinary : public ODLEXTRowTable<ODLEXTBinary, ODLEXTObject::eBinary> 
  public:
   // The row named `name`; code 29 when there is none.
   MSIEBinary& GetBinaryWithID(const TalString& name);
+  // The row carrying the product's custom-action DLL (ODLEXDatabase::GetOrvaneCustomActionDLL),
+  // named by the path's file name: the row held under that name, else one made from the file's
+  // bytes (a new row, the temp entry). A row once held is never read from the file again.
+  // Code 29 when no path is set, the path has no separator, or the file cannot be read.
+  MSIEBinary& GetOrvaneCustomAction();
 };

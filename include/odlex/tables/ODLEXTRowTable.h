@@ -1,12 +1,15 @@
 #pragma once
 // ODLEXTRowTable: the pattern every table class shares, written once. A table class derives
-// from ODLEXTRowTable<itself, its typeID> and adds only its own operations. The template gives
+// from ODLEXTRowTable<itself, its typeID> and adds only its own operations; a family of tables
+// whose operations are declared by an abstract base of its own (the sequence tables' ODLEXSequence)
+// names that base, derived from ODLEXTObject, as the third argument. The template gives
 //   - the collectable plumbing: newSpecies, copy, isA/classIsA (the typeID);
 //   - construction with a new, empty MSIT<Table> and the table's attributes, and Unload that
 //     makes a fresh empty one so the object can be loaded again;
 //   - GetTable(), the lower-layer table as its concrete class;
 //   - GetTableSet(): the file-search set for AppSearch, Signature and the locator tables;
-//   - the common row edits Add, Change and Delete, for the classes that have them;
+//   - the common row edits Add, Change and Delete, for the classes that have them (and, as
+//     AddEntry, ChangeEntry and DeleteEntry, for classes whose edits take rows of a base class);
 //   - Lookup(keys...), the live row with a key or null, for other table objects;
 //   - FindOrThrow, the "Get<Row>With<Key>" lookup shape: a row or the table's not-found error.
 //
@@ -32,17 +35,17 @@
 #include "odlex/tables/ODLEXDatabaseError.h"
 #include "odlex/tables/ODLEXTableTraits.h"
 
-template <class Derived, ODLEXTObject::typeID type>
-class ODLEXTRowTable : public ODLEXTObject {
+template <class Derived, ODLEXTObject::typeID type, class Base = ODLEXTObject>
+class ODLEXTRowTable : public Base {
  public:
   using Traits = ODLEXTableTraits<type>;
   using LowerTable = typename Traits::LowerTable;
   using Entry = typename Traits::Entry;
-  static constexpr typeID kType = type;
+  static constexpr ODLEXTObject::typeID kType = type;
 
   ODLEXTRowTable() {
-    SetLowerTable(std::make_unique<LowerTable>());
-    Attributes() = Traits::kAttributes;
+    this->SetLowerTable(std::make_unique<LowerTable>());
+    this->Attributes() = Traits::kAttributes;
   }
 
   RWCollectable* newSpecies() const override { return new (std::nothrow) Derived(); }
@@ -56,29 +59,16 @@ class ODLEXTRowTable : public ODLEXTObject {
   eTableSets GetTableSet() override { return tableSetOf(kType); }
 
   void Unload() override {
-    ODLEXTObject::Unload();
-    SetLowerTable(std::make_unique<LowerTable>());
+    Base::Unload();
+    this->SetLowerTable(std::make_unique<LowerTable>());
   }
 
-  void Add(const Entry& row) requires((Traits::kEdits & kAddEdit) != 0) { addRow(row); }
+  void Add(const Entry& row) requires((Traits::kEdits & kAddEdit) != 0) { AddEntry(row); }
 
-  void Delete(Entry& row) requires((Traits::kEdits & kDeleteEdit) != 0) { markDeleted(row); }
+  void Delete(Entry& row) requires((Traits::kEdits & kDeleteEdit) != 0) { DeleteEntry(row); }
 
   bool Change(Entry& row, const Entry& values) requires((Traits::kEdits & kChangeEdit) != 0) {
-    if (!row.HasSameKey(values)) {
-      if (GetTable().FindEntry(values)) {
-        SetTempEntries(nullptr);
-        return false;
-      }
-      markDeleted(row);
-      addRow(values);
-      return true;
-    }
-    const bool changed = row.CopyFields(values);
-    SetTempEntries(&row);
-    if (changed)
-      Revive(row);
-    return changed;
+    return ChangeEntry(row, values);
   }
 
   // The live row with these key values, or null: the lookup other table objects use to follow
@@ -89,7 +79,7 @@ class ODLEXTRowTable : public ODLEXTObject {
   }
 
  protected:
-  LowerTable& GetTable() { return static_cast<LowerTable&>(*GetLowerTable()); }
+  LowerTable& GetTable() { return static_cast<LowerTable&>(*this->GetLowerTable()); }
 
   // A row found by a lookup of the lower-layer table, or the error `notFound`.
   template <class Row>
@@ -99,24 +89,41 @@ class ODLEXTRowTable : public ODLEXTObject {
     return *row;
   }
 
- private:
-  void addRow(const Entry& row) {
-    Entry* added = static_cast<Entry*>(GetTable().AddCopy(row));
-    SetTempEntries(added);
+  // The common edits on rows of this table (`row`) and values of a row of the table (`values`).
+  void AddEntry(const MSIEntry& values) {
+    MSIEntry* added = GetTable().AddCopy(values);
+    this->SetTempEntries(added);
     if (added)
       Revive(*added);
   }
 
-  void markDeleted(Entry& row) {
+  void DeleteEntry(MSIEntry& row) {
     row.Modify();
     row.Delete();
-    Modify(true);
+    this->Modify(true);
+  }
+
+  bool ChangeEntry(MSIEntry& row, const MSIEntry& values) {
+    if (!row.HasSameKey(values)) {
+      if (GetTable().FindEntry(values)) {
+        this->SetTempEntries(nullptr);
+        return false;
+      }
+      DeleteEntry(row);
+      AddEntry(values);
+      return true;
+    }
+    const bool changed = row.CopyFields(values);
+    this->SetTempEntries(&row);
+    if (changed)
+      Revive(row);
+    return changed;
   }
 
   // A row just added or changed: live, modified, and its table modified.
-  void Revive(Entry& row) {
+  void Revive(MSIEntry& row) {
     row.SetDeleted(false);
     row.Modify();
-    Modify(true);
+    this->Modify(true);
   }
 };

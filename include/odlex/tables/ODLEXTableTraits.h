@@ -25,6 +25,21 @@ struct ODLEXTableTraits;
 #include "odlex/tables/TableTypes.def"
 #undef ODLEX_TABLE_TYPE
 
+// The other way round, for templates written over a lower-layer table class: the table-object
+// class and typeID of the table whose lower-layer table is T.
+template <class T>
+struct ODLEXTableOfLowerTable;
+
+#define ODLEX_TABLE_TYPE(Table, id, edits, attributes)                    \
+  class ODLEXT##Table;                                                    \
+  template <>                                                             \
+  struct ODLEXTableOfLowerTable<MSIT##Table> {                            \
+    using Class = ODLEXT##Table;                                          \
+    static constexpr ODLEXTObject::typeID kType = ODLEXTObject::e##Table; \
+  };
+#include "odlex/tables/TableTypes.def"
+#undef ODLEX_TABLE_TYPE
+
 // The set of tables a table type belongs to: the six tables of a file search form set 1.
 constexpr eTableSets tableSetOf(ODLEXTObject::typeID type) {
   switch (type) {

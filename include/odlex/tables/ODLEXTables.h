@@ -2,8 +2,10 @@
 // Every table-object class. Classes that only follow the common pattern are declared here with
 // ODLEX_SIMPLE_TABLE; classes with operations of their own have their own header, included here.
 
+#include "odlex/tables/ODLEXSequence.h"
 #include "odlex/tables/ODLEXTAssemblyTables.h"
 #include "odlex/tables/ODLEXTComTables.h"
+#include "odlex/tables/ODLEXTCustomAction.h"
 #include "odlex/tables/ODLEXTFileTables.h"
 #include "odlex/tables/ODLEXTInstallTables.h"
 #include "odlex/tables/ODLEXTLocatorTables.h"
@@ -17,10 +19,6 @@
   class ODLEXT##Table : public ODLEXTRowTable<ODLEXT##Table, ODLEXTObject::e##Table> {};
 
 ODLEX_SIMPLE_TABLE(ActionText)
-ODLEX_SIMPLE_TABLE(AdminExecuteSequence)
-ODLEX_SIMPLE_TABLE(AdminUISequence)
-ODLEX_SIMPLE_TABLE(AdvtExecuteSequence)
-ODLEX_SIMPLE_TABLE(AdvtUISequence)
 ODLEX_SIMPLE_TABLE(AppId)
 ODLEX_SIMPLE_TABLE(BBControl)
 ODLEX_SIMPLE_TABLE(Billboard)
@@ -30,7 +28,6 @@ ODLEX_SIMPLE_TABLE(Component)
 ODLEX_SIMPLE_TABLE(Condition)
 ODLEX_SIMPLE_TABLE(Control)
 ODLEX_SIMPLE_TABLE(ControlCondition)
-ODLEX_SIMPLE_TABLE(CustomAction)
 ODLEX_SIMPLE_TABLE(Dialog)
 ODLEX_SIMPLE_TABLE(Directory)
 ODLEX_SIMPLE_TABLE(Error)
@@ -38,16 +35,8 @@ ODLEX_SIMPLE_TABLE(EventMapping)
 ODLEX_SIMPLE_TABLE(Feature)
 ODLEX_SIMPLE_TABLE(FeatureComponents)
 ODLEX_SIMPLE_TABLE(File)
-ODLEX_SIMPLE_TABLE(InstallExecuteSequence)
-ODLEX_SIMPLE_TABLE(InstallUISequence)
 ODLEX_SIMPLE_TABLE(ListBox)
 ODLEX_SIMPLE_TABLE(ListView)
-ODLEX_SIMPLE_TABLE(ModuleAdminExecuteSequence)
-ODLEX_SIMPLE_TABLE(ModuleAdminUISequence)
-ODLEX_SIMPLE_TABLE(ModuleAdvtExecuteSequence)
-ODLEX_SIMPLE_TABLE(ModuleAdvtUISequence)
-ODLEX_SIMPLE_TABLE(ModuleInstallExecuteSequence)
-ODLEX_SIMPLE_TABLE(ModuleInstallUISequence)
 ODLEX_SIMPLE_TABLE(MsiDigitalCertificate)
 ODLEX_SIMPLE_TABLE(MsiDigitalSignature)
 ODLEX_SIMPLE_TABLE(MsiFileHash)

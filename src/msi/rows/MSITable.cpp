@@ -299,7 +299,7 @@ MSIEntry* MSITable::AddEntry(std::unique_ptr<MSIEntry> entry) {
   return entry.release();
 }
 
-MSIEntry* MSITable::AddCopy(const MSIEntry& values) {
+std::unique_ptr<MSIEntry> MSITable::CreateEntry(const MSIEntry& values) const {
   std::unique_ptr<MSIEntry> entry = NewEntry();
   for (std::size_t column = 0; column < entry->values_.size(); ++column) {
     const int from =
@@ -314,7 +314,11 @@ MSIEntry* MSITable::AddCopy(const MSIEntry& values) {
     else
       entry->values_[column] = values.values_[from];
   }
-  return AddEntry(std::move(entry));
+  return entry;
+}
+
+MSIEntry* MSITable::AddCopy(const MSIEntry& values) {
+  return AddEntry(CreateEntry(values));
 }
 
 MSIEntry* MSITable::FindEntry(const MSIEntry& probe) const {

@@ -113,6 +113,10 @@ TEST(RowsMadeKeys, BinaryRowsReadTheirFile) {
   EXPECT_EQ(binary.Add(u"Empty", path("empty.bin"), false), nullptr);
   EXPECT_EQ(binary.Find(u"Missing"), nullptr);
   EXPECT_EQ(binary.Find(u"Empty"), nullptr);
+
+  MSIEBinary* named = binary.Add(path("icon.bin"), path("icon.bin"), false);
+  ASSERT_NE(named, nullptr);
+  EXPECT_EQ(named->GetName(), u"icon.bin") << "a path names the row by its file name";
 }
 
 TEST(RowsFreeEntries, SequenceEntriesAreCopiedIntoAnySequenceTable) {

@@ -2,9 +2,11 @@
 
 #include "msi/engine/Result.h"
 #include "odlex/msi/MSIRows.h"
+#include "odlex/support/Path.h"
 
 MSIEBinary* MSITBinary::Add(const TalString& name, const TalString& sourceFile, bool replace) {
-  MSIEBinary* row = Find(name);
+  const TalString rowName = odlex::path::FileName(name);
+  MSIEBinary* row = Find(rowName);
   if (row && !replace)
     return nullptr;
   const MSIBinary data(sourceFile);
@@ -15,11 +17,11 @@ MSIEBinary* MSITBinary::Add(const TalString& name, const TalString& sourceFile, 
   if (data.GetSize() == 0) {
     ReportError(
         odlex::engine::kInvalidParameter,
-        TalString(u"Binary " + name.u16() + u": the file " + sourceFile.u16() + u" is empty"));
+        TalString(u"Binary " + rowName.u16() + u": the file " + sourceFile.u16() + u" is empty"));
     return nullptr;
   }
   if (!row)
-    row = Add(name);
+    row = Add(rowName);
   row->SetData(data);
   return row;
 }

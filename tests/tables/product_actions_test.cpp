@@ -1,0 +1,214 @@
+// The CustomAction table object and the product's own actions: their rows, the Binary row of
+// their DLL, and their scheduling in a package (wixl builds one) and in a merge module (msibuild
+// builds one from .idt text).
+
+#include "common/DatabaseTest.h"
+#include "tables/TableTestSupport.h"
+
+namespace odlex::test {
+namespace {
+
+class ProductActionsTest : public DatabaseTest {
+ protected:
+  void SetUp() override {
+    DatabaseTest::SetUp();
+    dll_ = dir_ / "bin" / "zrca.dll";
+    std::filesystem::create_directories(dll_.parent_path());
+    writeFileBytes(dll_, "MZ dll bytes");
+  }
+  void TearDown() override {
+    ODLEXDatabase::SetOrvaneCustomAction(TalString());
+    DatabaseTest::TearDown();
+  }
+
+  // A copy of the oracle package of `kind`, opened in place under the name `name`.
+  ODLEXDatabase& openCopy(PackageKind kind, const std::string& name) {
+    const BuiltPackage& built = testPackage(kind);
+    EXPECT_FALSE(built.file.empty()) << built.error;
+    std::filesystem::copy_file(built.file, file(name));
+    return ODLEXDatabase::AddDatabaseToList(text(file(name)));
+  }
+
+  // A merge module holding only `sequence`, the rows of its ModuleInstallExecuteSequence.
+  ODLEXDatabase& openModule(const std::string& sequence) {
+    const std::filesystem::path idts = dir_ / "module-idt";
+    std::filesystem::create_directories(idts);
+    writeFileBytes(idts / "ModuleInstallExecuteSequence.idt",
+                   "Action\tSequence\tBaseAction\tAfter\tCondition\r\n"
+                   "s72\tI2\tS72\tI2\tS255\r\n"
+                   "ModuleInstallExecuteSequence\tAction\r\n" +
+                       sequence);
+    EXPECT_TRUE(msibuildImport(file("module.msm"), idtFilesIn(idts)));
+    return ODLEXDatabase::AddDatabaseToList(text(file("module.msm")));
+  }
+
+  void useDll() { ODLEXDatabase::SetOrvaneCustomAction(text(dll_)); }
+
+  std::filesystem::path dll_;
+};
+
+// The sequence number of `action`, -1 when it is not scheduled.
+int numberOf(ODLEXSequence& sequence, const char16_t* action) {
+  try {
+    return sequence.GetSequenceWithID(action).GetSequence();
+  } catch (const ODLEXDatabaseError&) {
+    return -1;
+  }
+}
+
+TEST_F(ProductActionsTest, CustomActionEditsAndTypes) {
+  ODLEXTCustomAction& actions = openPackage().GetCustomAction();
+  MSIECustomAction values(u"", msidbCustomActionTypeExe);
+  values.SetSource(u"Tool");
+  values.SetTarget(u"/quiet");
+  MSIECustomAction& made = addRow(actions, values);
+  EXPECT_EQ(made.GetActionID(), u"CustomAction1") << "an empty key is made by the table";
+  EXPECT_EQ(made.GetTarget(), u"/quiet");
+  EXPECT_EQ(&actions.FindCustomActionWithID(u"CustomAction1"), &made);
+  EXPECT_EQ(thrownCode([&] { actions.FindCustomActionWithID(u"customaction1"); }), 28);
+
+  const struct {
+    unsigned short type, executable, source, result, scheduling, noImpersonate;
+  } types[] = {
+      {0x0501, 1, 0, 0, 0x0500, 0},
+      {0x0C62, 2, 0x20, 0x40, 0x0400, 0x0800},
+      {0x7FFF, 7, 0x30, 0xC0, 0x0700, 0x0800},  // bits above 0x0800 are in none
+  };
+  for (const auto& t : types) {
+    unsigned short executable = 9, source = 9, result = 9, scheduling = 9, noImpersonate = 9;
+    ODLEXTCustomAction::GetSeparateTypes(
+        executable, source, result, scheduling, noImpersonate,
+        MSIECustomAction(u"A", static_cast<msidbCustomActionType>(t.type)));
+    EXPECT_EQ(executable, t.executable) << t.type;
+    EXPECT_EQ(source, t.source) << t.type;
+    EXPECT_EQ(result, t.result) << t.type;
+    EXPECT_EQ(scheduling, t.scheduling) << t.type;
+    EXPECT_EQ(noImpersonate, t.noImpersonate) << t.type;
+  }
+}
+
+// Without a DLL path, or with one that has no separator, the operations add nothing anywhere.
+TEST_F(ProductActionsTest, NoDllNoActions) {
+  ODLEXDatabase& db = openPackage();
+  for (const char* path : {"", "zrca.dll"}) {
+    ODLEXDatabase::SetOrvaneCustomAction(TalString::FromUtf8(path));
+    EXPECT_EQ(thrownCode([&] { db.GetBinary().GetOrvaneCustomAction(); }), 29) << path;
+    db.GetCustomAction().AddTextFileInitialize();
+    db.GetCustomAction().AddReportInstallFailure();
+    EXPECT_TRUE(db.GetCustomAction().GetEntries().isEmpty()) << path;
+    EXPECT_EQ(numberOf(db.GetInstallExecuteSequence(), u"ZrTextFileInitialize"), -1);
+  }
+}
+
+TEST_F(ProductActionsTest, ScheduledBeforeInstallFinalizeInAPackage) {
+  ODLEXDatabase& db = openCopy(PackageKind::kWixl, "wixl.msi");
+  useDll();
+  ODLEXTCustomAction& actions = db.GetCustomAction();
+  ODLEXTInstallExecuteSequence& sequence = db.GetInstallExecuteSequence();
+  const int finalize = numberOf(sequence, u"InstallFinalize");
+  const int initialize = numberOf(sequence, u"InstallInitialize");
+  ASSERT_GT(finalize, 3);
+  const auto expect = [&](std::initializer_list<std::pair<const char16_t*, int>> numbers) {
+    for (const auto& [action, number] : numbers)
+      EXPECT_EQ(numberOf(sequence, action), number) << TalString(action).ToUtf8();
+  };
+
+  actions.AddTextFileInitialize();
+  expect({{u"ZrTextFileInitialize", finalize - 1}});
+  // The changes action takes the initializer's place; the initializer goes before it again.
+  actions.AddTextFileInstallChanges();
+  expect({{u"ZrTextFileInstallChanges", finalize - 1}, {u"ZrTextFileInitialize", finalize - 2}});
+  // Already scheduled: the initializer is taken out and not put back by this call.
+  actions.AddTextFileInstallChanges();
+  expect({{u"ZrTextFileInstallChanges", finalize - 1}, {u"ZrTextFileInitialize", -1}});
+  actions.AddTextFileInitialize();
+  actions.AddReportInstallFailure();
+  actions.AddReportInstallFailure();
+  expect({{u"ZrTextFileInstallChanges", finalize - 1},
+          {u"ZrTextFileInitialize", finalize - 2},
+          {u"ZrReportInstallFailure", finalize - 3},
+          {u"ZrInstallInitialize", initialize + 1}});
+
+  const struct {
+    const char16_t* action;
+    int type;
+    const char16_t* target;
+  } rows[] = {
+      {u"ZrTextFileInitialize", 0x0001, u"TextFileInitialize"},
+      {u"ZrTextFileInstallChanges", 0x0401, u"TextFileInstallChanges"},
+      {u"ZrReportInstallFailure", 0x0501, u"ReportInstallFailure"},
+      {u"ZrInstallInitialize", 0x0001, u"InstallInitialize"},
+  };
+  for (const auto& row : rows) {
+    const MSIECustomAction& found = actions.FindCustomActionWithID(row.action);
+    EXPECT_EQ(found.GetType(), row.type);
+    EXPECT_EQ(found.GetSource(), u"zrca.dll");
+    EXPECT_EQ(found.GetTarget(), row.target);
+  }
+  // The Binary row is made once, from the file, and not read again.
+  writeFileBytes(dll_, "changed bytes");
+  actions.AddRemoveTextFileInstallChanges();
+  const std::string bytes = "MZ dll bytes";
+  EXPECT_EQ(db.GetBinary().GetBinaryWithID(u"zrca.dll").GetData(),
+            MSIBinary(std::vector<unsigned char>(bytes.begin(), bytes.end())));
+}
+
+// With no free number next to the anchor the action row is made but stays unscheduled.
+TEST_F(ProductActionsTest, NoFreeNumberLeavesTheActionUnscheduled) {
+  ODLEXDatabase& db = openPackage();
+  useDll();
+  ODLEXTInstallExecuteSequence& sequence = db.GetInstallExecuteSequence();
+  for (const auto& [action, number] :
+       {std::pair{u"InstallInitialize", 1}, {u"InstallFinalize", 2}}) {
+    MSISequenceEntry entry(action);
+    entry.SetSequence(static_cast<short>(number));
+    sequence.Add(entry);
+  }
+  db.GetCustomAction().AddZrInstallInitialize();
+  db.GetCustomAction().AddTextFileInitialize();
+  for (const char16_t* action : {u"ZrInstallInitialize", u"ZrTextFileInitialize"}) {
+    EXPECT_EQ(numberOf(sequence, action), -1);
+    EXPECT_EQ(thrownCode([&] { db.GetCustomAction().FindCustomActionWithID(action); }), -1);
+  }
+}
+
+// A merge module places the actions relative to their anchor, adding a missing anchor at 1500
+// except for the reporting actions.
+TEST_F(ProductActionsTest, PlacedByBaseActionInAMergeModule) {
+  ODLEXDatabase& db = openModule("InstallInitialize\t1400\t\t\t\r\n");
+  ASSERT_TRUE(db.IsMergeModule());
+  useDll();
+  ODLEXTCustomAction& actions = db.GetCustomAction();
+  ODLEXTModuleInstallExecuteSequence& sequence = db.GetModuleInstallExecuteSequence();
+
+  actions.AddReportInstallSuccess();
+  EXPECT_EQ(numberOf(sequence, u"InstallFinalize"), -1) << "reporting adds no anchor";
+  actions.AddTextFileInitialize();
+  actions.AddTextFileInstallChanges();
+
+  const struct {
+    const char16_t* action;
+    int number;  // -1: null
+    const char16_t* base;
+    int after;  // -1: null
+  } rows[] = {
+      {u"InstallInitialize", 1400, u"", -1},  // was there: left as it was
+      {u"InstallFinalize", 1500, u"", -1},
+      {u"ZrInstallInitialize", -1, u"InstallInitialize", 1},
+      {u"ZrReportInstallSuccess", -1, u"InstallFinalize", 0},
+      {u"ZrTextFileInitialize", -1, u"InstallFinalize", 0},
+      {u"ZrTextFileInstallChanges", -1, u"InstallFinalize", 0},
+  };
+  EXPECT_EQ(sequence.GetEntries().entries(), std::size(rows));
+  for (const auto& row : rows) {
+    SCOPED_TRACE(TalString(row.action).ToUtf8());
+    const auto& found =
+        dynamic_cast<MSIModuleSequenceEntry&>(sequence.GetSequenceWithID(row.action));
+    EXPECT_EQ(found.GetSequence().IsNull() ? -1 : found.GetSequence().Get(), row.number);
+    EXPECT_EQ(found.GetBaseAction(), row.base);
+    EXPECT_EQ(found.GetAfter().IsNull() ? -1 : found.GetAfter().Get(), row.after);
+  }
+}
+
+}  // namespace
+}  // namespace odlex::test

@@ -1,0 +1,155 @@
+// The sequence, action and module-id commands: what the saved package holds after add-product
+// (read back with msitools), the tool's own ordering and naming of what it prints, and the
+// failures that must leave every file untouched. The rules behind the numbers are the library's
+// and are tested there.
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include <map>
+
+#include "common/Oracle.h"
+#include "common/Packages.h"
+#include "common/TempDir.h"
+
+namespace odlex::test {
+namespace {
+
+using nlohmann::json;
+
+class OdlexActions : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    const BuiltPackage& built = testPackage(PackageKind::kWixl);
+    ASSERT_FALSE(built.file.empty()) << built.error;
+    std::filesystem::copy_file(built.file, package_);
+    writeFileBytes(dll_, "MZ product actions");
+  }
+
+  std::string run(const std::vector<std::string>& args) {
+    const ProcessResult result = runOdlex(args);
+    EXPECT_TRUE(result.ok()) << result.describe();
+    return result.out;
+  }
+
+  TempDir dir_;
+  std::filesystem::path package_ = dir_ / "product.msi";
+  std::filesystem::path dll_ = dir_ / "zrca.dll";
+};
+
+// Action -> sequence number of an msiinfo export of a sequence table.
+std::map<std::string, int> numbers(const std::string& exported) {
+  std::map<std::string, int> numbers;
+  for (const std::string& line : splitLines(exported)) {
+    const auto tab = line.find('\t');
+    const auto last = line.rfind('\t');
+    if (tab != std::string::npos && std::isdigit(static_cast<unsigned char>(line[last + 1])))
+      numbers[line.substr(0, tab)] = std::stoi(line.substr(last + 1));
+  }
+  return numbers;
+}
+
+TEST_F(OdlexActions, AddProductTextFilesIsWhatMsiinfoReads) {
+  const std::string before = readFileBytes(package_);
+  std::map<std::string, int> sequence =
+      numbers(msiinfoExport(package_, "InstallExecuteSequence").out);
+  ASSERT_TRUE(sequence.contains("InstallFinalize"));
+  // By hand: the first number below InstallFinalize that no action holds.
+  int free = sequence["InstallFinalize"] - 1;
+  std::set<int> taken;
+  for (const auto& [action, number] : sequence)
+    taken.insert(number);
+  while (taken.contains(free))
+    --free;
+  EXPECT_EQ(run({"sequence", "free", package_.string(), "InstallExecuteSequence", "--before",
+                 "InstallFinalize"}),
+            std::to_string(free) + "\n");
+
+  const std::filesystem::path out = dir_ / "out.msi";
+  run({"action", "add-product", package_.string(), "--dll", dll_.string(), "--text-files", "-o",
+       out.string()});
+  EXPECT_EQ(readFileBytes(package_), before);
+  sequence = numbers(msiinfoExport(out, "InstallExecuteSequence").out);
+  for (const char* action :
+       {"ZrTextFileInitialize", "ZrTextFileInstallChanges", "ZrRemoveTextFileInstallChanges"}) {
+    ASSERT_TRUE(sequence.contains(action)) << action;
+    EXPECT_LT(sequence[action], sequence["InstallFinalize"]) << action;
+  }
+  EXPECT_LT(sequence["ZrTextFileInitialize"], sequence["ZrTextFileInstallChanges"]);
+  const std::vector<std::string> actions = msiinfoRows(out, "CustomAction");
+  for (const char* row : {"ZrTextFileInitialize\t1\tzrca.dll\tTextFileInitialize",
+                          "ZrTextFileInstallChanges\t1025\tzrca.dll\tTextFileInstallChanges"}) {
+    EXPECT_NE(std::find_if(actions.begin(), actions.end(),
+                           [&](const std::string& line) { return line.starts_with(row); }),
+              actions.end())
+        << row;
+  }
+  EXPECT_EQ(msiinfoExtract(out, "Binary.zrca.dll").out, "MZ product actions");
+
+  // The type fields by name, as action list prints them.
+  const json listed = json::parse(run({"action", "list", out.string(), "--json"}));
+  const json expected = {{"action", "ZrTextFileInstallChanges"},
+                         {"type", 1025},
+                         {"executable", "dll"},
+                         {"sourceType", "binary"},
+                         {"returnProcessing", "wait"},
+                         {"scheduling", "deferred"},
+                         {"impersonation", "impersonate"},
+                         {"source", "zrca.dll"},
+                         {"target", "TextFileInstallChanges"}};
+  EXPECT_NE(std::find(listed["actions"].begin(), listed["actions"].end(), expected),
+            listed["actions"].end())
+      << listed.dump(1);
+}
+
+// A merge module's actions placed by base action are listed where they run.
+TEST_F(OdlexActions, SequenceListPlacesModuleActionsByTheirBaseAction) {
+  const std::filesystem::path idts = dir_ / "idt";
+  std::filesystem::create_directories(idts);
+  writeFileBytes(idts / "ModuleInstallExecuteSequence.idt",
+                 "Action\tSequence\tBaseAction\tAfter\tCondition\r\n"
+                 "s72\tI2\tS72\tI2\tS255\r\nModuleInstallExecuteSequence\tAction\r\n"
+                 "CostFinalize\t1000\t\t\t\r\nInstallInitialize\t1400\t\t\tNOT Installed\r\n");
+  const std::filesystem::path module = dir_ / "module.msm";
+  ASSERT_TRUE(msibuildImport(module, idtFilesIn(idts)));
+  run({"action", "add-product", module.string(), "--dll", dll_.string(), "--report"});
+  EXPECT_EQ(run({"sequence", "list", module.string(), "ModuleInstallExecuteSequence"}),
+            "CostFinalize\t1000\t\t\t\n"
+            "InstallInitialize\t1400\t\t\tNOT Installed\n"
+            "ZrInstallInitialize\t\tInstallInitialize\tafter\t\n"
+            // their base action is not in the module: last, in key order
+            "ZrReportInstallFailure\t\tInstallFinalize\tbefore\t\n"
+            "ZrReportInstallSuccess\t\tInstallFinalize\tbefore\t\n");
+}
+
+TEST_F(OdlexActions, JsonOfModuleIdentifiers) {
+  EXPECT_EQ(json::parse(run({"module-id", "combine", "Mod", "{a1b2-C3}", "--json"})),
+            json({{"id", "Mod.a1b2_C3"}}));
+  EXPECT_EQ(json::parse(run({"module-id", "split", "A.B.C", "--json"})),
+            json({{"name", "A"}, {"guid", "{B.C}"}}));
+}
+
+// Failures exit with status 1 and write nothing: not a sequence table, an action the table does
+// not hold, a DLL that cannot be read.
+TEST_F(OdlexActions, FailuresWriteNothing) {
+  const std::string before = readFileBytes(package_);
+  const std::filesystem::path out = dir_ / "out.msi";
+  const std::string p = package_.string();
+  for (const std::vector<std::string>& args : std::vector<std::vector<std::string>>{
+           {"sequence", "list", p, "Property"},
+           {"sequence", "free", p, "InstallExecuteSequence", "--after", "NoSuchAction"},
+           {"action", "add-product", p, "--dll", (dir_ / "missing.dll").string(), "--report"},
+           {"action", "add-product", p, "--dll", dir_.path().string(), "--report", "-o",
+            out.string()},
+       }) {
+    const ProcessResult result = runOdlex(args);
+    EXPECT_EQ(result.exitCode, 1) << args[1] << " " << args.back() << ": " << result.describe();
+    EXPECT_TRUE(result.err.starts_with("odlex: ")) << result.err;
+  }
+  EXPECT_EQ(readFileBytes(package_), before);
+  EXPECT_FALSE(std::filesystem::exists(out));
+}
+
+}  // namespace
+}  // namespace odlex::test
