@@ -114,7 +114,8 @@ TEST_F(OdlexActions, SequenceListPlacesModuleActionsByTheirBaseAction) {
   const std::filesystem::path module = dir_ / "module.msm";
   ASSERT_TRUE(msibuildImport(module, idtFilesIn(idts)));
   run({"action", "add-product", module.string(), "--dll", dll_.string(), "--report"});
-  EXPECT_EQ(run({"sequence", "list", module.string(), "ModuleInstallExecuteSequence"}),
+  // A noun alone means its list.
+  EXPECT_EQ(run({"sequence", module.string(), "ModuleInstallExecuteSequence"}),
             "CostFinalize\t1000\t\t\t\n"
             "InstallInitialize\t1400\t\t\tNOT Installed\n"
             "ZrInstallInitialize\t\tInstallInitialize\tafter\t\n"

@@ -62,6 +62,31 @@ TEST(OdlexSurface, EveryCommandExplainsItselfAndRefusesMistakesWithStatusTwo) {
   EXPECT_TRUE(version.ok() && version.out.starts_with("odlex ")) << version.describe();
 }
 
+// The manual, the man page and the shell completion are made from the commands themselves.
+TEST(OdlexSurface, TheManualAndTheCompletionFollowTheCommands) {
+  // docs/tool.md is the manual as the tool prints it; after changing a command, run
+  // `odlex manual > docs/tool.md`.
+  EXPECT_EQ(runOdlex({"manual"}).out, readFileBytes(ODLEX_SOURCE_DIR "/docs/tool.md"));
+  const std::string man = runOdlex({"manual", "--format", "man"}).out;
+  EXPECT_TRUE(man.starts_with(".TH ODLEX 1\n")) << man.substr(0, 80);
+  for (const std::string command : {"tables", "sequence list", "action add-product"})
+    EXPECT_NE(man.find(".SS odlex " + command + "\n"), std::string::npos) << command;
+
+  TempDir dir;
+  writeFileBytes(dir / "odlex.bash", runOdlex({"completion", "bash"}).out);
+  const auto complete = [&](const std::string& words, int current) {
+    return runProcess({"bash", "-c",
+                       "source " + (dir / "odlex.bash").string() + "; COMP_WORDS=(" + words +
+                           "); COMP_CWORD=" + std::to_string(current) +
+                           "; _odlex; echo \"${COMPREPLY[*]}\""})
+        .out;
+  };
+  EXPECT_EQ(complete("odlex seq", 1), "sequence\n");
+  EXPECT_TRUE(complete("odlex sequence ''", 2).starts_with("list free"))
+      << complete("odlex sequence ''", 2);
+  EXPECT_EQ(complete("odlex sequence free p.msi --a", 4), "--after\n");
+}
+
 TEST(OdlexSurface, JsonOutputHasTheDocumentedKeys) {
   TempDir dir;
   writeFileBytes(dir / "Property.idt", kPropertyIdt);

@@ -40,6 +40,26 @@ std::function<int()> Commands::chosen() const {
   return nullptr;
 }
 
+std::vector<std::string> Commands::withDefaultVerb(std::vector<std::string> args) const {
+  if (args.size() < 2)
+    return args;
+  const auto nouns =
+      app_.get_subcommands([&args](CLI::App* command) { return command->get_name() == args[1]; });
+  if (nouns.empty())
+    return args;
+  const auto verb = [&nouns](const std::string& name) {
+    return !nouns.front()
+                ->get_subcommands(
+                    [&name](CLI::App* command) { return command->get_name() == name; })
+                .empty();
+  };
+  const bool verbGiven =
+      args.size() > 2 && (verb(args[2]) || args[2] == "-h" || args[2] == "--help");
+  if (!verbGiven && (verb("list") || verb("show")))
+    args.insert(args.begin() + 2, verb("list") ? "list" : "show");
+  return args;
+}
+
 void addPackageArgument(CLI::App& command, std::string& package) {
   command.add_option("PACKAGE", package, "the installer database (.msi, .msm, .pcp)")->required();
 }

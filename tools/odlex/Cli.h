@@ -40,6 +40,9 @@ class Commands {
                 std::function<int()> run);
   // The run of the command the words chose; null when none was.
   std::function<int()> chosen() const;
+  // `args` (the program name first) with a noun given alone followed by its default verb: a
+  // noun alone means its `list`, or its `show` when it has no list.
+  std::vector<std::string> withDefaultVerb(std::vector<std::string> args) const;
 
  private:
   CLI::App& app_;
@@ -59,6 +62,8 @@ void addRowsCommand(Commands& commands);
 void addSequenceCommands(Commands& commands);
 void addActionCommands(Commands& commands);
 void addModuleIdCommands(Commands& commands);
+// The manual and shell completion, made from the commands of `app`.
+void addManualCommands(Commands& commands, const CLI::App& app);
 
 std::unique_ptr<engine::Database> openPackage(const std::filesystem::path& path,
                                               engine::Database::OpenMode mode);

@@ -44,12 +44,17 @@ int main(int argc, char** argv) {
   odlex::cli::addSequenceCommands(commands);
   odlex::cli::addActionCommands(commands);
   odlex::cli::addModuleIdCommands(commands);
+  odlex::cli::addManualCommands(commands, app);
   std::vector<std::string> helpWords;
   CLI::App* help = app.add_subcommand("help", "show the use of a command and an example");
   help->add_option("COMMAND", helpWords, "the command (and verb) to explain");
 
+  std::vector<std::string> words = commands.withDefaultVerb({argv, argv + argc});
+  std::vector<char*> args;
+  for (std::string& word : words)
+    args.push_back(word.data());
   try {
-    app.parse(argc, argv);
+    app.parse(static_cast<int>(args.size()), args.data());
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0)
       return app.exit(error);
