@@ -1,5 +1,5 @@
 // `odlex import` builds packages msiinfo reads back as the imported files say: into a new
-// package, into a copy (-o) leaving the original alone, and replacing an existing table.
+// package, and into a copy (-o) leaving the original alone.
 // The fixtures are UTF-8 (msibuild reads nothing else); odlex is given them the way the
 // installer's own tool writes .idt files, in the package's code page with the code page on the
 // table line.
@@ -123,25 +123,6 @@ TEST_F(ImportCommand, WithOutputLeavesThePackageUntouched) {
                         kFixtureCodePage, table));
   }
   EXPECT_TRUE(sameStreams(reference.file, out));
-}
-
-TEST_F(ImportCommand, ReplacesAnExistingTable) {
-  const BuiltPackage& reference = testPackage(PackageKind::kIdt);
-  ASSERT_FALSE(reference.file.empty()) << reference.error;
-  auto package = dir_ / "edited.msi";
-  fs::copy_file(reference.file, package);
-  auto media = dir_ / "Media.idt";
-  writeFileBytes(media,
-                 "DiskId\tLastSequence\tDiskPrompt\tCabinet\tVolumeLabel\tSource\r\n"
-                 "i2\ti2\tL64\tS255\tS32\tS72\r\nMedia\tDiskId\r\n7\t4\t\tall.cab\t\t\r\n");
-
-  ProcessResult odlex = importInto(package, {media});
-  ASSERT_TRUE(odlex.ok()) << odlex.describe();
-  EXPECT_TRUE(sameIdt(readFileBytes(media), msiinfoExport(package, "Media").out, 0, "Media"));
-  EXPECT_TRUE(linesEqual(msiinfoPersistentTables(reference.file), msiinfoPersistentTables(package),
-                         "tables after import"));
-  EXPECT_TRUE(sameIdt(msiinfoExport(reference.file, "File").out, msiinfoExport(package, "File").out,
-                      kFixtureCodePage, "File"));
 }
 
 }  // namespace
