@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "common/IdtText.h"
 #include "common/Oracle.h"
 #include "common/TempDir.h"
 #include "msi/directory/AddPath.h"
@@ -88,16 +89,11 @@ MemoryDirectoryModel loadExport(const std::string& text) {
   MemoryDirectoryModel model;
   const auto lines = test::splitLines(text);
   for (std::size_t i = 3; i < lines.size(); ++i) {
-    std::vector<std::u16string> columns;
-    std::size_t start = 0;
-    for (std::size_t tab; (tab = lines[i].find('\t', start)) != std::string::npos;
-         start = tab + 1) {
-      columns.push_back(TalString::FromUtf8(lines[i].substr(start, tab - start)).u16());
-    }
-    columns.push_back(TalString::FromUtf8(lines[i].substr(start)).u16());
-    EXPECT_EQ(columns.size(), 3u) << lines[i];
-    if (columns.size() == 3) {
-      model.add({columns[0], columns[1], columns[2]});
+    const std::vector<std::string> cells = test::splitCells(lines[i]);
+    EXPECT_EQ(cells.size(), 3u) << lines[i];
+    if (cells.size() == 3) {
+      const auto u16 = [](const std::string& cell) { return TalString::FromUtf8(cell).u16(); };
+      model.add({u16(cells[0]), u16(cells[1]), u16(cells[2])});
     }
   }
   return model;
@@ -117,19 +113,16 @@ TEST(DirectoryOracleTest, PathsFollowTheNestingWixlWrote) {
 
   MemoryDirectoryModel model = loadExport(exported.out);
   ASSERT_EQ(model.size(), 8u);
+  const auto text = [](const Result<std::u16string>& result) {
+    return utf8(result ? result.value() : u"error: " + result.error());
+  };
   for (const Expected& e : kExpected) {
-    const auto target = targetPath(model, e.key, true, false, false);
-    ASSERT_TRUE(target) << utf8(target.error());
-    EXPECT_EQ(utf8(target.value()), utf8(e.target)) << utf8(e.key);
-    const auto source = sourcePath(model, e.key, true, false, false);
-    ASSERT_TRUE(source) << utf8(source.error());
-    EXPECT_EQ(utf8(source.value()), utf8(e.source)) << utf8(e.key);
+    SCOPED_TRACE(utf8(e.key));
+    EXPECT_EQ(text(targetPath(model, e.key, true, false, false)), utf8(e.target));
+    EXPECT_EQ(text(sourcePath(model, e.key, true, false, false)), utf8(e.source));
   }
-  for (const Expected& e : kExpected) {
-    const auto leaf = addTargetPath(model, e.target);
-    ASSERT_TRUE(leaf) << utf8(leaf.error());
-    EXPECT_EQ(utf8(leaf.value()), utf8(e.key));
-  }
+  for (const Expected& e : kExpected)
+    EXPECT_EQ(text(addTargetPath(model, e.target)), utf8(e.key));
   EXPECT_EQ(model.size(), 8u);
 }
 

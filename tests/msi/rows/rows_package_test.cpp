@@ -142,11 +142,9 @@ TEST_F(RowsEditTest, AddChangeDeleteAndReAddReachTheFile) {
     ASSERT_EQ(db.commit(), 0u);
   }
   const std::vector<std::string> rows = exported("Property");
-  EXPECT_NE(std::find(rows.begin(), rows.end(), "ProductName\tRenamed"), rows.end());
-  EXPECT_NE(std::find(rows.begin(), rows.end(), "NewProperty\tfresh"), rows.end());
-  EXPECT_NE(
-      std::find(rows.begin(), rows.end(), "ProductCode\t{00000000-0000-4000-8000-000000000000}"),
-      rows.end());
+  for (const char* row : {"ProductName\tRenamed", "NewProperty\tfresh",
+                          "ProductCode\t{00000000-0000-4000-8000-000000000000}"})
+    EXPECT_EQ(std::count(rows.begin(), rows.end(), row), 1) << row;
   EXPECT_EQ(std::count_if(rows.begin(), rows.end(),
                           [](const std::string& row) { return row.starts_with("ProductCode\t"); }),
             1);

@@ -113,6 +113,13 @@ class SystemTablesTest : public PackageCopyTest {
     reopen();
   }
 
+  // Every line of `expected` is one msiinfo prints for the package's summary information.
+  void expectSuminfoLines(const std::vector<std::string>& expected) {
+    const std::string printed = msiinfoSuminfo(package_).out;
+    for (const std::string& line : expected)
+      EXPECT_TRUE(contains(splitLines(printed), line)) << line << " not in:\n" << printed;
+  }
+
   template <typename Table>
   void load(Table& table) {
     table.SetDatabase(*db_);
@@ -311,17 +318,11 @@ TEST_F(SystemTablesTest, UpdatedSummaryReachesTheFile) {
   ASSERT_TRUE(summary.Persist()) << summary.GetLastError().ToUtf8();
   commitAndReopen();
 
-  const std::vector<std::string> lines = splitLines(msiinfoSuminfo(package_).out);
-  EXPECT_TRUE(contains(lines, "Title: New title"));
-  EXPECT_TRUE(contains(lines, "Subject: New subject"));
-  EXPECT_TRUE(contains(lines, "Author: New author"));
-  EXPECT_TRUE(contains(lines, "Comments: New comments"));
-  EXPECT_TRUE(contains(lines, "Template: x64;1033"));
-  EXPECT_TRUE(contains(lines, "Source: 1 (1)"));
-  EXPECT_TRUE(contains(lines, "Revision number (UUID): " + packageCode.ToUtf8()));
-  EXPECT_TRUE(contains(lines, "Last saved: Thu Feb 29 12:30:15 2024"))
-      << msiinfoSuminfo(package_).out;
-  EXPECT_TRUE(contains(lines, "Keywords: Installer")) << "other properties are kept";
+  // Keywords: other properties are kept.
+  expectSuminfoLines({"Title: New title", "Subject: New subject", "Author: New author",
+                      "Comments: New comments", "Template: x64;1033", "Source: 1 (1)",
+                      "Revision number (UUID): " + packageCode.ToUtf8(),
+                      "Last saved: Thu Feb 29 12:30:15 2024", "Keywords: Installer"});
 }
 
 TEST_F(SystemTablesTest, SummaryIsCreatedForADatabaseWithout) {
@@ -349,10 +350,7 @@ TEST_F(SystemTablesTest, SummaryIsCreatedForADatabaseWithout) {
   ASSERT_TRUE(summary.Persist()) << summary.GetLastError().ToUtf8();
   commitAndReopen();
 
-  const std::vector<std::string> lines = splitLines(msiinfoSuminfo(package_).out);
-  EXPECT_TRUE(contains(lines, "Title: T"));
-  EXPECT_TRUE(contains(lines, "Template: Arm64;"));
-  EXPECT_TRUE(contains(lines, "Source: 2 (2)"));
+  expectSuminfoLines({"Title: T", "Template: Arm64;", "Source: 2 (2)"});
 }
 
 TEST(SystemTables, TransformViewLivesInMemoryAndFindsByThreeKeys) {
