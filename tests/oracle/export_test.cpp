@@ -42,10 +42,7 @@ std::map<std::string, std::vector<std::string>> binaryCellsByRow(std::string_vie
       if (column < cells.size() && !cells[column].empty())
         cells[column] = "<binary>";
     }
-    std::string row;
-    for (const std::string& cell : cells)
-      row += cell + '\t';
-    cellsByRow[row] = values;
+    cellsByRow[joinCells(cells)] = values;
   }
   return cellsByRow;
 }

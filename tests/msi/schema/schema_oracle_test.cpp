@@ -63,18 +63,11 @@ std::map<std::string, WrittenTable> writtenTables() {
   return tables;
 }
 
-std::string joinTabs(const std::vector<std::string>& cells) {
-  std::string line;
-  for (const std::string& cell : cells)
-    line += (line.empty() ? "" : "\t") + cell;
-  return line;
-}
-
 // The three header lines of an .idt export of the table.
 std::vector<std::string> idtHeader(const std::string& name, const WrittenTable& table) {
   std::vector<std::string> keyLine = {name};
   keyLine.insert(keyLine.end(), table.keys.begin(), table.keys.end());
-  return {joinTabs(table.names), joinTabs(table.words), joinTabs(keyLine)};
+  return {test::joinCells(table.names), test::joinCells(table.words), test::joinCells(keyLine)};
 }
 
 std::vector<std::string> firstLines(const std::string& text, std::size_t count) {
@@ -206,7 +199,8 @@ std::vector<std::string> layoutDifferences(const std::string& name,
   const std::vector<std::string> names = test::splitCells(wixlHeader.at(0));
   const std::vector<std::string> words = test::splitCells(wixlHeader.at(1));
   if (names != ours.names) {
-    return {name + ": wixl columns " + joinTabs(names) + ", catalog " + joinTabs(ours.names)};
+    return {name + ": wixl columns " + test::joinCells(names) + ", catalog " +
+            test::joinCells(ours.names)};
   }
   std::vector<std::string> differences;
   for (std::size_t i = 0; i < names.size(); ++i) {
