@@ -1,7 +1,7 @@
-// Oracle check against wixl: a package with nested folders of long names is built by wixl, its
-// Directory table read back with msiinfo, and the paths this module computes must follow the
-// nesting of the .wxs; adding those paths again must find wixl's rows instead of making new
-// ones.
+// Oracle check against wixl: a package with nested folders of long names
+// (tests/oracle/fixtures/wixl/folders.wxs) is built by wixl, its Directory table read back with
+// msiinfo, and the paths this module computes must follow the nesting of the .wxs; adding those
+// paths again must find wixl's rows instead of making new ones.
 
 #include <gtest/gtest.h>
 
@@ -10,6 +10,7 @@
 
 #include "common/IdtText.h"
 #include "common/Oracle.h"
+#include "common/Packages.h"
 #include "common/TempDir.h"
 #include "msi/directory/AddPath.h"
 #include "msi/directory/DirectoryPath.h"
@@ -19,44 +20,6 @@ namespace odlex::directory {
 namespace {
 
 using test::runProcess;
-
-constexpr std::string_view kProduct = R"(<?xml version="1.0" encoding="utf-8"?>
-<Wix xmlns="http://schemas.microsoft.com/wix/2006/wi">
-  <Product Id="*" Name="Folders" Language="1033" Version="1.0.0" Manufacturer="Test"
-           UpgradeCode="12345678-1234-1234-1234-123456789012">
-    <Package InstallerVersion="200" Compressed="yes"/>
-    <Media Id="1" Cabinet="a.cab" EmbedCab="yes"/>
-    <Directory Id="TARGETDIR" Name="SourceDir">
-      <Directory Id="ProgramFilesFolder">
-        <Directory Id="VendorDir" Name="Vendor Name">
-          <Directory Id="AppDir" Name="Application Files">
-            <Directory Id="BinDir" Name="bin">
-              <Component Id="C1" Guid="11111111-1111-1111-1111-111111111111">
-                <File Id="F1" Source="one.txt"/>
-              </Component>
-            </Directory>
-            <Directory Id="DocDir" Name="Documentation.long.ext">
-              <Directory Id="DeepDir" Name="Very Long Nested Folder Name">
-                <Component Id="C2" Guid="22222222-2222-2222-2222-222222222222">
-                  <File Id="F2" Source="two.txt"/>
-                </Component>
-              </Directory>
-            </Directory>
-          </Directory>
-        </Directory>
-      </Directory>
-      <Directory Id="DataDir" Name="Shared Data">
-        <Component Id="C3" Guid="33333333-3333-3333-3333-333333333333">
-          <File Id="F3" Source="three.txt"/>
-        </Component>
-      </Directory>
-    </Directory>
-    <Feature Id="Main" Level="1">
-      <ComponentRef Id="C1"/><ComponentRef Id="C2"/><ComponentRef Id="C3"/>
-    </Feature>
-  </Product>
-</Wix>
-)";
 
 struct Expected {
   std::u16string key;
@@ -101,12 +64,12 @@ MemoryDirectoryModel loadExport(const std::string& text) {
 
 TEST(DirectoryOracleTest, PathsFollowTheNestingWixlWrote) {
   test::TempDir dir;
-  test::writeFileBytes(dir / "product.wxs", kProduct);
   for (const char* name : {"one.txt", "two.txt", "three.txt"}) {
     test::writeFileBytes(dir / name, name);
   }
-  const auto build =
-      runProcess({"wixl", "-o", (dir / "folders.msi").string(), "product.wxs"}, dir.path());
+  const auto build = runProcess({"wixl", "-o", (dir / "folders.msi").string(),
+                                 test::fixturePath("wixl/folders.wxs").string()},
+                                dir.path());
   ASSERT_TRUE(build.ok()) << build.describe();
   const auto exported = test::msiinfoExport(dir / "folders.msi", "Directory");
   ASSERT_TRUE(exported.ok()) << exported.describe();
