@@ -192,47 +192,5 @@ TEST_F(RowsEditTest, BinaryDataIsWrittenMovedAndRemovedWithItsRow) {
   EXPECT_EQ(exported("Binary").size(), 2u);
 }
 
-TEST_F(RowsEditTest, MadeRowsAndANewTableReachTheFile) {
-  {
-    MSIDatabase db(text(package_), MSIDatabase::ePersistDirect);
-    MSITComponent components;
-    components.SetDatabase(db);
-    ASSERT_TRUE(components.Populate());
-    MSIEComponent* made =
-        components.Add(u"{11111111-2222-4333-8444-555555555555}", u"TARGETDIR", false, false);
-    ASSERT_NE(made, nullptr);
-    EXPECT_EQ(components.Find(made->GetComponentID()), made);
-    ASSERT_TRUE(components.Persist());
-
-    MSISequenceEntry entry(u"LaunchConditions");
-    entry.SetSequence(NullableSignedShort(100));
-    MSITInstallExecuteSequence sequence;
-    sequence.SetDatabase(db);
-    ASSERT_TRUE(sequence.Populate());
-    ASSERT_NE(sequence.AddCopy(entry), nullptr);
-    ASSERT_TRUE(sequence.Persist());
-
-    MSITZrChangeLog log;  // the package has no such table: Persist creates it
-    log.SetDatabase(db);
-    ASSERT_TRUE(log.Populate());
-    log.Add(13, 7, u"Component added")->SetTable(u"Component");
-    ASSERT_TRUE(log.Persist()) << log.GetLastError().ToUtf8();
-    ASSERT_EQ(db.commit(), 0u);
-  }
-  const auto rows = exported("Component");
-  EXPECT_EQ(
-      std::count_if(rows.begin(), rows.end(),
-                    [](const std::string& row) {
-                      return row.find("\t{11111111-2222-4333-8444-555555555555}\tTARGETDIR\t0\t") !=
-                             std::string::npos;
-                    }),
-      1);
-  const auto sequence = exported("InstallExecuteSequence");
-  EXPECT_NE(std::find(sequence.begin(), sequence.end(), "LaunchConditions\t\t100"), sequence.end());
-  const auto log = exported("ZrChangeLog");
-  ASSERT_EQ(log.size(), 1u);
-  EXPECT_TRUE(log[0].starts_with("Entry00000001\t13\t7\tComponent added\tComponent\t")) << log[0];
-}
-
 }  // namespace
 }  // namespace odlex::test
