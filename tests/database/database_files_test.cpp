@@ -81,6 +81,7 @@ TEST_F(DatabaseFilesTest, RemovingADatabaseRemovesThatOne) {
   ASSERT_NE(&first, &second);
   ODLEXDatabase::RemoveDatabaseFromList(text(dir_ / "unknown.msi"), true);
   EXPECT_EQ(ODLEXDatabase::GetDatabaseList().entries(), 2u);
+  second.GetProperty().SetValue(u"ProductName", u"Unsaved");
   second.RemoveFromList(false);
   EXPECT_TRUE(isListed(first));
   EXPECT_EQ(ODLEXDatabase::GetDatabaseList().entries(), 1u);

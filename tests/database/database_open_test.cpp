@@ -32,16 +32,6 @@ TEST_F(DatabaseOpenTest, OutputFileOpenWritesOnlyTheOutput) {
   EXPECT_EQ(msiinfoRows(output, "AppSearch"), std::vector<std::string>{kSearchRow});
 }
 
-TEST_F(DatabaseOpenTest, OutputFileThatIsNotSavedIsRemoved) {
-  const fs::path output = file("out.msi");
-  ODLEXOpenType how(text(output).data());
-  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()), how);
-  addSearch(db);
-  ODLEXDatabase::RemoveDatabaseFromList(text(package()), false);
-  EXPECT_FALSE(fs::exists(output));
-  EXPECT_TRUE(fs::exists(package()));
-}
-
 TEST_F(DatabaseOpenTest, InPlaceDatabaseCannotCreateATransform) {
   ODLEXDatabase& db = openPackage();
   EXPECT_EQ(thrownCode([&] { db.SetCreatingTransform(true); }), Error::eCannotCreateTransform);
