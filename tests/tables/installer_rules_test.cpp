@@ -1,5 +1,4 @@
-// Table-family operations read the tables as the installer reads them: formatted text, program
-// identifiers registered under a parent's class, type libraries without a version, icons by
+// Table-family operations read the tables as the installer reads them: formatted text, icons by
 // source file, removed files, patch-creation wildcards, and merge-module identifiers.
 
 #include <functional>
@@ -11,8 +10,6 @@
 
 namespace odlex::test {
 namespace {
-
-constexpr const char16_t* kServer = u"{00000000-0000-0000-0000-00000000000A}";
 
 MSIEDirectory folder(const char16_t* key, const char16_t* parent, const char16_t* defaultDir) {
   MSIEDirectory row(key);
@@ -65,37 +62,6 @@ TEST_F(InstallerRulesTest, ExpandAnswersTheFormsThePackageHolds) {
     SCOPED_TRACE(TalString(text).ToUtf8());
     EXPECT_EQ(properties.Expand(text), expanded);
   }
-}
-
-TEST_F(InstallerRulesTest, AVersionIndependentProgIdHasItsParentsClass) {
-  addInstalledFile();
-  MSIEClass& server = addRow(db_->GetClass(), MSIEClass(kServer, u"LocalServer32", u"Main"));
-  ODLEXTProgId& progIds = db_->GetProgId();
-  const auto progId = [&](const char16_t* key, const char16_t* parent, const char16_t* clsid) {
-    MSIEProgId row(key);
-    row.SetProgIdParent(parent);
-    row.SetClass(clsid);
-    return &addRow(progIds, row);
-  };
-  progId(u"App.Doc.1", u"", kServer);
-  EXPECT_EQ(&progIds.GetClass(*progId(u"App.Doc", u"App.Doc.1", u"")), &server);
-  EXPECT_EQ(&progIds.GetClass(*progId(u"App.Doc.Older", u"App.Doc", u"")), &server);
-  for (const MSIEProgId* broken :
-       {progId(u"Loop.A", u"Loop.B", u""), progId(u"Loop.B", u"Loop.A", u""),
-        progId(u"Orphan", u"Missing", u"")}) {
-    expectErrorWithEntry([&] { progIds.GetClass(*broken); }, ODLEXDatabaseError::eClassNotFound,
-                         ODLEXTObject::eProgId, *broken);
-  }
-}
-
-TEST_F(InstallerRulesTest, TypeLibVersionsMayBeNull) {
-  ODLEXTTypeLib& typeLibs = db_->GetTypeLib();
-  MSIETypeLib& unversioned = addRow(typeLibs, MSIETypeLib(kServer, 1033, u"Main"));
-  EXPECT_TRUE(typeLibs.GetVersionNullable(unversioned).IsNull());
-  EXPECT_EQ(typeLibs.GetVersionString(unversioned), u"");
-  unversioned.SetVersion(NullableLong(ODLEXTTypeLib::kMaxVersion + 1));
-  EXPECT_EQ(thrownCode([&] { typeLibs.GetVersionString(unversioned); }),
-            ODLEXDatabaseError::eTypeLibVersionFailed);
 }
 
 TEST_F(InstallerRulesTest, IconsAreFoundByTheFileTheirDataCameFrom) {
