@@ -5,6 +5,7 @@
 #include <set>
 #include <vector>
 
+#include "common/RowText.h"
 #include "common/SmallPackage.h"
 #include "tables/TableTestSupport.h"
 
@@ -86,11 +87,8 @@ TEST_F(InstallerRulesTest, ARemovedFileStartsInItsComponentsFolderAtUninstall) {
   MSIERemoveFile row(u"Logs");
   row.SetFileName(u"*.log");
   db_->GetRemoveFile().init(row, main);
-  EXPECT_EQ(row.GetFileKey(), u"Logs");
-  EXPECT_EQ(row.GetFileName(), u"*.log");
-  EXPECT_EQ(row.GetComponent(), u"Main");
-  EXPECT_EQ(row.GetDirProperty(), u"INSTALLDIR");
-  EXPECT_EQ(row.GetInstallMode(), ODLEXTRemoveFile::eRemoveOnUninstall);
+  EXPECT_EQ(rowText(row), "Logs\tMain\t*.log\tINSTALLDIR\t" +
+                              std::to_string(ODLEXTRemoveFile::eRemoveOnUninstall));
 }
 
 TEST_F(InstallerRulesTest, FilesToIgnoreHonourTheWildcards) {

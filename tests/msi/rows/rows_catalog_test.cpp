@@ -11,6 +11,7 @@
 #include <string>
 
 #include "common/PathText.h"
+#include "common/RowText.h"
 #include "common/TempDir.h"
 #include "msi/engine/Database.h"
 #include "msi/schema/Schema.h"
@@ -134,16 +135,11 @@ TEST(RowsCatalog, TypedSettersRoundTrip) {
   ASSERT_TRUE(files.Populate());
   const MSIEFile* full = files.Find(u"Full");
   ASSERT_NE(full, nullptr);
-  EXPECT_EQ(full->GetComponent(), u"Comp");
-  EXPECT_EQ(full->GetFileName(), u"FULL~1.EXE|full name.exe");
-  EXPECT_EQ(full->GetFileSize(), 2147483647);
-  EXPECT_EQ(full->GetVersion(), u"1.2.3.4");
-  EXPECT_EQ(full->GetAttributes(), NullableSignedShort(-2));
-  EXPECT_EQ(full->GetSequence(), 32767);
+  EXPECT_EQ(rowText(*full),
+            "Full\tComp\tFULL~1.EXE|full name.exe\t2147483647\t1.2.3.4\t\t-2\t32767");
   const MSIEFile* sparse = files.Find(u"Sparse");
   ASSERT_NE(sparse, nullptr);
-  EXPECT_TRUE(sparse->GetAttributes().IsNull());
-  EXPECT_EQ(sparse->GetVersion(), u"");
+  EXPECT_EQ(rowText(*sparse), "Sparse\tComp\ts.txt\t0\t\t\t\t1");
   EXPECT_EQ(files.FindByFileSize(0), sparse);
 }
 

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "common/Oracle.h"
+#include "common/RowText.h"
 #include "common/TempDir.h"
 
 namespace odlex::test {
@@ -29,10 +30,8 @@ TEST(RowsMadeKeys, ComponentKeysSkipEveryHeldKeyAndFollowTheFlags) {
   MSIEComponent* first =
       components.Add(u"{11111111-2222-4333-8444-555555555555}", u"INSTALLDIR", false, false);
   ASSERT_NE(first, nullptr);
-  EXPECT_EQ(first->GetComponentID(), u"Component3");
-  EXPECT_EQ(first->GetComponentGUID(), u"{11111111-2222-4333-8444-555555555555}");
-  EXPECT_EQ(first->GetDirectoryID(), u"INSTALLDIR");
-  EXPECT_EQ(first->GetAttributes(), 0);
+  EXPECT_EQ(rowText(*first),
+            "Component3\t{11111111-2222-4333-8444-555555555555}\tINSTALLDIR\t0\t\t");
   EXPECT_EQ(components.Find(u"Component3"), first) << "made rows are the table's, and persist";
 
   MSIEComponent* second = components.Add(u"ignored", u"INSTALLDIR", true, true);

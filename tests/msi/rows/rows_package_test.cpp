@@ -16,6 +16,7 @@
 #include "common/PackageTest.h"
 #include "common/Packages.h"
 #include "common/PathText.h"
+#include "common/RowText.h"
 #include "common/TempDir.h"
 #include "msi/schema/Schema.h"
 
@@ -23,17 +24,6 @@ namespace odlex::test {
 namespace {
 
 namespace fs = std::filesystem;
-
-// A row as msiinfo exports it: the catalog's columns joined with tabs, null as empty.
-std::string exportLine(const MSIEntry& row) {
-  std::string line;
-  for (std::size_t i = 0; i < row.GetColumnCount(); ++i) {
-    MSIRecordColumn value;
-    row.GetColumn(TalString(std::u16string(row.GetSchema().columns[i].name)), value);
-    line += (i ? "\t" : "") + value.GetString().ToUtf8();
-  }
-  return line;
-}
 
 std::string catalogHeader(const schema::TableSchema& table) {
   std::string line;
@@ -73,7 +63,7 @@ TEST_P(RowsPackageTest, EveryTablePopulatesTheRowsMsiinfoExports) {
       continue;
     std::vector<std::string> ours;
     for (RWCollectable* row : table->GetTable())
-      ours.push_back(exportLine(*static_cast<MSIEntry*>(row)));
+      ours.push_back(rowText(*static_cast<MSIEntry*>(row)));
     std::sort(ours.begin(), ours.end());
     std::vector<std::string> theirs(lines.begin() + 3, lines.end());
     std::sort(theirs.begin(), theirs.end());
