@@ -50,19 +50,13 @@ bool contains(const std::vector<std::string>& lines, const std::string& line) {
   return std::find(lines.begin(), lines.end(), line) != lines.end();
 }
 
-// Opens a copy of the package of `kind`, ending the test when it was skipped or failed.
-#define ODLEX_OPEN(kind)                \
-  open(kind);                           \
-  if (IsSkipped() || HasFatalFailure()) \
-  return
-
 // A private copy of one test package, and the database opened on it for update.
 class SystemTablesTest : public PackageCopyTest {
  protected:
+  // Opens a copy of the package of `kind` (run under ASSERT_NO_FATAL_FAILURE).
   void open(PackageKind kind) {
-    copyPackage(kind);
-    if (!IsSkipped() && !HasFatalFailure())
-      reopen();
+    ASSERT_NO_FATAL_FAILURE(copyPackage(kind));
+    reopen();
   }
 
   // Commits and opens the file again.
@@ -113,7 +107,7 @@ class SystemTablesTest : public PackageCopyTest {
 };
 
 TEST_F(SystemTablesTest, TablesAndColumnsListTheDatabase) {
-  ODLEX_OPEN(PackageKind::kWixl);
+  ASSERT_NO_FATAL_FAILURE(open(PackageKind::kWixl));
   MSIT_Tables tables;
   load(tables);
   std::vector<std::string> expected = msiinfoPersistentTables(package_);
@@ -132,7 +126,7 @@ TEST_F(SystemTablesTest, TablesAndColumnsListTheDatabase) {
 }
 
 TEST_F(SystemTablesTest, TableRowsCreateAndDropTables) {
-  ODLEX_OPEN(PackageKind::kIdt);
+  ASSERT_NO_FATAL_FAILURE(open(PackageKind::kIdt));
   MSIT_Tables tables;
   load(tables);
   ASSERT_NE(tables.Add(u"NoSuchTable"), nullptr);
@@ -154,7 +148,7 @@ TEST_F(SystemTablesTest, TableRowsCreateAndDropTables) {
 }
 
 TEST_F(SystemTablesTest, StreamsAreAddedReplacedAndDeleted) {
-  ODLEX_OPEN(PackageKind::kIdt);
+  ASSERT_NO_FATAL_FAILURE(open(PackageKind::kIdt));
   MSIT_Streams streams;
   load(streams);
   EXPECT_TRUE(
@@ -196,7 +190,7 @@ TEST_F(SystemTablesTest, StreamsAreAddedReplacedAndDeleted) {
 }
 
 TEST_F(SystemTablesTest, StoragesTakeCompoundFilesOnly) {
-  ODLEX_OPEN(PackageKind::kIdt);
+  ASSERT_NO_FATAL_FAILURE(open(PackageKind::kIdt));
   MSIT_Storages storages;
   load(storages);
   EXPECT_TRUE(storages.GetTable().isEmpty());
@@ -227,7 +221,7 @@ TEST_F(SystemTablesTest, StoragesTakeCompoundFilesOnly) {
 }
 
 TEST_F(SystemTablesTest, SummaryInformationReadsAsMsiinfoShowsIt) {
-  ODLEX_OPEN(PackageKind::kWixl);
+  ASSERT_NO_FATAL_FAILURE(open(PackageKind::kWixl));
   MSIT_SummaryInformation summary;
   msidbSumInfoSourceType source{};
   MSIDatabase::ePlatform platform{};
@@ -267,7 +261,7 @@ TEST_F(SystemTablesTest, SummaryInformationReadsAsMsiinfoShowsIt) {
 }
 
 TEST_F(SystemTablesTest, UntouchedSummaryStaysByteExact) {
-  ODLEX_OPEN(PackageKind::kIdt);
+  ASSERT_NO_FATAL_FAILURE(open(PackageKind::kIdt));
   // Bytes after the property set that rewriting the stream would not keep.
   editSummaryStream([](std::vector<storage::CompoundNode>&, auto summary) {
     summary->data.insert(summary->data.end(), 16, 0xEE);
@@ -284,7 +278,7 @@ TEST_F(SystemTablesTest, UntouchedSummaryStaysByteExact) {
 }
 
 TEST_F(SystemTablesTest, UpdatedSummaryReachesTheFile) {
-  ODLEX_OPEN(PackageKind::kWixl);
+  ASSERT_NO_FATAL_FAILURE(open(PackageKind::kWixl));
   MSIT_SummaryInformation summary;
   ASSERT_TRUE(db_->UpdateSummaryInformation(summary, true, msidbSumInfoSourceTypeSFN,
                                             MSIDatabase::ePlatformX64, u"New title", u"New subject",
@@ -309,7 +303,7 @@ TEST_F(SystemTablesTest, UpdatedSummaryReachesTheFile) {
 }
 
 TEST_F(SystemTablesTest, SummaryIsCreatedForADatabaseWithout) {
-  ODLEX_OPEN(PackageKind::kIdt);
+  ASSERT_NO_FATAL_FAILURE(open(PackageKind::kIdt));
   // The same package without its summary information stream.
   editSummaryStream(
       [](std::vector<storage::CompoundNode>& children, auto summary) { children.erase(summary); });
