@@ -5,6 +5,7 @@
 #include <random>
 #include <string>
 
+#include "common/Mutate.h"
 #include "msi/query/Parser.h"
 
 namespace odlex::query {
@@ -131,27 +132,10 @@ TEST(QueryParser, SurvivesMutatedText) {
       u"SELECT DISTINCT `A`, T.B FROM T, U WHERE (A = 'x' OR B <> -3) AND C IS NOT NULL "
       u"ORDER BY A",
       u"select * from T where ((A>=?)) or B<=?"};
-  const char16_t alphabet[] = u"()'`?.,*=<>- \nAaSELCTFROMWHEISNUL019\xD800\xDC00";
+  const std::u16string alphabet = u"()'`?.,*=<>- \nAaSELCTFROMWHEISNUL019\xD800\xDC00";
   std::mt19937 random(12345);
   for (int round = 0; round < 5000; ++round) {
-    std::u16string text = seeds[round % 2];
-    for (int edits = random() % 6; edits >= 0; --edits) {
-      std::size_t at = random() % (text.size() + 1);
-      char16_t c = alphabet[random() % (std::size(alphabet) - 1)];
-      switch (random() % 3) {
-        case 0:
-          text.insert(text.begin() + at, c);
-          break;
-        case 1:
-          if (at < text.size())
-            text.erase(at, 1);
-          break;
-        default:
-          if (at < text.size())
-            text[at] = c;
-          break;
-      }
-    }
+    const std::u16string text = test::mutated(seeds[round % 2], alphabet, random, 6);
     SelectStatement statement;
     engine::Error error;
     if (!parseSelect(text, statement, error)) {
