@@ -27,13 +27,6 @@ std::vector<std::vector<std::string>> commandsOn(const fs::path& package, const 
           {"rows", p, "Property"}};
 }
 
-std::string joined(const std::vector<std::string>& args) {
-  std::string text;
-  for (const std::string& arg : args)
-    text += arg + ' ';
-  return text;
-}
-
 void expectUnopenable(const fs::path& package, const TempDir& dir, bool includeImport,
                       const std::string& code) {
   fs::path out = dir / "out";
@@ -46,8 +39,9 @@ void expectUnopenable(const fs::path& package, const TempDir& dir, bool includeI
   }
   for (const auto& args : commands) {
     ProcessResult odlex = runOdlex(args);
-    EXPECT_EQ(odlex.exitCode, 1) << joined(args) << ": " << odlex.describe();
-    EXPECT_NE(odlex.err.find(code), std::string::npos) << joined(args) << ": " << odlex.err;
+    EXPECT_EQ(odlex.exitCode, 1) << ::testing::PrintToString(args) << ": " << odlex.describe();
+    EXPECT_NE(odlex.err.find(code), std::string::npos)
+        << ::testing::PrintToString(args) << ": " << odlex.err;
   }
 }
 
