@@ -16,8 +16,6 @@
 namespace odlex::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 MSIBinary bytes(const std::string& data) {
   return MSIBinary(reinterpret_cast<const unsigned char*>(data.data()),
                    static_cast<unsigned long>(data.size()));

@@ -8,7 +8,6 @@
 #include <odlex/msi/MSIRows.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -17,13 +16,10 @@
 #include "common/Packages.h"
 #include "common/PathText.h"
 #include "common/RowText.h"
-#include "common/TempDir.h"
 #include "msi/schema/Schema.h"
 
 namespace odlex::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 std::string catalogHeader(const schema::TableSchema& table) {
   std::string line;
