@@ -54,21 +54,27 @@ std::optional<std::uint16_t> containerVersion(const std::filesystem::path& packa
   return reader->majorVersion();
 }
 
-std::optional<std::uint32_t> stringPoolHeader(const std::filesystem::path& package) {
+std::optional<std::vector<std::uint8_t>> rootStream(const std::filesystem::path& package,
+                                                    std::u16string_view storedName) {
   std::string error;
   auto reader = openContainer(package, error);
-  auto poolName = storage::encodeStreamName(u"_StringPool", true);
-  if (!reader || !poolName)
+  if (!reader)
     return std::nullopt;
   for (std::uint32_t child : reader->entries().at(0).children) {
-    if (reader->entries()[child].name != *poolName)
-      continue;
-    std::vector<std::uint8_t> pool;
-    if (!reader->readStream(child, pool, error) || pool.size() < 4)
-      return std::nullopt;
-    return pool[0] | pool[1] << 8 | pool[2] << 16 | static_cast<std::uint32_t>(pool[3]) << 24;
+    std::vector<std::uint8_t> bytes;
+    if (reader->entries()[child].name == storedName && reader->readStream(child, bytes, error))
+      return bytes;
   }
   return std::nullopt;
+}
+
+std::optional<std::uint32_t> stringPoolHeader(const std::filesystem::path& package) {
+  auto poolName = storage::encodeStreamName(u"_StringPool", true);
+  const auto pool = poolName ? rootStream(package, *poolName) : std::nullopt;
+  if (!pool || pool->size() < 4)
+    return std::nullopt;
+  const std::vector<std::uint8_t>& p = *pool;
+  return p[0] | p[1] << 8 | p[2] << 16 | static_cast<std::uint32_t>(p[3]) << 24;
 }
 
 }  // namespace odlex::test

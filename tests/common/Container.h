@@ -7,6 +7,8 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "storage/CompoundFile.h"
 
@@ -25,6 +27,11 @@ bool copyContainer(const std::filesystem::path& source, const std::filesystem::p
 
 // The container's major version (3 or 4).
 std::optional<std::uint16_t> containerVersion(const std::filesystem::path& package);
+
+// The bytes of the stream of the root storage stored under `storedName` (nullopt when there is
+// none).
+std::optional<std::vector<std::uint8_t>> rootStream(const std::filesystem::path& package,
+                                                    std::u16string_view storedName);
 
 // The first four bytes of the string pool stream, little-endian: the code page in the low
 // bits and 0x80000000 when string references are three bytes wide.

@@ -59,6 +59,8 @@ std::string codePageToUtf8(std::string_view text, std::uint32_t codePage) {
   return convert(text, iconvName(codePage), "UTF-8");
 }
 
+}  // namespace
+
 std::string joinCells(const std::vector<std::string>& cells) {
   std::string line;
   for (std::size_t i = 0; i < cells.size(); ++i) {
@@ -68,8 +70,6 @@ std::string joinCells(const std::vector<std::string>& cells) {
   }
   return line;
 }
-
-}  // namespace
 
 std::string inCodePage(std::string_view utf8Idt, std::uint32_t codePage) {
   bool ascii = std::all_of(utf8Idt.begin(), utf8Idt.end(),

@@ -43,7 +43,8 @@ std::uint32_t forcedCodePage(std::string_view forceCodepageExport);
 // Indexes of the binary columns named by an .idt type line ("s72\tv0" -> {1}).
 std::vector<std::size_t> binaryColumns(std::string_view typeLine);
 
-// One row's cells (split on tabs; an empty line is one empty cell).
+// One row's cells (split on tabs; an empty line is one empty cell), and back.
 std::vector<std::string> splitCells(std::string_view line);
+std::string joinCells(const std::vector<std::string>& cells);
 
 }  // namespace odlex::test

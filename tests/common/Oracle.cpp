@@ -3,102 +3,28 @@
 #include "common/TempDir.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
 #include <iterator>
-#include <sstream>
+#include <thread>
 
 extern char** environ;
 
 namespace odlex::test {
 namespace {
 
-// Both ends of a pipe, closed when the object goes away.
-class Pipe {
- public:
-  Pipe() {
-    if (pipe2(fds_, O_CLOEXEC) != 0)
-      fds_[0] = fds_[1] = -1;
-  }
-  ~Pipe() {
-    closeRead();
-    closeWrite();
-  }
-  Pipe(const Pipe&) = delete;
-  Pipe& operator=(const Pipe&) = delete;
-
-  bool valid() const { return fds_[0] >= 0; }
-  int readEnd() const { return fds_[0]; }
-  int writeEnd() const { return fds_[1]; }
-  void closeRead() { closeFd(fds_[0]); }
-  void closeWrite() { closeFd(fds_[1]); }
-
- private:
-  static void closeFd(int& fd) {
-    if (fd >= 0)
-      close(fd);
-    fd = -1;
-  }
-  int fds_[2] = {-1, -1};
-};
-
 ProcessResult startFailure(const std::string& why) {
   ProcessResult result;
   result.exitCode = 127;
   result.err = why;
   return result;
-}
-
-// Reads what is available on the pipes into the matching strings until both are closed or
-// the deadline passes. Returns false on timeout.
-bool drain(Pipe& out, Pipe& err, std::string& outText, std::string& errText,
-           std::chrono::steady_clock::time_point deadline) {
-  std::array<Pipe*, 2> pipes{&out, &err};
-  std::array<std::string*, 2> texts{&outText, &errText};
-  char buffer[65536];
-  while (out.readEnd() >= 0 || err.readEnd() >= 0) {
-    auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-        deadline - std::chrono::steady_clock::now());
-    if (left.count() <= 0)
-      return false;
-    std::array<pollfd, 2> polls{};
-    for (std::size_t i = 0; i < 2; ++i)
-      polls[i] = {pipes[i]->readEnd(), POLLIN, 0};
-    int ready = poll(polls.data(), polls.size(), static_cast<int>(left.count()));
-    if (ready < 0 && errno != EINTR)
-      return false;
-    for (std::size_t i = 0; i < 2; ++i) {
-      if (polls[i].fd < 0 || polls[i].revents == 0)
-        continue;
-      ssize_t n = read(polls[i].fd, buffer, sizeof buffer);
-      if (n > 0) {
-        texts[i]->append(buffer, static_cast<std::size_t>(n));
-      } else if (n == 0 || errno != EINTR) {
-        pipes[i]->closeRead();
-      }
-    }
-  }
-  return true;
-}
-
-bool onPath(const std::string& program) {
-  const char* path = std::getenv("PATH");
-  std::istringstream folders(path ? path : "");
-  std::string folder;
-  while (std::getline(folders, folder, ':')) {
-    if (!folder.empty() && access((std::filesystem::path(folder) / program).c_str(), X_OK) == 0)
-      return true;
-  }
-  return false;
 }
 
 }  // namespace
@@ -110,20 +36,20 @@ std::string ProcessResult::describe() const {
   return text;
 }
 
+// The child writes its output to files, read once it has ended, so that neither stream can
+// fill up and stall it.
 ProcessResult runProcess(const std::vector<std::string>& argv,
                          const std::filesystem::path& workingDirectory,
                          std::chrono::seconds timeout) {
   if (argv.empty())
     return startFailure("no program given");
-  Pipe out, err;
-  if (!out.valid() || !err.valid())
-    return startFailure("cannot create pipes");
-
+  const TempDir outputs;
+  const std::string out = (outputs / "out").string(), err = (outputs / "err").string();
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-  posix_spawn_file_actions_adddup2(&actions, out.writeEnd(), STDOUT_FILENO);
-  posix_spawn_file_actions_adddup2(&actions, err.writeEnd(), STDERR_FILENO);
+  posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, out.c_str(), O_WRONLY | O_CREAT, 0600);
+  posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, err.c_str(), O_WRONLY | O_CREAT, 0600);
   if (!workingDirectory.empty())
     posix_spawn_file_actions_addchdir_np(&actions, workingDirectory.c_str());
 
@@ -137,27 +63,22 @@ ProcessResult runProcess(const std::vector<std::string>& argv,
   posix_spawn_file_actions_destroy(&actions);
   if (spawned != 0)
     return startFailure("cannot start " + argv[0] + ": " + std::strerror(spawned));
-  out.closeWrite();
-  err.closeWrite();
 
   ProcessResult result;
-  auto deadline = std::chrono::steady_clock::now() + timeout;
-  if (!drain(out, err, result.out, result.err, deadline)) {
-    result.timedOut = true;
-    kill(pid, SIGKILL);
-  }
+  const auto deadline = std::chrono::steady_clock::now() + timeout;
   int status = 0;
-  while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+  pid_t ended = 0;
+  while ((ended = waitpid(pid, &status, WNOHANG)) != pid && (ended == 0 || errno == EINTR)) {
+    if (!result.timedOut && std::chrono::steady_clock::now() > deadline) {
+      result.timedOut = true;
+      kill(pid, SIGKILL);
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
-  result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  result.exitCode = ended == pid && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  result.out = readFileBytes(out);
+  result.err = readFileBytes(err);
   return result;
-}
-
-bool haveMsitools() {
-  return onPath("msiinfo") && onPath("msidump") && onPath("msibuild");
-}
-bool haveWixl() {
-  return onPath("wixl");
 }
 
 ProcessResult msiinfoExport(const std::filesystem::path& package, const std::string& table,

@@ -31,10 +31,6 @@ ProcessResult runProcess(const std::vector<std::string>& argv,
                          const std::filesystem::path& workingDirectory = {},
                          std::chrono::seconds timeout = std::chrono::seconds(300));
 
-// True when msiinfo, msidump and msibuild are all on PATH (wixl is checked separately).
-bool haveMsitools();
-bool haveWixl();
-
 // msiinfo export also writes the data of binary cells, into "<Table>/<stream>" under the
 // folder it runs in: `workingDirectory`, or a scratch folder of the test program.
 ProcessResult msiinfoExport(const std::filesystem::path& package, const std::string& table,

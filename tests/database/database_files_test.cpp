@@ -41,10 +41,12 @@ class DatabaseFilesTest : public ::testing::Test {
 
 TEST_F(DatabaseFilesTest, EverySpellingOfOneFileFindsOneDatabase) {
   ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(path_));
+  EXPECT_EQ(db.GetFilePath(), text(path_));
+  EXPECT_EQ(db.GetDatabasePath(), text(path_));
   std::filesystem::create_symlink(path_, dir_ / "link.msi");
   std::filesystem::create_hard_link(path_, dir_ / "hard.msi");
   for (const std::filesystem::path& spelling :
-       {std::filesystem::relative(path_), dir_ / "." / "p5.msi", dir_ / "link.msi",
+       {path_, std::filesystem::relative(path_), dir_ / "." / "p5.msi", dir_ / "link.msi",
         dir_ / "hard.msi"}) {
     SCOPED_TRACE(spelling.string());
     ODLEXOpenType onlyLooking;
@@ -56,6 +58,10 @@ TEST_F(DatabaseFilesTest, EverySpellingOfOneFileFindsOneDatabase) {
   // A name that differs only in case is another file, with a database of its own.
   const std::filesystem::path upper = dir_ / "P5.msi";
   EXPECT_FALSE(ODLEXDatabase::IsDatabaseFilePathLoaded(text(upper)));
+  ODLEXOpenType onlyLooking;
+  EXPECT_EQ(thrownCode([&] { ODLEXDatabase::GetDatabaseWithFilePath(text(upper), onlyLooking); }),
+            Error::eDatabaseNotOpen);
+  EXPECT_EQ(ODLEXDatabase::GetDatabaseList().entries(), 1u) << "looking opens nothing";
   writeSmallPackage(upper, "Upper", "upper payload");
   ODLEXDatabase& other = ODLEXDatabase::AddDatabaseToList(text(upper));
   ASSERT_NE(&other, &db);
@@ -73,12 +79,26 @@ TEST_F(DatabaseFilesTest, RemovingADatabaseRemovesThatOne) {
   ODLEXDatabase& first = ODLEXDatabase::AddDatabaseToList(text(path_), intoFirst);
   ODLEXDatabase& second = ODLEXDatabase::AddDatabaseToList(text(path_), intoSecond);
   ASSERT_NE(&first, &second);
+  ODLEXDatabase::RemoveDatabaseFromList(text(dir_ / "unknown.msi"), true);
+  EXPECT_EQ(ODLEXDatabase::GetDatabaseList().entries(), 2u);
+  second.GetProperty().SetValue(u"ProductName", u"Unsaved");
   second.RemoveFromList(false);
   EXPECT_TRUE(isListed(first));
   EXPECT_EQ(ODLEXDatabase::GetDatabaseList().entries(), 1u);
   EXPECT_EQ(payloadOf(first), "first payload");
   EXPECT_FALSE(std::filesystem::exists(dir_ / "out2.msi")) << "its working copy";
   EXPECT_TRUE(std::filesystem::exists(dir_ / "out1.msi"));
+}
+
+TEST_F(DatabaseFilesTest, FilesThatCannotBeOpenedOrCopiedAreNotListed) {
+  EXPECT_EQ(thrownCode([&] { ODLEXDatabase::AddDatabaseToList(text(dir_ / "missing.msi")); }),
+            Error::eDatabaseOpenFailed);
+  ODLEXOpenType intoMissingFolder(text(dir_ / "no/such/folder/out.msi").data());
+  DebugCapture debug;
+  EXPECT_EQ(thrownCode([&] { ODLEXDatabase::AddDatabaseToList(text(path_), intoMissingFolder); }),
+            Error::eDatabaseOpenFailed);
+  EXPECT_EQ(debug.lines, std::vector<std::string>{"ODLEX: Unable to copy file.\r\n"});
+  EXPECT_EQ(ODLEXDatabase::GetDatabaseList().entries(), 0u);
 }
 
 TEST_F(DatabaseFilesTest, AnOutputFileThatIsOpenOrTheSourceIsRefused) {
@@ -140,7 +160,11 @@ TEST_F(DatabaseFilesTest, AReadOnlyDatabaseIsNeverWrittenNorAFileNotMadeDeleted)
     ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package), readOnly);
     db.Rollback();
     EXPECT_TRUE(db.IsReadOnly());
+    EXPECT_EQ(thrownCode([&] { db.SetCreatingTransform(true); }), Error::eCannotCreateTransform);
+    db.SetModified(true);
     db.GetProperty().SetValue(u"ProductName", u"Edited");
+    EXPECT_FALSE(db.IsModified());
+    EXPECT_FALSE(db.GetInteriorModify());
     EXPECT_FALSE(db.SaveChanges());
     db.Close(true);
     db.RemoveFromList(true);

@@ -1,4 +1,5 @@
-// Opening read-only, into an output file, and the source files that must never be written.
+// Opening into an output file, the source files that must never be written, and the open types
+// that say how a file is opened.
 
 #include <odlex/msi/MSIRows.h>
 #include <odlex/msi/MSISystemTables.h>
@@ -16,21 +17,6 @@ using Error = ODLEXDatabaseError;
 
 class DatabaseOpenTest : public DatabaseTest {};
 
-TEST_F(DatabaseOpenTest, ReadOnlyDatabaseIsNeverModifiedNorWritten) {
-  const std::string before = readFileBytes(package());
-  ODLEXOpenType readOnly(MSIDatabase::ePersistReadOnly);
-  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()), readOnly);
-  EXPECT_TRUE(db.IsReadOnly());
-  db.SetModified(true);
-  addSearch(db);
-  EXPECT_FALSE(db.IsModified());
-  EXPECT_FALSE(db.GetInteriorModify());
-  EXPECT_EQ(thrownCode([&] { db.SetCreatingTransform(true); }), Error::eCannotCreateTransform);
-  db.SaveChanges();
-  ODLEXDatabase::RemoveDatabaseFromList(text(package()), true);
-  EXPECT_EQ(readFileBytes(package()), before);
-}
-
 TEST_F(DatabaseOpenTest, OutputFileOpenWritesOnlyTheOutput) {
   const std::string before = readFileBytes(package());
   const fs::path output = file("out.msi");
@@ -44,16 +30,6 @@ TEST_F(DatabaseOpenTest, OutputFileOpenWritesOnlyTheOutput) {
   ODLEXDatabase::RemoveDatabaseFromList(text(package()), true);
   EXPECT_EQ(readFileBytes(package()), before);
   EXPECT_EQ(msiinfoRows(output, "AppSearch"), std::vector<std::string>{kSearchRow});
-}
-
-TEST_F(DatabaseOpenTest, OutputFileThatIsNotSavedIsRemoved) {
-  const fs::path output = file("out.msi");
-  ODLEXOpenType how(text(output).data());
-  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()), how);
-  addSearch(db);
-  ODLEXDatabase::RemoveDatabaseFromList(text(package()), false);
-  EXPECT_FALSE(fs::exists(output));
-  EXPECT_TRUE(fs::exists(package()));
 }
 
 TEST_F(DatabaseOpenTest, InPlaceDatabaseCannotCreateATransform) {
@@ -102,6 +78,28 @@ TEST_F(DatabaseOpenTest, SourceWithASubStorageCannotBeOpenedIntoAnOutputFile) {
   ODLEXOpenType intoOutput(text(file("out.msi")).data());
   EXPECT_EQ(thrownCode([&] { db.SetDatabasePath(text(withStorage), intoOutput); }),
             Error::eStorageFileRefused);
+}
+
+TEST(OpenTypeTest, KindsAndTheirConversions) {
+  const ODLEXOpenType onlyLooking;
+  EXPECT_TRUE(onlyLooking.IsOnlyLooking());
+  EXPECT_EQ(static_cast<MSIDatabase::ePersistMode>(onlyLooking), MSIDatabase::ePersistReadOnly);
+  EXPECT_TRUE(TalString(onlyLooking).isNull());
+
+  const ODLEXOpenType inPlace(MSIDatabase::ePersistDirect);
+  EXPECT_TRUE(inPlace.IsEnum());
+  EXPECT_EQ(static_cast<MSIDatabase::ePersistMode>(inPlace), MSIDatabase::ePersistDirect);
+
+  ODLEXOpenType output(u"out.msi");
+  EXPECT_TRUE(output.IsFilePath());
+  EXPECT_EQ(static_cast<MSIDatabase::ePersistMode>(output), MSIDatabase::ePersistReadOnly);
+  EXPECT_EQ(TalString(output), u"out.msi");
+
+  const ODLEXOpenType copied = output;
+  output = inPlace;
+  EXPECT_TRUE(output.IsEnum());
+  EXPECT_TRUE(TalString(output).isNull());
+  EXPECT_EQ(TalString(copied), u"out.msi");
 }
 
 }  // namespace

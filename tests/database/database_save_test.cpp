@@ -5,6 +5,7 @@
 #include <odlex/support/RWFactory.h>
 #include <odlex/tables/ODLEXTables.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <vector>
 
@@ -38,10 +39,8 @@ TEST_F(DatabaseSaveTest, SavedChangesReachTheFileAndTheDatabaseStaysModifiedUnti
   EXPECT_EQ(msiinfoRows(package(), "AppSearch"), std::vector<std::string>{kSearchRow});
   db.Close(true);
   EXPECT_FALSE(db.IsModified());
-}
 
-TEST_F(DatabaseSaveTest, ExteriorChangesCountAsModifiedButAreNotInterior) {
-  ODLEXDatabase& db = openPackage();
+  // Changes outside the tables count as modified but are not interior ones.
   db.SetExteriorModify(true);
   EXPECT_TRUE(db.IsModified());
   EXPECT_FALSE(db.GetInteriorModify());
@@ -83,12 +82,10 @@ TEST_F(DatabaseSaveTest, ChangedProductInformationIsWrittenToThePropertyTable) {
   db.SetDatabaseInfo(info, nullptr);
   db.SaveChanges();
   const std::vector<std::string> rows = msiinfoRows(package(), "Property");
-  auto has = [&](const std::string& row) {
-    return std::find(rows.begin(), rows.end(), row) != rows.end();
-  };
-  EXPECT_TRUE(has("ProductName\tRenamed Product"));
-  EXPECT_TRUE(has("ARPNOREMOVE\t1"));
-  EXPECT_FALSE(has("Manufacturer\tOdlex Fixtures"));
+  for (const auto& [row, count] : {std::pair{"ProductName\tRenamed Product", 1},
+                                   {"ARPNOREMOVE\t1", 1},
+                                   {"Manufacturer\tOdlex Fixtures", 0}})
+    EXPECT_EQ(std::count(rows.begin(), rows.end(), row), count) << row;
 }
 
 TEST_F(DatabaseSaveTest, RollbackPutsTheWorkingFileBackAsFirstOpened) {
@@ -134,33 +131,26 @@ void registerClass(RWUserCreator creator) {
 
 class RelatedTablesTest : public DatabaseSaveTest {
  protected:
-  template <class Table>
-  static void recordTable() {
-    registerClass<Table>(&CreateDefault<RecordingTable<Table>>);
+  // Has the factory make the recording classes of the file-search tables (or the plain ones).
+  static void record(bool recording) {
+    registerClasses<ODLEXTAppSearch, ODLEXTCompLocator, ODLEXTRegLocator, ODLEXTDrLocator,
+                    ODLEXTIniLocator, ODLEXTSignature>(recording);
   }
-  template <class Table>
-  static void restoreTable() {
-    registerClass<Table>(&CreateDefault<Table>);
+  template <class... Tables>
+  static void registerClasses(bool recording) {
+    (registerClass<Tables>(recording ? &CreateDefault<RecordingTable<Tables>>
+                                     : &CreateDefault<Tables>),
+     ...);
   }
 
   void SetUp() override {
     DatabaseSaveTest::SetUp();
     persisted.clear();
-    recordTable<ODLEXTAppSearch>();
-    recordTable<ODLEXTCompLocator>();
-    recordTable<ODLEXTRegLocator>();
-    recordTable<ODLEXTDrLocator>();
-    recordTable<ODLEXTIniLocator>();
-    recordTable<ODLEXTSignature>();
+    record(true);
   }
   void TearDown() override {
     DatabaseSaveTest::TearDown();
-    restoreTable<ODLEXTAppSearch>();
-    restoreTable<ODLEXTCompLocator>();
-    restoreTable<ODLEXTRegLocator>();
-    restoreTable<ODLEXTDrLocator>();
-    restoreTable<ODLEXTIniLocator>();
-    restoreTable<ODLEXTSignature>();
+    record(false);
   }
 };
 

@@ -42,14 +42,6 @@ TEST_F(DatabaseTablesTest, EachTableTypeHasOneObjectLoadedOnDemand) {
             Error::eInternalFailure);
 }
 
-TEST_F(DatabaseTablesTest, ReloadReadsTheRowsAgain) {
-  ODLEXDatabase& db = openPackage();
-  addSearch(db);
-  db.Reload();
-  EXPECT_TRUE(db.GetAppSearch().IsLoaded());
-  EXPECT_EQ(db.GetAppSearch().GetEntries().entries(), 0u);
-}
-
 // Which tables a schema holds is decided in full by tableFitsSchema (checked against the
 // catalog below); a database goes by the schema it declares.
 TEST_F(DatabaseTablesTest, TablesOfNewerSchemasAreRefusedByOlderDatabases) {

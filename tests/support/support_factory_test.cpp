@@ -53,7 +53,7 @@ TEST(RWFactory, ReRegistrationReplacesAndUnknownIdsGiveNull) {
   EXPECT_EQ(factory.getFunction(7), &odlex::CreateDefault<Widget>);
 }
 
-TEST(RWFactory, RegistrationLastsAsLongAsTheRegistrar) {
+TEST(RWFactory, RegistrarsAndFreeFunctionsActOnTheProcessWideFactory) {
   RWFactory* factory = getRWFactory();
   ASSERT_NE(factory, nullptr);
   EXPECT_EQ(factory, getRWFactory());
@@ -65,9 +65,7 @@ TEST(RWFactory, RegistrationLastsAsLongAsTheRegistrar) {
   }
   EXPECT_EQ(factory->create(kWidgetID), nullptr);
   EXPECT_EQ(factory->classID("Widget"), RWUnknownClassID);
-}
 
-TEST(RWFactory, FreeFunctionsActOnTheProcessWideFactory) {
   rwAddToFactory(&odlex::CreateDefault<Widget>, 500, "W500");
   EXPECT_EQ(getRWFactory()->classID("W500"), 500);
   rwRemoveFromFactory(RWStringID("W500"));

@@ -16,16 +16,14 @@ std::vector<RWWString> AllTokens(const RWWString& text, const char16_t* delimite
   return tokens;
 }
 
-TEST(RWWTokenizer, SkipsRunsOfDelimitersAndEndsWithAnEmptyToken) {
+TEST(RWWTokenizer, SkipsRunsOfDelimitersAndKeepsEndingWithAnEmptyToken) {
   EXPECT_EQ(AllTokens(u"a;;b", u";"), (std::vector<RWWString>{u"a", u"b"}));
   EXPECT_EQ(AllTokens(u";;first.msi;second.msi;", u";"),
             (std::vector<RWWString>{u"first.msi", u"second.msi"}));
   EXPECT_TRUE(AllTokens(u"", u";").empty());
   EXPECT_TRUE(AllTokens(u";;;", u";").empty());
   EXPECT_EQ(AllTokens(u"a,b;c", u",;"), (std::vector<RWWString>{u"a", u"b", u"c"}));
-}
 
-TEST(RWWTokenizer, KeepsReturningEmptyAfterTheEnd) {
   RWWTokenizer next(u"only");
   EXPECT_EQ(next(u";"), u"only");
   EXPECT_TRUE(next(u";").isNull());

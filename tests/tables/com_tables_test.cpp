@@ -80,18 +80,28 @@ TEST_F(ComTablesTest, RowsOfAComponentLeaveOutDeletedRows) {
   EXPECT_EQ(itemsOf(found), (std::set<RWCollectable*>{&typeLib, &txt}));
 }
 
-TEST_F(ComTablesTest, ProgIdFollowsItsClassAndIcon) {
+// A version-independent ProgId (one with a parent) has its parent's class.
+TEST_F(ComTablesTest, ProgIdFollowsItsClassOrParentAndIcon) {
   ODLEXDatabase& db = openPackage();
   MSIEClass& server = addRow(db.GetClass(), MSIEClass(kServer, u"LocalServer32", u"MainExe"));
   MSIEIcon& icon = addRow(db.GetIcon(), MSIEIcon(u"AppIcon"));
   ODLEXTProgId& progIds = db.GetProgId();
-  MSIEProgId& complete = addRow(progIds, progIdOf(u"Odlex.Document", kServer, u"AppIcon"));
-  MSIEProgId& bare = addRow(progIds, progIdOf(u"Odlex.Bare", u"", u""));
-  MSIEProgId& dangling = addRow(progIds, progIdOf(u"Odlex.Gone", kOtherServer, u"GoneIcon"));
-
+  const auto progId = [&](const char16_t* key, const char16_t* parent, const TalString& clsid,
+                          const char16_t* icon) -> MSIEProgId& {
+    MSIEProgId row = progIdOf(key, clsid, icon);
+    row.SetProgIdParent(parent);
+    return addRow(progIds, row);
+  };
+  MSIEProgId& complete = progId(u"Odlex.Document.1", u"", kServer, u"AppIcon");
   EXPECT_EQ(&progIds.GetClass(complete), &server);
   EXPECT_EQ(&progIds.GetIcon(complete), &icon);
-  for (MSIEProgId* row : {&bare, &dangling}) {
+  EXPECT_EQ(&progIds.GetClass(progId(u"Odlex.Document", u"Odlex.Document.1", u"", u"")), &server);
+  EXPECT_EQ(&progIds.GetClass(progId(u"Odlex.Older", u"Odlex.Document", u"", u"")), &server);
+  for (MSIEProgId* row :
+       {&progId(u"Odlex.Bare", u"", u"", u""),
+        &progId(u"Odlex.Gone", u"", kOtherServer, u"GoneIcon"),
+        &progId(u"Loop.A", u"Loop.B", u"", u""), &progId(u"Loop.B", u"Loop.A", u"", u""),
+        &progId(u"Orphan", u"Missing", u"", u"")}) {
     expectErrorWithEntry([&] { progIds.GetClass(*row); }, ODLEXDatabaseError::eClassNotFound,
                          ODLEXTObject::eProgId, *row);
     expectErrorWithEntry([&] { progIds.GetIcon(*row); }, ODLEXDatabaseError::eIconNotFound,
@@ -110,7 +120,12 @@ TEST_F(ComTablesTest, TypeLibVersionIsMajorAboveTheLowByteAndMinorInIt) {
   EXPECT_EQ(typeLibs.GetVersionString(wide), TalString(u"266.15"));
   EXPECT_EQ(typeLibs.GetVersionString(largest), TalString(u"65535.255"));
 
-  for (const NullableLong& unreadable : {NullableLong(-1), NullableLong(0x1000000)}) {
+  // A version may be null.
+  MSIETypeLib& unversioned = addRow(typeLibs, MSIETypeLib(kOtherServer, 1033, u"MainExe"));
+  EXPECT_TRUE(typeLibs.GetVersionNullable(unversioned).IsNull());
+  EXPECT_EQ(typeLibs.GetVersionString(unversioned), u"");
+  for (const NullableLong& unreadable :
+       {NullableLong(-1), NullableLong(ODLEXTTypeLib::kMaxVersion + 1)}) {
     MSIETypeLib row = typeLibOf(u"Helpers", unreadable);
     EXPECT_EQ(thrownCode([&] { typeLibs.GetVersionNullable(row); }), 8);
     EXPECT_EQ(thrownCode([&] { typeLibs.GetVersionString(row); }), 8);

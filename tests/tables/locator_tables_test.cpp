@@ -47,54 +47,38 @@ TEST_F(LocatorTablesTest, RowsBySignatureOrCode24) {
   expectLookups(lookups);
 }
 
-TEST_F(LocatorTablesTest, AppSearchFollowsItsSignatureIntoEachTable) {
+// AppSearch and CCPSearch rows follow their signature into the five tables alike.
+TEST_F(LocatorTablesTest, SearchesFollowTheirSignatureIntoEachTable) {
   ODLEXDatabase& db = openPackage();
   MSIESignature& signature = addRow(db.GetSignature(), MSIESignature(u"AppExe"));
   MSIERegLocator& reg = addRow(db.GetRegLocator(), MSIERegLocator(u"AppExe"));
   MSIEDrLocator& dir = addRow(db.GetDrLocator(), drLocatorOf(u"AppExe", u"C:\\A"));
-  ODLEXTAppSearch& searches = db.GetAppSearch();
-  MSIEAppSearch& search = addRow(searches, MSIEAppSearch(u"APPEXE", u"AppExe"));
-
-  EXPECT_EQ(&searches.GetSignature(search), &signature);
-  EXPECT_EQ(&searches.GetRegLocator(search), &reg);
-  EXPECT_EQ(&searches.GetDrLocator(search), &dir);
-  EXPECT_TRUE(searches.HasSignature(search));
-  EXPECT_TRUE(searches.HasRegLocator(search));
-  EXPECT_TRUE(searches.HasDrLocator(search));
-  EXPECT_FALSE(searches.HasIniLocator(search));
-  EXPECT_FALSE(searches.HasCompLocator(search));
-  EXPECT_EQ(searches.GetSignatureTypes(search),
-            eSignatureInSignature | eSignatureInRegLocator | eSignatureInDrLocator);
-  expectErrorWithEntry([&] { searches.GetIniLocator(search); },
-                       ODLEXDatabaseError::eSignatureNotFound, ODLEXTObject::eAppSearch, search);
-  expectErrorWithEntry([&] { searches.GetCompLocator(search); },
-                       ODLEXDatabaseError::eSignatureNotFound, ODLEXTObject::eAppSearch, search);
+  ODLEXTAppSearch& appSearches = db.GetAppSearch();
+  MSIEAppSearch& search = addRow(appSearches, MSIEAppSearch(u"APPEXE", u"AppExe"));
+  ODLEXTCCPSearch& ccpSearches = db.GetCCPSearch();
+  MSIECCPSearch& ccp = addRow(ccpSearches, MSIECCPSearch(u"AppExe"));
+  const auto expectFound = [&](auto& searches, const auto& row, ODLEXTObject::typeID type) {
+    EXPECT_EQ(&searches.GetSignature(row), &signature);
+    EXPECT_EQ(&searches.GetRegLocator(row), &reg);
+    EXPECT_EQ(&searches.GetDrLocator(row), &dir);
+    EXPECT_EQ(searches.GetSignatureTypes(row),
+              eSignatureInSignature | eSignatureInRegLocator | eSignatureInDrLocator);
+    expectErrorWithEntry([&] { searches.GetIniLocator(row); },
+                         ODLEXDatabaseError::eSignatureNotFound, type, row);
+    expectErrorWithEntry([&] { searches.GetCompLocator(row); },
+                         ODLEXDatabaseError::eSignatureNotFound, type, row);
+  };
+  expectFound(appSearches, search, ODLEXTObject::eAppSearch);
+  expectFound(ccpSearches, ccp, ODLEXTObject::eCCPSearch);
 
   db.GetSignature().Delete(signature);
   db.GetDrLocator().Delete(dir);
-  EXPECT_FALSE(searches.HasSignature(search));
-  EXPECT_EQ(searches.GetSignatureTypes(search), eSignatureInRegLocator);
-  expectErrorWithEntry([&] { searches.GetSignature(search); },
+  EXPECT_FALSE(appSearches.HasSignature(search));
+  EXPECT_EQ(appSearches.GetSignatureTypes(search), eSignatureInRegLocator);
+  expectErrorWithEntry([&] { appSearches.GetSignature(search); },
                        ODLEXDatabaseError::eSignatureNotFound, ODLEXTObject::eAppSearch, search);
-}
-
-TEST_F(LocatorTablesTest, CCPSearchFollowsItsSignatureIntoEachTable) {
-  ODLEXDatabase& db = openPackage();
-  MSIEIniLocator& ini = addRow(db.GetIniLocator(), MSIEIniLocator(u"OldProduct"));
-  MSIECompLocator& comp = addRow(db.GetCompLocator(), MSIECompLocator(u"OldProduct"));
-  ODLEXTCCPSearch& searches = db.GetCCPSearch();
-  MSIECCPSearch& search = addRow(searches, MSIECCPSearch(u"OldProduct"));
-  MSIECCPSearch& unknown = addRow(searches, MSIECCPSearch(u"Nowhere"));
-
-  EXPECT_EQ(&searches.GetIniLocator(search), &ini);
-  EXPECT_EQ(&searches.GetCompLocator(search), &comp);
-  EXPECT_EQ(searches.GetSignatureTypes(search), eSignatureInIniLocator | eSignatureInCompLocator);
-  EXPECT_EQ(searches.GetSignatureTypes(unknown), eNoSignatureType);
-  EXPECT_FALSE(searches.HasRegLocator(unknown));
-  expectErrorWithEntry([&] { searches.GetRegLocator(unknown); },
-                       ODLEXDatabaseError::eSignatureNotFound, ODLEXTObject::eCCPSearch, unknown);
-  expectErrorWithEntry([&] { searches.GetDrLocator(unknown); },
-                       ODLEXDatabaseError::eSignatureNotFound, ODLEXTObject::eCCPSearch, unknown);
+  EXPECT_EQ(ccpSearches.GetSignatureTypes(addRow(ccpSearches, MSIECCPSearch(u"Nowhere"))),
+            eNoSignatureType);
 }
 
 }  // namespace

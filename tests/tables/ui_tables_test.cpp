@@ -8,11 +8,6 @@ namespace {
 
 class UITablesTest : public DatabaseTest {};
 
-MSIEControlEvent eventOf(const char16_t* dialog, const char16_t* control, const char16_t* event,
-                         const char16_t* argument, const char16_t* condition) {
-  return MSIEControlEvent(dialog, control, event, argument, condition);
-}
-
 MSIERadioButton buttonOf(const char16_t* property, short order) {
   MSIERadioButton row(property, order);
   row.SetValue(TalString::FromInt(order));
@@ -23,14 +18,14 @@ TEST_F(UITablesTest, EventsOfAControlWithOneArgumentAndOfADialog) {
   ODLEXDatabase& db = openPackage();
   ODLEXTControlEvent& events = db.GetControlEvent();
   MSIEControlEvent& toLicense =
-      addRow(events, eventOf(u"Welcome", u"Next", u"NewDialog", u"License", u"1"));
+      addRow(events, MSIEControlEvent(u"Welcome", u"Next", u"NewDialog", u"License", u"1"));
   MSIEControlEvent& toLicenseAgain =
-      addRow(events, eventOf(u"Welcome", u"Next", u"NewDialog", u"License", u"Accepted"));
+      addRow(events, MSIEControlEvent(u"Welcome", u"Next", u"NewDialog", u"License", u"Accepted"));
   MSIEControlEvent& toSetup =
-      addRow(events, eventOf(u"Welcome", u"Next", u"NewDialog", u"Setup", u"Custom"));
+      addRow(events, MSIEControlEvent(u"Welcome", u"Next", u"NewDialog", u"Setup", u"Custom"));
   MSIEControlEvent& cancel =
-      addRow(events, eventOf(u"Welcome", u"Cancel", u"SpawnDialog", u"License", u"1"));
-  addRow(events, eventOf(u"License", u"Back", u"NewDialog", u"Welcome", u"1"));
+      addRow(events, MSIEControlEvent(u"Welcome", u"Cancel", u"SpawnDialog", u"License", u"1"));
+  addRow(events, MSIEControlEvent(u"License", u"Back", u"NewDialog", u"Welcome", u"1"));
   events.Delete(toLicenseAgain);
 
   RWBTree ofNext;

@@ -1,14 +1,16 @@
-// Oracle check against wixl: a package with nested folders of long names is built by wixl, its
-// Directory table read back with msiinfo, and the paths this module computes must follow the
-// nesting of the .wxs; adding those paths again must find wixl's rows instead of making new
-// ones.
+// Oracle check against wixl: a package with nested folders of long names
+// (tests/oracle/fixtures/wixl/folders.wxs) is built by wixl, its Directory table read back with
+// msiinfo, and the paths this module computes must follow the nesting of the .wxs; adding those
+// paths again must find wixl's rows instead of making new ones.
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
+#include "common/IdtText.h"
 #include "common/Oracle.h"
+#include "common/Packages.h"
 #include "common/TempDir.h"
 #include "msi/directory/AddPath.h"
 #include "msi/directory/DirectoryPath.h"
@@ -18,44 +20,6 @@ namespace odlex::directory {
 namespace {
 
 using test::runProcess;
-
-constexpr std::string_view kProduct = R"(<?xml version="1.0" encoding="utf-8"?>
-<Wix xmlns="http://schemas.microsoft.com/wix/2006/wi">
-  <Product Id="*" Name="Folders" Language="1033" Version="1.0.0" Manufacturer="Test"
-           UpgradeCode="12345678-1234-1234-1234-123456789012">
-    <Package InstallerVersion="200" Compressed="yes"/>
-    <Media Id="1" Cabinet="a.cab" EmbedCab="yes"/>
-    <Directory Id="TARGETDIR" Name="SourceDir">
-      <Directory Id="ProgramFilesFolder">
-        <Directory Id="VendorDir" Name="Vendor Name">
-          <Directory Id="AppDir" Name="Application Files">
-            <Directory Id="BinDir" Name="bin">
-              <Component Id="C1" Guid="11111111-1111-1111-1111-111111111111">
-                <File Id="F1" Source="one.txt"/>
-              </Component>
-            </Directory>
-            <Directory Id="DocDir" Name="Documentation.long.ext">
-              <Directory Id="DeepDir" Name="Very Long Nested Folder Name">
-                <Component Id="C2" Guid="22222222-2222-2222-2222-222222222222">
-                  <File Id="F2" Source="two.txt"/>
-                </Component>
-              </Directory>
-            </Directory>
-          </Directory>
-        </Directory>
-      </Directory>
-      <Directory Id="DataDir" Name="Shared Data">
-        <Component Id="C3" Guid="33333333-3333-3333-3333-333333333333">
-          <File Id="F3" Source="three.txt"/>
-        </Component>
-      </Directory>
-    </Directory>
-    <Feature Id="Main" Level="1">
-      <ComponentRef Id="C1"/><ComponentRef Id="C2"/><ComponentRef Id="C3"/>
-    </Feature>
-  </Product>
-</Wix>
-)";
 
 struct Expected {
   std::u16string key;
@@ -88,16 +52,11 @@ MemoryDirectoryModel loadExport(const std::string& text) {
   MemoryDirectoryModel model;
   const auto lines = test::splitLines(text);
   for (std::size_t i = 3; i < lines.size(); ++i) {
-    std::vector<std::u16string> columns;
-    std::size_t start = 0;
-    for (std::size_t tab; (tab = lines[i].find('\t', start)) != std::string::npos;
-         start = tab + 1) {
-      columns.push_back(TalString::FromUtf8(lines[i].substr(start, tab - start)).u16());
-    }
-    columns.push_back(TalString::FromUtf8(lines[i].substr(start)).u16());
-    EXPECT_EQ(columns.size(), 3u) << lines[i];
-    if (columns.size() == 3) {
-      model.add({columns[0], columns[1], columns[2]});
+    const std::vector<std::string> cells = test::splitCells(lines[i]);
+    EXPECT_EQ(cells.size(), 3u) << lines[i];
+    if (cells.size() == 3) {
+      const auto u16 = [](const std::string& cell) { return TalString::FromUtf8(cell).u16(); };
+      model.add({u16(cells[0]), u16(cells[1]), u16(cells[2])});
     }
   }
   return model;
@@ -105,31 +64,28 @@ MemoryDirectoryModel loadExport(const std::string& text) {
 
 TEST(DirectoryOracleTest, PathsFollowTheNestingWixlWrote) {
   test::TempDir dir;
-  test::writeFileBytes(dir / "product.wxs", kProduct);
   for (const char* name : {"one.txt", "two.txt", "three.txt"}) {
     test::writeFileBytes(dir / name, name);
   }
-  const auto build =
-      runProcess({"wixl", "-o", (dir / "folders.msi").string(), "product.wxs"}, dir.path());
+  const auto build = runProcess({"wixl", "-o", (dir / "folders.msi").string(),
+                                 test::fixturePath("wixl/folders.wxs").string()},
+                                dir.path());
   ASSERT_TRUE(build.ok()) << build.describe();
   const auto exported = test::msiinfoExport(dir / "folders.msi", "Directory");
   ASSERT_TRUE(exported.ok()) << exported.describe();
 
   MemoryDirectoryModel model = loadExport(exported.out);
   ASSERT_EQ(model.size(), 8u);
+  const auto text = [](const Result<std::u16string>& result) {
+    return utf8(result ? result.value() : u"error: " + result.error());
+  };
   for (const Expected& e : kExpected) {
-    const auto target = targetPath(model, e.key, true, false, false);
-    ASSERT_TRUE(target) << utf8(target.error());
-    EXPECT_EQ(utf8(target.value()), utf8(e.target)) << utf8(e.key);
-    const auto source = sourcePath(model, e.key, true, false, false);
-    ASSERT_TRUE(source) << utf8(source.error());
-    EXPECT_EQ(utf8(source.value()), utf8(e.source)) << utf8(e.key);
+    SCOPED_TRACE(utf8(e.key));
+    EXPECT_EQ(text(targetPath(model, e.key, true, false, false)), utf8(e.target));
+    EXPECT_EQ(text(sourcePath(model, e.key, true, false, false)), utf8(e.source));
   }
-  for (const Expected& e : kExpected) {
-    const auto leaf = addTargetPath(model, e.target);
-    ASSERT_TRUE(leaf) << utf8(leaf.error());
-    EXPECT_EQ(utf8(leaf.value()), utf8(e.key));
-  }
+  for (const Expected& e : kExpected)
+    EXPECT_EQ(text(addTargetPath(model, e.target)), utf8(e.key));
   EXPECT_EQ(model.size(), 8u);
 }
 

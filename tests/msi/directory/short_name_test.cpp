@@ -28,32 +28,31 @@ TEST(ShortNameTest, RecognisesValidShortNames) {
   }
 }
 
-TEST(ShortNameTest, ValidShortNamesStayAsWritten) {
-  EXPECT_EQ(shortFor(u"bin"), u"bin");
-  EXPECT_EQ(shortFor(u"Data.v2"), u"Data.v2");
-}
-
+// Names that already are short stay as written.
 TEST(ShortNameTest, MakesWindowsStyleNames) {
-  EXPECT_EQ(shortFor(u"Vendor Name"), u"VENDOR~1");
-  EXPECT_EQ(shortFor(u"Application"), u"APPLIC~1");
-  EXPECT_EQ(shortFor(u"my app"), u"MYAPP~1");
-  EXPECT_EQ(shortFor(u"Release.Notes.text"), u"RELEAS~1.TEX");
-  EXPECT_EQ(shortFor(u".config"), u"CONFIG~1");
-  EXPECT_EQ(shortFor(u"a+b,c;d=e[f]"), u"A_B_C_~1");
-  EXPECT_EQ(shortFor(u"caf\u00e9 cr\u00e8me"), u"CAF_CR~1");
-  EXPECT_EQ(shortFor(u"..."), u"_~1");
+  const std::pair<std::u16string_view, std::u16string_view> cases[] = {
+      {u"bin", u"bin"},
+      {u"Data.v2", u"Data.v2"},
+      {u"Vendor Name", u"VENDOR~1"},
+      {u"Application", u"APPLIC~1"},
+      {u"my app", u"MYAPP~1"},
+      {u"Release.Notes.text", u"RELEAS~1.TEX"},
+      {u".config", u"CONFIG~1"},
+      {u"a+b,c;d=e[f]", u"A_B_C_~1"},
+      {u"caf\u00e9 cr\u00e8me", u"CAF_CR~1"},
+      {u"...", u"_~1"},
+  };
+  for (const auto& [longName, expected] : cases)
+    EXPECT_EQ(shortFor(longName), expected) << TalString(std::u16string(longName)).ToUtf8();
 }
 
-TEST(ShortNameTest, CountsUpPastTakenNames) {
+TEST(ShortNameTest, CountsUpPastTakenNamesAndGivesUpWhenEveryNumberIsTaken) {
   EXPECT_EQ(shortFor(u"Vendor Name", {u"VENDOR~1"}), u"VENDOR~2");
   std::set<std::u16string> taken;
   for (int n = 1; n <= 9; ++n) {
     taken.insert(u"VENDOR~" + std::u16string(1, static_cast<char16_t>(u'0' + n)));
   }
   EXPECT_EQ(shortFor(u"Vendor Name", taken), u"VENDO~10");
-}
-
-TEST(ShortNameTest, GivesUpWhenEveryNumberIsTaken) {
   EXPECT_FALSE(makeShortName(u"Vendor Name", [](std::u16string_view) { return true; }));
 }
 

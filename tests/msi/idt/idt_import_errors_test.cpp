@@ -6,6 +6,7 @@
 
 #include <random>
 
+#include "common/Mutate.h"
 #include "msi/engine/Database.h"
 #include "msi/idt/Idt.h"
 #include "storage/MemoryFileSystem.h"
@@ -189,23 +190,7 @@ TEST_F(IdtImportErrors, MutatedFilesNeverCrash) {
       22);
   std::mt19937 random(12345);
   for (int round = 0; round < 3000; ++round) {
-    std::string text = valid;
-    const int edits = 1 + static_cast<int>(random() % 4);
-    for (int e = 0; e < edits; ++e) {
-      const std::size_t at = random() % (text.size() + 1);
-      switch (random() % 3) {
-        case 0:
-          text.insert(at, 1, alphabet[random() % alphabet.size()]);
-          break;
-        case 1:
-          if (at < text.size())
-            text.erase(at, 1);
-          break;
-        default:
-          if (at < text.size())
-            text[at] = alphabet[random() % alphabet.size()];
-      }
-    }
+    const std::string text = test::mutated(valid, alphabet, random, 4);
     engine::Error error;
     auto db = Database::open(fs_, "y.msi", Database::OpenMode::kCreate, error);
     put("pkg/M.idt", text);

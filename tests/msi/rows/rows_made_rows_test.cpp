@@ -10,12 +10,11 @@
 #include <string>
 
 #include "common/Oracle.h"
+#include "common/RowText.h"
 #include "common/TempDir.h"
 
 namespace odlex::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 MSIBinary bytes(const std::string& data) {
   return MSIBinary(reinterpret_cast<const unsigned char*>(data.data()),
@@ -29,19 +28,16 @@ TEST(RowsMadeKeys, ComponentKeysSkipEveryHeldKeyAndFollowTheFlags) {
   MSIEComponent* first =
       components.Add(u"{11111111-2222-4333-8444-555555555555}", u"INSTALLDIR", false, false);
   ASSERT_NE(first, nullptr);
-  EXPECT_EQ(first->GetComponentID(), u"Component3");
-  EXPECT_EQ(first->GetComponentGUID(), u"{11111111-2222-4333-8444-555555555555}");
-  EXPECT_EQ(first->GetDirectoryID(), u"INSTALLDIR");
-  EXPECT_EQ(first->GetAttributes(), 0);
+  EXPECT_EQ(rowText(*first),
+            "Component3\t{11111111-2222-4333-8444-555555555555}\tINSTALLDIR\t0\t\t");
+  EXPECT_EQ(components.Find(u"Component3"), first) << "made rows are the table's, and persist";
 
   MSIEComponent* second = components.Add(u"ignored", u"INSTALLDIR", true, true);
   ASSERT_NE(second, nullptr);
-  EXPECT_EQ(second->GetComponentID(), u"Component4");
-  EXPECT_TRUE(
-      std::regex_match(second->GetComponentGUID().ToUtf8(),
-                       std::regex("\\{[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-"
-                                  "[0-9A-F]{12}\\}")));
-  EXPECT_EQ(second->GetAttributes(), 256);
+  // A new GUID (its form is the Guid test's).
+  EXPECT_EQ(second->GetComponentGUID().length(), 38u);
+  EXPECT_EQ(rowText(*second),
+            "Component4\t" + second->GetComponentGUID().ToUtf8() + "\tINSTALLDIR\t256\t\t");
 
   EXPECT_EQ(components.Add(u"", u"", false, false), nullptr) << "a component needs a folder";
   EXPECT_FALSE(components.GetLastError().u16().empty());
@@ -124,29 +120,23 @@ TEST(RowsFreeEntries, SequenceEntriesAreCopiedIntoAnySequenceTable) {
   entry.SetSequence(NullableSignedShort(800));
   entry.SetCondition(u"NOT Installed");
   MSITInstallUISequence ui;
-  MSIEInstallUISequence* row = static_cast<MSIEInstallUISequence*>(ui.AddCopy(entry));
+  const MSIEntry* row = ui.AddCopy(entry);
   ASSERT_NE(row, nullptr);
-  EXPECT_EQ(row->GetSequence().Get(), 800);
-  EXPECT_EQ(row->GetCondition(), u"NOT Installed");
+  EXPECT_EQ(rowText(*row), "CostInitialize\tNOT Installed\t800");
   EXPECT_EQ(ui.AddCopy(entry), nullptr) << "the key is held";
 
   MSIModuleSequenceEntry relative(u"MyAction");
   relative.SetBaseAction(u"InstallFiles");
   relative.SetAfter(NullableSignedShort(1));
   MSITModuleInstallExecuteSequence module;
-  MSIEModuleInstallExecuteSequence* placed =
-      static_cast<MSIEModuleInstallExecuteSequence*>(module.AddCopy(relative));
+  const MSIEntry* placed = module.AddCopy(relative);
   ASSERT_NE(placed, nullptr);
-  EXPECT_TRUE(placed->GetSequence().IsNull());
-  EXPECT_EQ(placed->GetBaseAction(), u"InstallFiles");
-  EXPECT_EQ(placed->GetAfter().Get(), 1);
+  EXPECT_EQ(rowText(*placed), "MyAction\t\tInstallFiles\t1\t");
 
   // An installation-sequence entry lacks BaseAction and After: they stay null.
-  MSIEModuleInstallExecuteSequence* copied =
-      static_cast<MSIEModuleInstallExecuteSequence*>(module.AddCopy(entry));
+  const MSIEntry* copied = module.AddCopy(entry);
   ASSERT_NE(copied, nullptr);
-  EXPECT_EQ(copied->GetSequence().Get(), 800);
-  EXPECT_TRUE(copied->GetAfter().IsNull());
+  EXPECT_EQ(rowText(*copied), "CostInitialize\t800\t\t\tNOT Installed");
 }
 
 TEST(RowsFreeEntries, CopiesAreDetachedAndCarryTheirData) {

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "common/RowText.h"
+
 namespace odlex::test {
 namespace {
 
@@ -115,11 +117,8 @@ TEST(RowsTable, TypedAndGenericAccessAgree) {
   file.SetSequence(-3);
   file.SetVersion(u"1.0");
 
+  EXPECT_EQ(rowText(file), "f\t\t\t123456789\t1.0\t\t512\t-3");
   MSIRecordColumn value;
-  ASSERT_TRUE(file.GetColumn(u"Attributes", value));
-  EXPECT_EQ(value.GetInteger(), 512);
-  ASSERT_TRUE(file.GetColumn(u"FileSize", value));
-  EXPECT_EQ(value.GetInteger(), 123456789);
   EXPECT_FALSE(file.GetColumn(u"NoSuchColumn", value));
   EXPECT_FALSE(file.SetColumn(u"NoSuchColumn", MSIRecordColumn::Integer(1)));
 
@@ -183,9 +182,6 @@ TEST(RowsTable, FactoryKnowsCatalogTablesOnly) {
   EXPECT_NE(createTableObject(u"_Streams"), nullptr);
   EXPECT_EQ(createTableObject(u"registry"), nullptr);
   EXPECT_EQ(createTableObject(u"NoSuchTable"), nullptr);
-  const TalString guid = MSITable::GenerateGUID();
-  EXPECT_EQ(guid.length(), 38u);
-  EXPECT_NE(guid, MSITable::GenerateGUID());
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // The catalog's tables as independent tools see them: every table made from the catalog reads
 // back through msiinfo with the column names and type words written in StandardTables.def, and
-// the tables wixl writes have the catalog's layout except where this file says why not.
+// the tables wixl writes (from tests/oracle/fixtures/wixl/schema-probe.wxs) have the catalog's
+// layout except where this file says why not.
 
 #include <gtest/gtest.h>
 
@@ -63,18 +64,11 @@ std::map<std::string, WrittenTable> writtenTables() {
   return tables;
 }
 
-std::string joinTabs(const std::vector<std::string>& cells) {
-  std::string line;
-  for (const std::string& cell : cells)
-    line += (line.empty() ? "" : "\t") + cell;
-  return line;
-}
-
 // The three header lines of an .idt export of the table.
 std::vector<std::string> idtHeader(const std::string& name, const WrittenTable& table) {
   std::vector<std::string> keyLine = {name};
   keyLine.insert(keyLine.end(), table.keys.begin(), table.keys.end());
-  return {joinTabs(table.names), joinTabs(table.words), joinTabs(keyLine)};
+  return {test::joinCells(table.names), test::joinCells(table.words), test::joinCells(keyLine)};
 }
 
 std::vector<std::string> firstLines(const std::string& text, std::size_t count) {
@@ -124,67 +118,6 @@ TEST(SchemaOracle, CreateTableRefusesUnknownSystemAndExistingTables) {
   EXPECT_EQ(db->tableCount(), 1u);
 }
 
-// A package using what wixl can write: files, shortcuts, registry values, services, searches,
-// launch conditions, upgrades, icons and custom actions. (wixl 0.101 stops at Environment,
-// IniFile, Class, TypeLib, ODBC, the searches other than RegistrySearch and any <UI>, and writes
-// nothing for ProgId, so those tables cannot be compared this way.)
-constexpr std::string_view kWixlSource = R"(<?xml version="1.0" encoding="utf-8"?>
-<Wix xmlns="http://schemas.microsoft.com/wix/2006/wi">
-  <Product Id="8E3B6C5A-3D1F-4C2B-9A11-6F0E2D4B7C10" Name="Schema Probe" Language="1033"
-           Version="1.0.0" Manufacturer="Odlex" UpgradeCode="4A7F2C91-0B3E-4D6A-8C55-1E9F3A2B6D47">
-    <Package InstallerVersion="200" Compressed="yes" />
-    <Media Id="1" Cabinet="probe.cab" EmbedCab="yes" />
-    <MajorUpgrade DowngradeErrorMessage="A newer version is installed." />
-    <Upgrade Id="{4A7F2C91-0B3E-4D6A-8C55-1E9F3A2B6D48}">
-      <UpgradeVersion Minimum="1.0.0" Property="OLDERPROBE" />
-    </Upgrade>
-    <Condition Message="Needs Windows NT">VersionNT</Condition>
-    <Property Id="FOUNDREG">
-      <RegistrySearch Id="RegSearch" Root="HKLM" Key="Software\Odlex" Name="Path" Type="raw" />
-    </Property>
-    <Icon Id="app.ico" SourceFile="app.ico" />
-    <Binary Id="HelperBinary" SourceFile="helper.bin" />
-    <CustomAction Id="RunHelper" BinaryKey="HelperBinary" DllEntry="RunHelper" Return="ignore" />
-    <CustomAction Id="SetProp" Property="FOUNDREG" Value="none" />
-    <Directory Id="TARGETDIR" Name="SourceDir">
-      <Directory Id="ProgramFilesFolder">
-        <Directory Id="INSTALLDIR" Name="Probe">
-          <Component Id="Main" Guid="1F0C8C2E-7B64-4C2D-8E5A-2B9D3F4A6C01">
-            <File Id="MainExe" Name="app.exe" Source="app.exe" KeyPath="yes">
-              <Shortcut Id="StartShortcut" Directory="ProgramMenuFolder" Name="Probe"
-                        WorkingDirectory="INSTALLDIR" Advertise="yes" Icon="app.ico" />
-            </File>
-            <RegistryValue Root="HKLM" Key="Software\Odlex" Name="Path" Type="string"
-                           Value="[INSTALLDIR]" />
-            <RegistryKey Root="HKCU" Key="Software\Odlex\Settings">
-              <RegistryValue Name="Level" Value="3" Type="integer" />
-            </RegistryKey>
-            <ServiceInstall Id="Service" Name="ProbeService" DisplayName="Probe" Type="ownProcess"
-                            Start="auto" ErrorControl="normal" />
-            <ServiceControl Id="ServiceControl" Name="ProbeService" Start="install" Stop="both"
-                            Remove="uninstall" Wait="yes" />
-            <RemoveFolder Id="RemoveInstallDir" On="uninstall" />
-            <CreateFolder />
-          </Component>
-          <Component Id="Doc" Guid="2A1D9D3F-8C75-4D3E-9F6B-3C0E4A5B7D12">
-            <File Id="Readme" Name="readme.txt" Source="readme.txt" KeyPath="yes" />
-          </Component>
-        </Directory>
-      </Directory>
-      <Directory Id="ProgramMenuFolder" />
-    </Directory>
-    <Feature Id="Complete" Title="Probe" Level="1">
-      <ComponentRef Id="Main" />
-      <ComponentRef Id="Doc" />
-    </Feature>
-    <InstallExecuteSequence>
-      <Custom Action="RunHelper" After="InstallFiles">NOT Installed</Custom>
-      <Custom Action="SetProp" Before="CostFinalize" />
-    </InstallExecuteSequence>
-  </Product>
-</Wix>
-)";
-
 // Where wixl's layout differs from the catalog, and why the catalog keeps its own:
 const std::set<std::string> kKnownWixlDifferences = {
     // wixl writes 32-bit file sequence numbers, the layout the installer's documentation
@@ -206,7 +139,8 @@ std::vector<std::string> layoutDifferences(const std::string& name,
   const std::vector<std::string> names = test::splitCells(wixlHeader.at(0));
   const std::vector<std::string> words = test::splitCells(wixlHeader.at(1));
   if (names != ours.names) {
-    return {name + ": wixl columns " + joinTabs(names) + ", catalog " + joinTabs(ours.names)};
+    return {name + ": wixl columns " + test::joinCells(names) + ", catalog " +
+            test::joinCells(ours.names)};
   }
   std::vector<std::string> differences;
   for (std::size_t i = 0; i < names.size(); ++i) {
@@ -220,11 +154,10 @@ std::vector<std::string> layoutDifferences(const std::string& name,
 
 TEST(SchemaOracle, WixlTablesHaveTheCatalogLayoutExceptWhereDocumented) {
   test::TempDir dir;
-  test::writeFileBytes(dir / "probe.wxs", kWixlSource);
   for (const char* file : {"app.exe", "app.ico", "helper.bin", "readme.txt"})
     test::writeFileBytes(dir / file, std::string("content of ") + file);
-  test::ProcessResult built =
-      test::runProcess({"wixl", "-o", "probe.msi", "probe.wxs"}, dir.path());
+  test::ProcessResult built = test::runProcess(
+      {"wixl", "-o", "probe.msi", test::fixturePath("wixl/schema-probe.wxs").string()}, dir.path());
   ASSERT_TRUE(built.ok()) << built.describe();
 
   const std::vector<std::string> tables = test::msiinfoPersistentTables(dir / "probe.msi");

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <string>
 
@@ -54,22 +55,14 @@ TEST_F(ValidationRows, DescribeEveryColumnAndReadBackThroughMsiinfo) {
             "\tSet\tDescription");
   EXPECT_EQ(lines[1], "s32\ts32\ts4\tI4\tI4\tS255\tI2\tS32\tS255\tS255");
   EXPECT_EQ(lines[2], "_Validation\tTable\tColumn");
-  const std::vector<std::string> rows(lines.begin() + 3, lines.end());
-  auto has = [&rows](const std::string& row) {
-    return std::find(rows.begin(), rows.end(), row) != rows.end();
-  };
-  EXPECT_TRUE(
-      has("Component\tDirectory_\tN\t\t\tDirectory\t1\tIdentifier\t\t"
-          "Folder the component is installed into."));
-  EXPECT_TRUE(
-      has("Component\tKeyPath\tY\t\t\tFile;Registry;ODBCDataSource\t1\tIdentifier\t\t"
-          "File, registry value or data source that marks the component installed."));
-  EXPECT_TRUE(
-      has("Shortcut\tIconIndex\tY\t-32767\t32767\t\t\t\t\t"
-          "Index of the icon within the icon file."));
-  EXPECT_TRUE(
-      has("Shortcut\tShowCmd\tY\t\t\t\t\t\t1;3;7\t"
-          "Window state: 1 normal, 3 maximized, 7 minimized."));
+  for (const char* row :
+       {"Component\tDirectory_\tN\t\t\tDirectory\t1\tIdentifier\t\t"
+        "Folder the component is installed into.",
+        "Component\tKeyPath\tY\t\t\tFile;Registry;ODBCDataSource\t1\tIdentifier\t\t"
+        "File, registry value or data source that marks the component installed.",
+        "Shortcut\tIconIndex\tY\t-32767\t32767\t\t\t\t\tIndex of the icon within the icon file.",
+        "Shortcut\tShowCmd\tY\t\t\t\t\t\t1;3;7\tWindow state: 1 normal, 3 maximized, 7 minimized."})
+    EXPECT_EQ(std::count(lines.begin() + 3, lines.end(), row), 1) << row;
 }
 
 TEST_F(ValidationRows, RewritingReplacesTheRowsOfTheSameColumns) {
