@@ -15,7 +15,7 @@ std::uint32_t packageCodePage(const std::filesystem::path& package);
 
 ::testing::AssertionResult sameTables(const std::filesystem::path& expected,
                                       const std::filesystem::path& actual);
-// Every stream msiinfo lists, except the summary information (compared by sameSummary).
+// Every stream msiinfo lists, byte for byte, the summary information's among them.
 ::testing::AssertionResult sameStreams(const std::filesystem::path& expected,
                                        const std::filesystem::path& actual);
 ::testing::AssertionResult sameSummary(const std::filesystem::path& expected,
