@@ -312,32 +312,40 @@ TEST(DatabaseSaving, OpenIntoWritesOnlyTheOutput) {
   EXPECT_EQ(openOrFail(dir / "out.msi", OpenMode::kReadOnly)->table(0).rowCount(), 1u);
 }
 
+// Every file-system call of a save fails in turn, a full disk among them, for a commit in place
+// and for a save to another file that exists (a rewrite): the file written is the old one until
+// the save goes through, and no temporary file is left.
 TEST(DatabaseSaving, AFailureAtAnyCallLeavesTheOldFileIntact) {
-  test::TempDir dir;
-  auto original = openOrFail(dir / "a.msi", OpenMode::kCreate);
-  addSampleRow(*original, addSampleTable(*original), u"old", 1, 1);
-  Error error;
-  ASSERT_EQ(original->commit(error), kSuccess);
-  const auto before = fileBytes(dir / "a.msi");
+  for (const bool inPlace : {true, false}) {
+    SCOPED_TRACE(inPlace ? "commit" : "save as");
+    test::TempDir dir;
+    auto original = openOrFail(dir / "a.msi", OpenMode::kCreate);
+    addSampleRow(*original, addSampleTable(*original), u"old", 1, 1);
+    Error error;
+    ASSERT_EQ(original->commit(error), kSuccess);
+    ASSERT_EQ(original->saveAs(dir / "b.msi", error), kSuccess);
+    const auto target = dir / (inPlace ? "a.msi" : "b.msi");
+    const auto before = fileBytes(target);
 
-  test::FaultyFileSystem faulty(storage::FileSystem::real());
-  for (std::uint64_t call = 1;; ++call) {
-    faulty.failAtCall(0);
-    auto db = Database::open(faulty, dir / "a.msi", OpenMode::kUpdate, error);
-    ASSERT_TRUE(db) << error.text;
-    addSampleRow(*db, db->table(0), u"new", 2, 2);
-    faulty.failAtCall(call);
-    std::uint32_t result = db->commit(error);
-    if (!faulty.failed()) {
-      EXPECT_EQ(result, kSuccess);
-      break;
+    test::FaultyFileSystem faulty(storage::FileSystem::real());
+    for (std::uint64_t call = 1;; ++call) {
+      faulty.failAtCall(0);
+      auto db = Database::open(faulty, dir / "a.msi", OpenMode::kUpdate, error);
+      ASSERT_TRUE(db) << error.text;
+      addSampleRow(*db, db->table(0), u"new", 2, 2);
+      faulty.failAtCall(call);
+      const std::uint32_t result = inPlace ? db->commit(error) : db->saveAs(target, error);
+      if (!faulty.failed()) {
+        EXPECT_EQ(result, kSuccess);
+        break;
+      }
+      EXPECT_NE(result, kSuccess) << "call " << call;
+      EXPECT_EQ(fileBytes(target), before) << "call " << call;
+      EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 2)
+          << "call " << call;
     }
-    EXPECT_NE(result, kSuccess) << "call " << call;
-    EXPECT_EQ(fileBytes(dir / "a.msi"), before) << "call " << call;
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1)
-        << "call " << call;
+    EXPECT_EQ(openOrFail(target, OpenMode::kReadOnly)->table(0).rowCount(), 2u);
   }
-  EXPECT_EQ(openOrFail(dir / "a.msi", OpenMode::kReadOnly)->table(0).rowCount(), 2u);
 }
 
 }  // namespace
