@@ -40,6 +40,9 @@ TEST(TableAttributes, SettersTouchOnlyTheirBit) {
   EXPECT_TRUE(attributes.IsOnlyInPcp());
   EXPECT_TRUE(attributes == ODLEXTableAttributes(5ul));
   EXPECT_TRUE(attributes != ODLEXTableAttributes());
+  // One 32-bit word: a wider value keeps its low bits only.
+  EXPECT_EQ(ODLEXTableAttributes(0x100000002ul).GetValue(), 2u);
+  EXPECT_EQ(sizeof(ODLEXTableAttributes), 4u);
 }
 
 // The class ids themselves are checked for every type by the factory test of the database
@@ -71,6 +74,17 @@ TEST_F(TableObjectTest, LoadOnceUnloadKeepsTheModifiedFlag) {
   EXPECT_TRUE(errors.IsModified());
   errors.Load(db);
   EXPECT_EQ(errors.GetEntries().entries(), rows - 1) << "reloaded from the unsaved database";
+}
+
+// A table whose file declares another key than the catalog loads with the repeated rows left
+// out; the reason stays in the lower layer's error list for the host.
+TEST_F(TableObjectTest, LoadFailureLeavesTheLowerLayerErrorForTheHost) {
+  const std::filesystem::path idt = file("Error.idt");
+  writeFileBytes(idt, "Message\tError\ns255\ti2\nError\tMessage\none\t1\ntwo\t1\n");
+  ODLEXDatabase& db = openPackage();
+  ASSERT_EQ(db.GetDatabase().Import(text(idt)), 0u);
+  EXPECT_EQ(db.GetError().GetEntries().entries(), 1u);
+  EXPECT_NE(db.GetTalError().GetCode(), 0u);
 }
 
 TEST_F(TableObjectTest, ReadOnlyAndMergeModuleTablesIgnoreEdits) {
