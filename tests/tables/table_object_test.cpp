@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <odlex/tables/ODLEXTables.h>
 
 #include "common/DatabaseTest.h"
@@ -107,6 +109,25 @@ TEST_F(TableObjectTest, ReadOnlyAndMergeModuleTablesIgnoreEdits) {
 
   db.GetFeature().Modify(true);
   EXPECT_TRUE(db.GetFeature().IsModified()) << "the flag means nothing outside merge modules";
+}
+
+// Persisting a table that merge modules do not hold writes nothing in a merge module, and
+// writes as usual in a package.
+TEST_F(TableObjectTest, PersistInAMergeModuleSkipsTablesItDoesNotHold) {
+  for (const std::string name : {"gated.msi", "gated.msm"}) {
+    const std::filesystem::path path = copyPackage(name);
+    ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(path));
+    MSIEFeature feature(u"Gated");
+    feature.SetLevel(1);
+    db.GetFeature().Add(feature);
+    db.GetFeature().Persist();
+    ASSERT_EQ(db.GetDatabase().commit(), 0u);
+    const std::vector<std::string> rows = msiinfoRows(path, "Feature");
+    const bool written = std::any_of(rows.begin(), rows.end(), [](const std::string& row) {
+      return row.starts_with("Gated\t");
+    });
+    EXPECT_EQ(written, !db.IsMergeModule()) << name;
+  }
 }
 
 TEST_F(TableObjectTest, TempEntriesFilteringAndModifyingRows) {
