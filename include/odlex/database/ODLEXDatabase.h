@@ -152,7 +152,39 @@ class ODLEXDatabase : public RWCollectable {
   ODLEXDatabaseInfo GetDatabaseInfo() const {
     return info_;
   }
+  // Takes `info` as the database's product information when IsValid accepts it, and writes the
+  // values that differ from the current record back: the package code to the summary
+  // information, the rest to the Property table (a value that becomes empty, or a flag that
+  // becomes false, removes its property; all-users 0 removes ALLUSERS). A merge module's product
+  // code is its module signature's and is not written. The package-code policy is a setting of
+  // this open database only and is not written to the file. `reason`, when given, receives the
+  // failing IsValid mask as a decimal number ("0" when accepted); the record is refused whole.
   void SetDatabaseInfo(const ODLEXDatabaseInfo& info, TalString* reason);
+  // Each text of `info` the database's code page cannot hold adds its bit to `mask`: comments
+  // 1, contact 2, readme 4, manufacturer 8, product name 16, help link 32, help telephone 64,
+  // product code 128, product ID 256, update URL 512, product version 1024. True when none.
+  bool IsValid(const ODLEXDatabaseInfo& info, unsigned& mask) const;
+  // Upper-cases `guid` and checks it is "{XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}": shorter than
+  // 38 adds 1, no "{" first 2, a non-hex digit 4, a missing "-" 8, no "}" at 37 16, characters
+  // after a malformed GUID 32. Characters after a well-formed GUID are cut off and accepted.
+  static bool IsValidGUID(TalString& guid, unsigned& mask);
+  // The GUID as a merge-module suffix: braces dropped, "-" made "_"; empty when `guid` is
+  // shorter than 38 characters.
+  static TalString GetModuleGUID(const TalString& guid);
+  // The ProductName and ProductCode properties of the package at `path`, read without listing
+  // it; code 3 when the file cannot be opened, 45 to 47 as GetDatabaseProperty.
+  static void GetProductNameAndCode(TalString& name, TalString& code, const TalString& path);
+  // A schema version's text ("200") to the version's text as this library writes it; the empty
+  // text for an unknown version. DeMungeVersion maps back; GetVersionFromEnum is the number.
+  static TalString MungeVersion(const TalString& version);
+  static TalString DeMungeVersion(const TalString& version);
+  static TalString GetVersionFromEnum(eSchemaVersion version);
+  // Never true: no file name is accepted as an installer file name by this check.
+  static bool IsMSIFileNameOK(const TalString& name);
+  // The package file the database was opened from, and its folder (up to and including the
+  // last separator; empty when the path has none).
+  TalString GetSourcePath() const;
+  TalString GetSourceDirectory() const;
   bool IsMergeModule();
   void SetMergeModule(bool mergeModule);
   bool IsPCP() const;
@@ -218,6 +250,10 @@ class ODLEXDatabase : public RWCollectable {
 
  protected:
   static void InitRelatedTables();
+  // The Value of Property row `name`, by a query on `database`. Each failing step writes its
+  // line and the lower layer's code to the debug output and throws: the view does not open
+  // (47), does not run (46), yields no row (45, also for a missing property).
+  static TalString GetDatabaseProperty(MSIDatabase& database, const TalString& name);
 
  private:
   ODLEXDatabase();

@@ -21,7 +21,7 @@ class ODLEXDatabaseInfo {
   TalString productCode;         // ProductCode (a merge module's ModuleID); else the package code
   TalString packageCode;         // the summary information's revision number
   TalString productID;           // ProductID
-  int reserved = 0;              // kept for the record's layout; not read from the database
+  int estimatedSize = 0;         // ARPSIZE, in kilobytes: 0 when absent or not a number
   TalString productIcon;         // ARPPRODUCTICON
   TalString manufacturer;        // Manufacturer
   TalString aboutURL;            // ARPURLINFOABOUT
