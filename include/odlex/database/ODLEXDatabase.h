@@ -201,6 +201,27 @@ class ODLEXDatabase : public RWCollectable {
   bool IsStringOK(const TalString& text) const;
   static bool MatchesExtension(const TalString& path, const TalString& extension);
 
+  // --- Administrative installs and table files -----------------------------------------------
+  // Runs the installer's command-line program as "<program> /qn /a <package>" (quiet
+  // administrative install), each part one argument and no shell involved, and waits for it.
+  // True once the program started and ended, whatever its exit status; false when it could not
+  // be started.
+  static bool DoAdministrativeInstall(const char16_t* packagePath);
+  // Each package of the ";"-separated list in turn (empty entries skipped), all of them even
+  // after a failure; true when every one was true.
+  static bool DoAdministrativeInstall(const TalString& packagePaths);
+  // The installer's command-line program: a path, or a name looked up on PATH. "msiexec" until
+  // set; an empty text restores that.
+  static void SetInstallerProgram(const TalString& program);
+  static const TalString& GetInstallerProgram();
+  // Every table of the package, then its summary information, as "<directory><table>.idt";
+  // stops at the first table that cannot be written (the files written stay). False when the
+  // package's tables cannot be listed or a table could not be written.
+  static bool ExportMSI(const TalString& packagePath, const TalString& directory);
+  static bool ExportTableToFile(MSIDatabase& database, const TalString& table,
+                                const TalString& directory);
+  static bool ImportTableFromFile(MSIDatabase& database, const TalString& file);
+
   // --- Table types, sets and schema -----------------------------------------------------------
   static ODLEXTObject::typeID GetTableType(const TalString& name);
   static bool CanCreateTable(ODLEXTObject::typeID type, const ODLEXDatabase& db);
@@ -309,6 +330,7 @@ class ODLEXDatabase : public RWCollectable {
   // The message catalog named by SetResources; not loaded yet (see SetResources).
   static TalString resourcePath;
   static TalString orvaneCustomActionDLL;
+  static TalString installerProgram;
   static std::unique_ptr<SingleProgress> singleProgress;
   static std::unique_ptr<DualProgress> dualProgress;
   static bool (*userPermits)();
