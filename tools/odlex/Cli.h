@@ -59,6 +59,9 @@ void addRowsCommand(Commands& commands);
 void addSequenceCommands(Commands& commands);
 void addActionCommands(Commands& commands);
 void addModuleIdCommands(Commands& commands);
+void addInfoCommands(Commands& commands);
+void addGuidCommands(Commands& commands);
+void addAdminInstallCommand(Commands& commands);
 
 std::unique_ptr<engine::Database> openPackage(const std::filesystem::path& path,
                                               engine::Database::OpenMode mode);
