@@ -1,7 +1,8 @@
-// Reading single properties straight from a lower-layer database, without table objects: for
-// packages that are not open as databases of the list.
+// Reading single properties and the summary information's template straight from a lower-layer
+// database, without table objects: for packages that are not open as databases of the list.
 
 #include "odlex/database/ODLEXDatabase.h"
+#include "odlex/msi/MSISystemTables.h"
 #include "odlex/msi/MSIView.h"
 #include "odlex/support/DebugOutput.h"
 #include "odlex/tables/ODLEXDatabaseError.h"
@@ -46,4 +47,17 @@ void ODLEXDatabase::GetProductNameAndCode(TalString& name, TalString& code, cons
     throw ODLEXDatabaseError(ODLEXDatabaseError::eDatabaseOpenFailed);
   name = GetDatabaseProperty(database, u"ProductName");
   code = GetDatabaseProperty(database, u"ProductCode");
+}
+
+TalString ODLEXDatabase::GetTemplateSumProp(const TalString& path) {
+  MSIDatabase database(path, MSIDatabase::ePersistReadOnly, eSchema110);
+  MSIT_SummaryInformation summary;
+  summary.SetDatabase(database);
+  if (!database.isValid() || !summary.Populate()) {
+    const TalError* error = database.GetError();
+    throw ODLEXDatabaseErrorWithErrorCode(ODLEXDatabaseError::eDatabaseOpenFailed,
+                                          error ? error->GetCode() : 0);
+  }
+  const MSIE_SummaryInformation* row = summary.FindFirst();
+  return row ? row->GetTemplate() : TalString();
 }

@@ -3,6 +3,7 @@
 
 #include <odlex/tables/ODLEXTables.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -88,6 +89,20 @@ TEST_F(DatabaseInfoTest, PropertiesAreConvertedAsRead) {
   EXPECT_EQ(info.productCode, info.packageCode);
 }
 
+// A merge module's product code is its module signature's identifier, which the lower layer is
+// given as well; the ProductCode property does not count.
+TEST_F(DatabaseInfoTest, MergeModuleProductCodeIsTheModuleID) {
+  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(copyPackage("module.msm")));
+  const TalString id = u"Mod.6D3F1E2A_4B5C_4D7E_8F90_A1B2C3D4E5F6";
+  MSIEModuleSignature signature(id, 1033);
+  signature.SetVersion(u"1.0");
+  db.GetModuleSignature().Add(signature);
+  ASSERT_TRUE(db.SaveChanges());
+  db.Reload();
+  EXPECT_EQ(db.GetDatabaseInfo().productCode, id);
+  EXPECT_EQ(db.GetDatabase().GetModuleID(), id);
+}
+
 TEST_F(DatabaseInfoTest, TextsTheCodePageCannotHoldRefuseTheRecord) {
   ODLEXDatabase& db = openPackage();
   ODLEXDatabaseInfo info = db.GetDatabaseInfo();
@@ -123,6 +138,12 @@ TEST_F(DatabaseInfoTest, PropertiesOfAnUnopenedPackage) {
   EXPECT_EQ(name, u"Idt Oracle Product");
   EXPECT_EQ(code, u"{6D3F1E2A-4B5C-4D7E-8F90-A1B2C3D4E5F6}");
   EXPECT_FALSE(ODLEXDatabase::IsDatabaseFilePathLoaded(text(package())));
+  const std::vector<std::string> summary = splitLines(msiinfoSuminfo(package()).out);
+  EXPECT_NE(std::find(summary.begin(), summary.end(),
+                      "Template: " + ODLEXDatabase::GetTemplateSumProp(text(package())).ToUtf8()),
+            summary.end());
+  EXPECT_EQ(thrownCode([&] { ODLEXDatabase::GetTemplateSumProp(text(file("missing.msi"))); }),
+            ODLEXDatabaseError::eDatabaseOpenFailed);
   EXPECT_EQ(thrownCode([&] {
               ODLEXDatabase::GetProductNameAndCode(name, code, text(file("missing.msi")));
             }),

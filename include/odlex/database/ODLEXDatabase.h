@@ -174,6 +174,10 @@ class ODLEXDatabase : public RWCollectable {
   // The ProductName and ProductCode properties of the package at `path`, read without listing
   // it; code 3 when the file cannot be opened, 45 to 47 as GetDatabaseProperty.
   static void GetProductNameAndCode(TalString& name, TalString& code, const TalString& path);
+  // The summary information's Template ("Intel;1033": platform and languages) of the package
+  // at `path`, read without listing it; empty when it has none. Code 3, with the lower layer's
+  // status, when the file cannot be opened or its summary information read.
+  static TalString GetTemplateSumProp(const TalString& path);
   // A schema version's text ("200") to the version's text as this library writes it; the empty
   // text for an unknown version. DeMungeVersion maps back; GetVersionFromEnum is the number.
   static TalString MungeVersion(const TalString& version);

@@ -7,7 +7,9 @@
 
 class ODLEXDatabaseInfo {
  public:
-  // When a save gives the package a new package code.
+  // When a save gives the package a new package code. Reading a database gives 1 when its
+  // ZrKeyword row AutoUpdateMsiPackageCode is "TRUE" (any case), else 0; ask-the-host (2) is
+  // only ever set by the host, through SetDatabaseInfo, and lasts while the database is open.
   enum ePackageCodePolicy : int {
     ePackageCodeNever = 0,
     ePackageCodeAlways = 1,
