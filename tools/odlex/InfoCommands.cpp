@@ -152,14 +152,17 @@ void addShow(Commands& commands) {
         LibrarySession session;
         ODLEXDatabase& db = session.openReadOnly(options->package);
         const ODLEXDatabaseInfo info = db.GetDatabaseInfo();
-        const std::string schema = ODLEXDatabase::GetVersionFromEnum(db.GetVersion()).ToUtf8();
+        // Empty (null in JSON) when the package declares no schema version.
+        const std::string schema = MSIDatabase::MapVersion(db.GetVersion()).ToUtf8();
         if (options->json) {
           nlohmann::json fields = nlohmann::json::object();
           for (const Field& field : kFields)
             fields[field.name] = jsonOf(info, field);
           printJson({{"fields", fields},
                      {"Kind", kindOf(db)},
-                     {"SchemaVersion", db.GetVersion()},
+                     {"SchemaVersion", schema.empty()
+                                           ? nlohmann::json()
+                                           : nlohmann::json(static_cast<int>(db.GetVersion()))},
                      {"Compressed", db.IsCompressed()}});
           return 0;
         }
