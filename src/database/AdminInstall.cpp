@@ -3,6 +3,7 @@
 
 #include <spawn.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <string>
@@ -34,8 +35,15 @@ bool ODLEXDatabase::DoAdministrativeInstall(const char16_t* packagePath) {
   std::string administrative = "/a";
   std::string package = TalString(packagePath ? packagePath : u"").ToUtf8();
   char* argv[] = {program.data(), quiet.data(), administrative.data(), package.data(), nullptr};
+  // What the installer prints goes to standard error, so that the host's standard output (a
+  // JSON document, say) stays its own.
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, STDERR_FILENO, STDOUT_FILENO);
   pid_t child = 0;
-  if (posix_spawnp(&child, program.c_str(), nullptr, nullptr, argv, environ) != 0)
+  const int started = posix_spawnp(&child, program.c_str(), &actions, nullptr, argv, environ);
+  posix_spawn_file_actions_destroy(&actions);
+  if (started != 0)
     return false;
   // The installer's exit status is not looked at: a run that ended counts as done.
   int status = 0;
