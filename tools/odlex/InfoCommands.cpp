@@ -190,6 +190,7 @@ void addSet(Commands& commands) {
     std::vector<std::string> assignments;
     std::string output;
     bool dryRun = false;
+    bool json = false;
   };
   auto options = std::make_shared<Options>();
   CLI::App& command = commands.add(
@@ -224,12 +225,22 @@ void addSet(Commands& commands) {
           }
           throw Failure(mask, "the package's code page cannot hold the value of " + names);
         }
+        // Each changed field: name, value before, value after.
+        nlohmann::json changed = nlohmann::json::array();
         for (const Field& field : kFields) {
-          if (textOf(before, field) != textOf(info, field))
+          if (textOf(before, field) == textOf(info, field))
+            continue;
+          if (options->json)
+            changed.push_back({{"field", field.name},
+                               {"before", jsonOf(before, field)},
+                               {"after", jsonOf(info, field)}});
+          else
             printFields({TalString::FromUtf8(field.name).u16(),
                          TalString::FromUtf8(textOf(before, field)).u16(),
                          TalString::FromUtf8(textOf(info, field)).u16()});
         }
+        if (options->json)
+          printJson({{"changed", changed}, {"written", !options->dryRun}});
         if (options->dryRun)
           return 0;
         db.SetDatabaseInfo(info, nullptr);
@@ -240,6 +251,7 @@ void addSet(Commands& commands) {
   command.add_option("FIELD=VALUE", options->assignments, "the fields to change")->required();
   addOutputOption(command, options->output, "write the result to this file, not the package");
   addDryRunFlag(command, options->dryRun);
+  addJsonFlag(command, options->json, R"({"changed": [{"field", "before", "after"}], "written"})");
 }
 
 }  // namespace
