@@ -2,6 +2,10 @@
 // ModuleSignature and ZrKeyword tables when the database is opened, and written back when the
 // host changes it.
 
+#include <cstdint>
+#include <limits>
+#include <optional>
+
 #include "odlex/database/ODLEXDatabase.h"
 #include "odlex/msi/MSISystemTables.h"
 #include "odlex/tables/ODLEXTables.h"
@@ -48,9 +52,11 @@ const FlagProperty kFlagProperties[] = {
 
 constexpr const char16_t* kProductCode = u"ProductCode";
 constexpr const char16_t* kAllUsers = u"ALLUSERS";
+constexpr const char16_t* kEstimatedSize = u"ARPSIZE";
 constexpr const char16_t* kAutoUpdateKeyword = u"AutoUpdateMsiPackageCode";
 
-// The texts that must fit the database's code page for a record to be accepted.
+// The texts that must fit the database's code page for a record to be accepted, in the order of
+// their bits in IsValid's mask (1, 2, 4, ...).
 constexpr TalString ODLEXDatabaseInfo::*kCheckedTexts[] = {
     &ODLEXDatabaseInfo::comments,       &ODLEXDatabaseInfo::contact,
     &ODLEXDatabaseInfo::readme,         &ODLEXDatabaseInfo::manufacturer,
@@ -60,8 +66,17 @@ constexpr TalString ODLEXDatabaseInfo::*kCheckedTexts[] = {
     &ODLEXDatabaseInfo::productVersion,
 };
 
-TalString allUsersText(int allUsers) {
-  return allUsers == 0 ? TalString() : TalString::FromInt(allUsers);
+// The text of a number property: none for 0.
+TalString numberText(int number) {
+  return number == 0 ? TalString() : TalString::FromInt(number);
+}
+
+// The number in a property's text; 0 for none, a text that is not a number or one out of range.
+int numberIn(const TalString& text) {
+  const std::optional<std::int64_t> number = text.ToInt();
+  return number && *number >= 0 && *number <= std::numeric_limits<int>::max()
+             ? static_cast<int>(*number)
+             : 0;
 }
 
 }  // namespace
@@ -93,6 +108,7 @@ void ODLEXDatabase::AcquireDatabaseInfo() {
 
   for (const TextProperty& property : kTextProperties)
     info_.*property.field = properties.GetValue(property.name);
+  info_.estimatedSize = numberIn(properties.GetValue(kEstimatedSize));
   for (const FlagProperty& property : kFlagProperties)
     info_.*property.field = properties.GetValue(property.name) == u"1";
   // Values of ALLUSERS other than none, 1 and 2 leave the setting as it was.
@@ -111,13 +127,21 @@ void ODLEXDatabase::AcquireDatabaseInfo() {
       always ? ODLEXDatabaseInfo::ePackageCodeAlways : ODLEXDatabaseInfo::ePackageCodeNever;
 }
 
-// A record with a text the code page cannot hold is refused as a whole.
-void ODLEXDatabase::SetDatabaseInfo(const ODLEXDatabaseInfo& info, TalString*) {
-  for (TalString ODLEXDatabaseInfo::*text : kCheckedTexts) {
-    if (!IsStringOK(info.*text))
-      return;
+bool ODLEXDatabase::IsValid(const ODLEXDatabaseInfo& info, unsigned& mask) const {
+  mask = 0;
+  for (std::size_t bit = 0; bit < std::size(kCheckedTexts); ++bit) {
+    if (!IsStringOK(info.*kCheckedTexts[bit]))
+      mask |= 1u << bit;
   }
-  if (info == info_)
+  return mask == 0;
+}
+
+void ODLEXDatabase::SetDatabaseInfo(const ODLEXDatabaseInfo& info, TalString* reason) {
+  unsigned mask = 0;
+  const bool valid = IsValid(info, mask);
+  if (reason)
+    *reason = TalString::FromInt(mask);
+  if (!valid || info == info_)
     return;
   Modify(true);
   ODLEXDatabaseInfo changed = info;
@@ -151,7 +175,8 @@ void ODLEXDatabase::WriteChangedInfo(const ODLEXDatabaseInfo& info) {
     write(property.name, info_.*property.field, info.*property.field);
   for (const FlagProperty& property : kFlagProperties)
     write(property.name, info_.*property.field ? u"1" : u"", info.*property.field ? u"1" : u"");
-  write(kAllUsers, allUsersText(info_.allUsers), allUsersText(info.allUsers));
+  write(kAllUsers, numberText(info_.allUsers), numberText(info.allUsers));
+  write(kEstimatedSize, numberText(info_.estimatedSize), numberText(info.estimatedSize));
   // A merge module's product code is its module identifier, not a property.
   if (!IsMergeModule())
     write(kProductCode, info_.productCode, info.productCode);

@@ -10,7 +10,8 @@
 
 RWFactory* ODLEXDatabase::factory = nullptr;
 unsigned ODLEXDatabase::initCalls = 0;
-unsigned ODLEXDatabase::totalODLEXTObjects = 0;
+// Fixed by the library's table types, known before INIT.
+unsigned ODLEXDatabase::totalODLEXTObjects = odlex::tables::kTableObjectClasses;
 unsigned ODLEXDatabase::nonODLEXRWCollectables = 0;
 TalString ODLEXDatabase::programDirectory;
 TalString ODLEXDatabase::currentDirectory;
@@ -40,7 +41,7 @@ void ODLEXDatabase::INIT() {
     throw ODLEXDatabaseError(ODLEXDatabaseError::eNoFactory);
   // The table-object classes (and the ODLEXTObject base) registered with the factory when the
   // library was loaded; the rest of the factory's entries are other collectables.
-  totalODLEXTObjects = odlex::tables::registeredTableClasses();
+  odlex::tables::registeredTableClasses();
   const unsigned entries = static_cast<unsigned>(factory->entries());
   nonODLEXRWCollectables = entries - std::min(entries, totalODLEXTObjects);
   if (totalODLEXTObjects + nonODLEXRWCollectables > kFactoryComfortableEntries)

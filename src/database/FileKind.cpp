@@ -71,3 +71,19 @@ TalString ODLEXDatabase::ChangeFilePathToExt(const TalString& path, const TalStr
   changed += extension;
   return changed;
 }
+
+bool ODLEXDatabase::IsMSIFileNameOK(const TalString&) {
+  return false;
+}
+
+// After an output-file open the lower layer works on the output; the source is its input.
+TalString ODLEXDatabase::GetSourcePath() const {
+  const TalString& input = database_.getInPath();
+  return input.isNull() ? database_.getPath() : input;
+}
+
+TalString ODLEXDatabase::GetSourceDirectory() const {
+  const TalString source = GetSourcePath();
+  const std::size_t separator = odlex::path::LastSeparator(source);
+  return separator == RW_NPOS ? TalString() : TalString(source.subString(0, separator + 1));
+}

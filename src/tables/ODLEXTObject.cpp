@@ -59,8 +59,8 @@ void ODLEXTObject::Persist() {
     return;
   if (IsMergeModule() && attributes_.IsNotInMergeModule())
     return;
-  if (!table->Persist())
-    CheckForErrors();
+  // A failed write leaves its reason in the lower layer's error list for the host to take.
+  table->Persist();
   const TalString name = GetTableName();
   database_->UpdateChangeLog(kTablePersistedMessage, std::vector<std::u16string>{name.u16()}, name);
 }
@@ -80,8 +80,8 @@ void ODLEXTObject::Load(ODLEXDatabase& db) {
   if (!table)
     return;
   table->SetDatabase(db.GetDatabase());
-  if (!table->PopulateKeepingEdits())
-    CheckForErrors();
+  // A failed read leaves its reason in the lower layer's error list for the host to take.
+  table->PopulateKeepingEdits();
   loaded_ = true;
 }
 
@@ -196,8 +196,3 @@ ODLEXTObject::typeID ODLEXTObject::GetTableType(const TalString&) {
 }
 
 void ODLEXTObject::_mapInit() {}
-
-void ODLEXTObject::CheckForErrors() {
-  if (database_)
-    database_->DumpAllErrors();
-}

@@ -18,14 +18,8 @@ const odlex::FactoryRegistration tableObjectClass(&odlex::CreateDefault<ODLEXTOb
 #include "odlex/tables/TableTypes.def"
 #undef ODLEX_TABLE_TYPE
 
-constexpr unsigned kTableTypes = 0
-#define ODLEX_TABLE_TYPE(Table, id, edits, attributes) +1
-#include "odlex/tables/TableTypes.def"
-#undef ODLEX_TABLE_TYPE
-    ;
-
 }  // namespace
 
 unsigned odlex::tables::registeredTableClasses() {
-  return kTableTypes + 1;
+  return kTableObjectClasses;
 }

@@ -72,6 +72,48 @@ TEST_F(DatabaseSaveTest, PackageCodeIsRenewedOnlyWhenModifiedAndAskedFor) {
   EXPECT_EQ(packageCodeIn(package()), renewed);
 }
 
+bool hostAnswer = false;
+int hostAsked = 0;
+bool askedHost() {
+  ++hostAsked;
+  return hostAnswer;
+}
+
+// Whether a save renews the package code, by policy, host answer and how the change was made.
+TEST_F(DatabaseSaveTest, PackageCodePolicyDecidesOnSave) {
+  struct Case {
+    int policy;
+    bool (*host)();
+    bool answer;
+    bool databaseModified;  // the flag a changed table passes to Modify
+    bool renewed;
+    int asked;
+  };
+  const Case cases[] = {
+      {ODLEXDatabaseInfo::ePackageCodeAlways, nullptr, false, false, false, 0},
+      {ODLEXDatabaseInfo::ePackageCodeAskHost, &askedHost, true, true, true, 1},
+      {ODLEXDatabaseInfo::ePackageCodeAskHost, &askedHost, false, true, false, 1},
+      {ODLEXDatabaseInfo::ePackageCodeAskHost, nullptr, false, true, false, 0},
+  };
+  for (const Case& c : cases) {
+    const fs::path copy = copyPackage("policy.msi");
+    const std::string original = packageCodeIn(copy);
+    ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(copy));
+    ODLEXDatabaseInfo info = db.GetDatabaseInfo();
+    info.packageCodePolicy = c.policy;
+    db.SetDatabaseInfo(info, nullptr);
+    db.GetError().Modify(c.databaseModified);
+    ODLEXDatabase::SetGlobalAutoUpdatePackageCode(c.host);
+    hostAnswer = c.answer;
+    hostAsked = 0;
+    EXPECT_TRUE(db.SaveChanges());
+    ODLEXDatabase::SetGlobalAutoUpdatePackageCode(nullptr);
+    EXPECT_EQ(packageCodeIn(copy) != original, c.renewed) << c.policy << " " << c.answer;
+    EXPECT_EQ(hostAsked, c.asked) << c.policy;
+    db.RemoveFromList(false);
+  }
+}
+
 TEST_F(DatabaseSaveTest, ChangedProductInformationIsWrittenToThePropertyTable) {
   ODLEXDatabase& db = openPackage();
   ODLEXDatabaseInfo info = db.GetDatabaseInfo();

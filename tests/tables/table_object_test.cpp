@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <odlex/tables/ODLEXTables.h>
 
 #include "common/DatabaseTest.h"
@@ -40,6 +42,9 @@ TEST(TableAttributes, SettersTouchOnlyTheirBit) {
   EXPECT_TRUE(attributes.IsOnlyInPcp());
   EXPECT_TRUE(attributes == ODLEXTableAttributes(5ul));
   EXPECT_TRUE(attributes != ODLEXTableAttributes());
+  // One 32-bit word: a wider value keeps its low bits only.
+  EXPECT_EQ(ODLEXTableAttributes(0x100000002ul).GetValue(), 2u);
+  EXPECT_EQ(sizeof(ODLEXTableAttributes), 4u);
 }
 
 // The class ids themselves are checked for every type by the factory test of the database
@@ -73,6 +78,17 @@ TEST_F(TableObjectTest, LoadOnceUnloadKeepsTheModifiedFlag) {
   EXPECT_EQ(errors.GetEntries().entries(), rows - 1) << "reloaded from the unsaved database";
 }
 
+// A table whose file declares another key than the catalog loads with the repeated rows left
+// out; the reason stays in the lower layer's error list for the host.
+TEST_F(TableObjectTest, LoadFailureLeavesTheLowerLayerErrorForTheHost) {
+  const std::filesystem::path idt = file("Error.idt");
+  writeFileBytes(idt, "Message\tError\ns255\ti2\nError\tMessage\none\t1\ntwo\t1\n");
+  ODLEXDatabase& db = openPackage();
+  ASSERT_EQ(db.GetDatabase().Import(text(idt)), 0u);
+  EXPECT_EQ(db.GetError().GetEntries().entries(), 1u);
+  EXPECT_EQ(thrownCode([&] { db.GetTalError(); }), -1) << "no pending error left";
+}
+
 TEST_F(TableObjectTest, ReadOnlyAndMergeModuleTablesIgnoreEdits) {
   ODLEXDatabase& db = openPackage();
   ODLEXT_Columns& columns = db.Get_Columns();
@@ -93,6 +109,25 @@ TEST_F(TableObjectTest, ReadOnlyAndMergeModuleTablesIgnoreEdits) {
 
   db.GetFeature().Modify(true);
   EXPECT_TRUE(db.GetFeature().IsModified()) << "the flag means nothing outside merge modules";
+}
+
+// Persisting a table that merge modules do not hold writes nothing in a merge module, and
+// writes as usual in a package.
+TEST_F(TableObjectTest, PersistInAMergeModuleSkipsTablesItDoesNotHold) {
+  for (const std::string name : {"gated.msi", "gated.msm"}) {
+    const std::filesystem::path path = copyPackage(name);
+    ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(path));
+    MSIEFeature feature(u"Gated");
+    feature.SetLevel(1);
+    db.GetFeature().Add(feature);
+    db.GetFeature().Persist();
+    ASSERT_EQ(db.GetDatabase().commit(), 0u);
+    const std::vector<std::string> rows = msiinfoRows(path, "Feature");
+    const bool written = std::any_of(rows.begin(), rows.end(), [](const std::string& row) {
+      return row.starts_with("Gated\t");
+    });
+    EXPECT_EQ(written, !db.IsMergeModule()) << name;
+  }
 }
 
 TEST_F(TableObjectTest, TempEntriesFilteringAndModifyingRows) {

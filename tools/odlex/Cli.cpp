@@ -32,10 +32,12 @@ CLI::App& Commands::add(const std::string& words, const std::string& summary,
   return *command;
 }
 
+// The words of a verb under a command (info set) parse both; the later-declared verb is the
+// more specific one.
 std::function<int()> Commands::chosen() const {
-  for (const auto& [command, run] : commands_) {
-    if (command->parsed())
-      return run;
+  for (auto it = commands_.rbegin(); it != commands_.rend(); ++it) {
+    if (it->first->parsed())
+      return it->second;
   }
   return nullptr;
 }

@@ -62,6 +62,9 @@ void addRowsCommand(Commands& commands);
 void addSequenceCommands(Commands& commands);
 void addActionCommands(Commands& commands);
 void addModuleIdCommands(Commands& commands);
+void addInfoCommands(Commands& commands);
+void addGuidCommands(Commands& commands);
+void addAdminInstallCommand(Commands& commands);
 // The manual and shell completion, made from the commands of `app`.
 void addManualCommands(Commands& commands, const CLI::App& app);
 

@@ -44,6 +44,9 @@ int main(int argc, char** argv) {
   odlex::cli::addSequenceCommands(commands);
   odlex::cli::addActionCommands(commands);
   odlex::cli::addModuleIdCommands(commands);
+  odlex::cli::addInfoCommands(commands);
+  odlex::cli::addGuidCommands(commands);
+  odlex::cli::addAdminInstallCommand(commands);
   odlex::cli::addManualCommands(commands, app);
   std::vector<std::string> helpWords;
   CLI::App* help = app.add_subcommand("help", "show the use of a command and an example");

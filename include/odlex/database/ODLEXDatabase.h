@@ -152,7 +152,43 @@ class ODLEXDatabase : public RWCollectable {
   ODLEXDatabaseInfo GetDatabaseInfo() const {
     return info_;
   }
+  // Takes `info` as the database's product information when IsValid accepts it, and writes the
+  // values that differ from the current record back: the package code to the summary
+  // information, the rest to the Property table (a value that becomes empty, or a flag that
+  // becomes false, removes its property; all-users 0 removes ALLUSERS). A merge module's product
+  // code is its module signature's and is not written. The package-code policy is a setting of
+  // this open database only and is not written to the file. `reason`, when given, receives the
+  // failing IsValid mask as a decimal number ("0" when accepted); the record is refused whole.
   void SetDatabaseInfo(const ODLEXDatabaseInfo& info, TalString* reason);
+  // Each text of `info` the database's code page cannot hold adds its bit to `mask`: comments
+  // 1, contact 2, readme 4, manufacturer 8, product name 16, help link 32, help telephone 64,
+  // product code 128, product ID 256, update URL 512, product version 1024. True when none.
+  bool IsValid(const ODLEXDatabaseInfo& info, unsigned& mask) const;
+  // Upper-cases `guid` and checks it is "{XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}": shorter than
+  // 38 adds 1, no "{" first 2, a non-hex digit 4, a missing "-" 8, no "}" at 37 16, characters
+  // after a malformed GUID 32. Characters after a well-formed GUID are cut off and accepted.
+  static bool IsValidGUID(TalString& guid, unsigned& mask);
+  // The GUID as a merge-module suffix: braces dropped, "-" made "_"; empty when `guid` is
+  // shorter than 38 characters.
+  static TalString GetModuleGUID(const TalString& guid);
+  // The ProductName and ProductCode properties of the package at `path`, read without listing
+  // it; code 3 when the file cannot be opened, 45 to 47 as GetDatabaseProperty.
+  static void GetProductNameAndCode(TalString& name, TalString& code, const TalString& path);
+  // The summary information's Template ("Intel;1033": platform and languages) of the package
+  // at `path`, read without listing it; empty when it has none. Code 3, with the lower layer's
+  // status, when the file cannot be opened or its summary information read.
+  static TalString GetTemplateSumProp(const TalString& path);
+  // A schema version's text ("200") to the version's text as this library writes it; the empty
+  // text for an unknown version. DeMungeVersion maps back; GetVersionFromEnum is the number.
+  static TalString MungeVersion(const TalString& version);
+  static TalString DeMungeVersion(const TalString& version);
+  static TalString GetVersionFromEnum(eSchemaVersion version);
+  // Never true: no file name is accepted as an installer file name by this check.
+  static bool IsMSIFileNameOK(const TalString& name);
+  // The package file the database was opened from, and its folder (up to and including the
+  // last separator; empty when the path has none).
+  TalString GetSourcePath() const;
+  TalString GetSourceDirectory() const;
   bool IsMergeModule();
   void SetMergeModule(bool mergeModule);
   bool IsPCP() const;
@@ -168,6 +204,27 @@ class ODLEXDatabase : public RWCollectable {
   bool IsCharOK(char16_t c) const;
   bool IsStringOK(const TalString& text) const;
   static bool MatchesExtension(const TalString& path, const TalString& extension);
+
+  // --- Administrative installs and table files -----------------------------------------------
+  // Runs the installer's command-line program as "<program> /qn /a <package>" (quiet
+  // administrative install), each part one argument and no shell involved, and waits for it.
+  // True once the program started and ended, whatever its exit status; false when it could not
+  // be started.
+  static bool DoAdministrativeInstall(const char16_t* packagePath);
+  // Each package of the ";"-separated list in turn (empty entries skipped), all of them even
+  // after a failure; true when every one was true.
+  static bool DoAdministrativeInstall(const TalString& packagePaths);
+  // The installer's command-line program: a path, or a name looked up on PATH. "msiexec" until
+  // set; an empty text restores that.
+  static void SetInstallerProgram(const TalString& program);
+  static const TalString& GetInstallerProgram();
+  // Every table of the package, then its summary information, as "<directory><table>.idt";
+  // stops at the first table that cannot be written (the files written stay). False when the
+  // package's tables cannot be listed or a table could not be written.
+  static bool ExportMSI(const TalString& packagePath, const TalString& directory);
+  static bool ExportTableToFile(MSIDatabase& database, const TalString& table,
+                                const TalString& directory);
+  static bool ImportTableFromFile(MSIDatabase& database, const TalString& file);
 
   // --- Table types, sets and schema -----------------------------------------------------------
   static ODLEXTObject::typeID GetTableType(const TalString& name);
@@ -218,6 +275,10 @@ class ODLEXDatabase : public RWCollectable {
 
  protected:
   static void InitRelatedTables();
+  // The Value of Property row `name`, by a query on `database`. Each failing step writes its
+  // line and the lower layer's code to the debug output and throws: the view does not open
+  // (47), does not run (46), yields no row (45, also for a missing property).
+  static TalString GetDatabaseProperty(MSIDatabase& database, const TalString& name);
 
  private:
   ODLEXDatabase();
@@ -273,6 +334,7 @@ class ODLEXDatabase : public RWCollectable {
   // The message catalog named by SetResources; not loaded yet (see SetResources).
   static TalString resourcePath;
   static TalString orvaneCustomActionDLL;
+  static TalString installerProgram;
   static std::unique_ptr<SingleProgress> singleProgress;
   static std::unique_ptr<DualProgress> dualProgress;
   static bool (*userPermits)();

@@ -7,7 +7,9 @@
 
 class ODLEXDatabaseInfo {
  public:
-  // When a save gives the package a new package code.
+  // When a save gives the package a new package code. Reading a database gives 1 when its
+  // ZrKeyword row AutoUpdateMsiPackageCode is "TRUE" (any case), else 0; ask-the-host (2) is
+  // only ever set by the host, through SetDatabaseInfo, and lasts while the database is open.
   enum ePackageCodePolicy : int {
     ePackageCodeNever = 0,
     ePackageCodeAlways = 1,
@@ -21,7 +23,7 @@ class ODLEXDatabaseInfo {
   TalString productCode;         // ProductCode (a merge module's ModuleID); else the package code
   TalString packageCode;         // the summary information's revision number
   TalString productID;           // ProductID
-  int reserved = 0;              // kept for the record's layout; not read from the database
+  int estimatedSize = 0;         // ARPSIZE, in kilobytes: 0 when absent or not a number
   TalString productIcon;         // ARPPRODUCTICON
   TalString manufacturer;        // Manufacturer
   TalString aboutURL;            // ARPURLINFOABOUT

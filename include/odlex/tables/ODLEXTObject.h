@@ -125,9 +125,6 @@ class ODLEXTObject : public RWCollectable {
   // output file.
   friend class ODLEXDatabase;
 
-  // Writes the database's pending lower-layer errors to the debug output.
-  void CheckForErrors();
-
   // The lower-layer table, shared by the copies of this object.
   struct LowerTableHolder {
     ~LowerTableHolder();
