@@ -79,14 +79,26 @@ TEST_F(TableObjectTest, LoadOnceUnloadKeepsTheModifiedFlag) {
 }
 
 // A table whose file declares another key than the catalog loads with the repeated rows left
-// out; the reason stays in the lower layer's error list for the host.
-TEST_F(TableObjectTest, LoadFailureLeavesTheLowerLayerErrorForTheHost) {
+// out, and a write to a closed database is refused; each reason stays in the lower layer's error
+// list for the host. A read-only table is never written at all.
+TEST_F(TableObjectTest, LoadAndPersistFailuresLeaveTheLowerLayerErrorForTheHost) {
   const std::filesystem::path idt = file("Error.idt");
   writeFileBytes(idt, "Message\tError\ns255\ti2\nError\tMessage\none\t1\ntwo\t1\n");
   ODLEXDatabase& db = openPackage();
   ASSERT_EQ(db.GetDatabase().Import(text(idt)), 0u);
   EXPECT_EQ(db.GetError().GetEntries().entries(), 1u);
   EXPECT_EQ(thrownCode([&] { db.GetTalError(); }), -1) << "no pending error left";
+
+  db.DumpAllErrors();
+  db.Get_Columns().Persist();
+  EXPECT_EQ(thrownCode([&] { db.GetTalError(); }), ODLEXDatabaseError::eNoPendingError)
+      << "a read-only table tried to write";
+  MSIEError row(short{9});
+  row.SetMessage(u"nine");
+  db.GetError().Add(row);
+  db.GetDatabase().close(false);  // the lower database closed under the table object
+  db.GetError().Persist();
+  EXPECT_EQ(thrownCode([&] { db.GetTalError(); }), -1) << "the refused write left no error";
 }
 
 TEST_F(TableObjectTest, ReadOnlyAndMergeModuleTablesIgnoreEdits) {
