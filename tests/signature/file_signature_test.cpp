@@ -1,0 +1,140 @@
+// MsiDigitalFileSignatureInfo on a PE file and on an installer package signed in the test by
+// osslsigncode, on copies with one byte changed after signing, and on unsigned files.
+
+#include <gtest/gtest.h>
+
+#include <odlex/signature/MsiDigitalFileSignatureInfo.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+
+#include "common/Oracle.h"
+#include "common/Packages.h"
+#include "common/TempDir.h"
+#include "common/TestCertificates.h"
+
+namespace odlex::test {
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+void put(Bytes& bytes, std::size_t at, std::uint32_t value, std::size_t width) {
+  for (std::size_t i = 0; i < width; ++i)
+    bytes[at + i] = static_cast<unsigned char>(value >> (8 * i));
+}
+
+// The smallest PE32 file osslsigncode signs: headers with 16 data directories, no sections, and
+// 512 bytes of body.
+Bytes minimalPeFile() {
+  Bytes image(1024);
+  image[0] = 'M';
+  image[1] = 'Z';
+  put(image, 0x3c, 0x40, 4);
+  put(image, 0x40, 0x00004550, 4);  // "PE\0\0"
+  put(image, 0x44, 0x14c, 2);       // machine: i386
+  put(image, 0x54, 224, 2);         // size of the optional header
+  put(image, 0x56, 0x0102, 2);      // characteristics: executable, 32-bit
+  const std::size_t optional = 0x58;
+  put(image, optional, 0x10b, 2);       // PE32
+  put(image, optional + 56, 0x400, 4);  // size of image
+  put(image, optional + 60, 0x200, 4);  // size of headers
+  put(image, optional + 92, 16, 4);     // data directories
+  for (std::size_t i = 0x200; i < image.size(); ++i)
+    image[i] = static_cast<unsigned char>(i);
+  return image;
+}
+
+Bytes readBytes(const std::filesystem::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  return Bytes(std::istreambuf_iterator<char>(in), {});
+}
+
+void writeBytes(const std::filesystem::path& path, const Bytes& bytes) {
+  std::ofstream(path, std::ios::binary)
+      .write(reinterpret_cast<const char*>(bytes.data()),
+             static_cast<std::streamsize>(bytes.size()));
+}
+
+// A copy of `from` with the first byte of the first occurrence of `text` changed.
+std::filesystem::path withByteChanged(const std::filesystem::path& from, std::string_view text) {
+  Bytes bytes = readBytes(from);
+  const auto at = std::search(bytes.begin(), bytes.end(), text.begin(), text.end());
+  EXPECT_NE(at, bytes.end()) << text;
+  if (at != bytes.end())
+    *at ^= 0x01;
+  const std::filesystem::path changed = from.string() + ".changed";
+  writeBytes(changed, bytes);
+  return changed;
+}
+
+// The signed digest osslsigncode reads from a signed file, upper-case hex.
+std::string signedDigestByOsslsigncode(const std::filesystem::path& file) {
+  const ProcessResult verify = runProcess({"osslsigncode", "verify", "-in", file.string()});
+  // The label for a package, else the one for a PE file.
+  std::size_t at = verify.out.find("Current DigitalSignature");
+  if (at == std::string::npos)
+    at = verify.out.find("Current message digest");
+  if (at == std::string::npos)
+    return verify.out;
+  const std::size_t start = verify.out.find(": ", at) + 2;
+  return verify.out.substr(start, verify.out.find_first_of(" \n", start) - start);
+}
+
+std::string hex(const MSIBinary& bytes) {
+  static constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string text;
+  for (unsigned long i = 0; i < bytes.GetSize(); ++i) {
+    text += kDigits[bytes.GetData()[i] >> 4];
+    text += kDigits[bytes.GetData()[i] & 15];
+  }
+  return text;
+}
+
+struct Expected {
+  std::filesystem::path file;
+  unsigned long result;
+  bool certificateRead;
+};
+
+TEST(FileSignature, SignedChangedAndUnsignedFiles) {
+  TempDir dir;
+  const TestCertificate signer = makeCertificate(dir.path(), "signer", "/O=Example/CN=Signer");
+  writeBytes(dir / "app.exe", minimalPeFile());
+  const BuiltPackage& wixl = testPackage(PackageKind::kWixl);
+  ASSERT_FALSE(wixl.file.empty()) << wixl.error;
+  for (const auto& [in, out] :
+       {std::pair{dir / "app.exe", dir / "signed.exe"}, std::pair{wixl.file, dir / "signed.msi"}}) {
+    const ProcessResult sign =
+        runProcess({"osslsigncode", "sign", "-certs", signer.pem.string(), "-key",
+                    signer.key.string(), "-in", in.string(), "-out", out.string()});
+    ASSERT_TRUE(sign.ok()) << sign.describe();
+  }
+  // A byte of the PE body, and one of the package's string pool (a file name).
+  const std::filesystem::path changedExe =
+      withByteChanged(dir / "signed.exe", std::string_view("\x10\x11\x12\x13", 4));
+  const std::filesystem::path changedMsi = withByteChanged(dir / "signed.msi", "Zeichenketten");
+
+  const Expected cases[] = {
+      {dir / "signed.exe", 0, true},        {dir / "signed.msi", 0, true},
+      {changedExe, 0x80096010, true},       {changedMsi, 0x80096010, true},
+      {dir / "app.exe", 0x800B0100, false}, {wixl.file, 0x800B0100, false},
+      {signer.der, 0x800B0100, false},      {dir / "missing.exe", 0x80070002, false},
+  };
+  for (const Expected& expected : cases) {
+    SCOPED_TRACE(expected.file.filename().string());
+    MsiDigitalFileSignatureInfo info(TalString::FromUtf8(expected.file.string()), u"1");
+    EXPECT_EQ(info.GetResult(), expected.result);
+    EXPECT_EQ(info.IsSigned(), expected.result == 0);
+    EXPECT_EQ(info.GetDiskID().u16(), u"1");
+    EXPECT_EQ(info.GetSubject().u16(), expected.certificateRead ? u"O=Example; CN=Signer" : u"");
+    EXPECT_EQ(info.GetIssuer().u16(), expected.certificateRead ? u"O=Example; CN=Signer" : u"");
+    EXPECT_EQ(info.GetCertData().GetSize() > 0, expected.certificateRead);
+    if (expected.certificateRead) {
+      EXPECT_EQ(hex(info.GetHash()), signedDigestByOsslsigncode(expected.file));
+    }
+  }
+}
+
+}  // namespace
+}  // namespace odlex::test
