@@ -55,8 +55,11 @@ TalString ODLEXTMsiFileHash::GetSourceFile(const MSIEFile& file) {
 }
 
 MSIEMsiFileHash ODLEXTMsiFileHash::GetFileHash(const MSIEFile& file) {
-  MSIEMsiFileHash row(file.GetFileID());
-  const TalString path = GetSourceFile(file);
+  return HashFile(GetSourceFile(file), file.GetFileID());
+}
+
+MSIEMsiFileHash ODLEXTMsiFileHash::HashFile(const TalString& path, const TalString& fileID) {
+  MSIEMsiFileHash row(fileID);
   std::array<unsigned char, 16> digest{};
   const unsigned long status =
       path.isNull() ? odlex::signature::kPathNotFound

@@ -33,9 +33,9 @@ CLI::App& Commands::add(const std::string& words, const std::string& summary,
 }
 
 std::function<int()> Commands::chosen() const {
-  for (const auto& [command, run] : commands_) {
-    if (command->parsed())
-      return run;
+  for (auto it = commands_.rbegin(); it != commands_.rend(); ++it) {
+    if (it->first->parsed())
+      return it->second;
   }
   return nullptr;
 }

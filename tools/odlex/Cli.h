@@ -38,7 +38,9 @@ class Commands {
   // command is chosen, after every option has been read; it returns the exit status.
   CLI::App& add(const std::string& words, const std::string& summary, const std::string& example,
                 std::function<int()> run);
-  // The run of the command the words chose; null when none was.
+  // The run of the command the words chose; null when none was. A command declared under
+  // another command ("hash refresh" under "hash") is parsed together with it: the one declared
+  // last wins.
   std::function<int()> chosen() const;
 
  private:
@@ -59,6 +61,7 @@ void addRowsCommand(Commands& commands);
 void addSequenceCommands(Commands& commands);
 void addActionCommands(Commands& commands);
 void addModuleIdCommands(Commands& commands);
+void addSignatureCommands(Commands& commands);
 
 std::unique_ptr<engine::Database> openPackage(const std::filesystem::path& path,
                                               engine::Database::OpenMode mode);

@@ -44,6 +44,7 @@ int main(int argc, char** argv) {
   odlex::cli::addSequenceCommands(commands);
   odlex::cli::addActionCommands(commands);
   odlex::cli::addModuleIdCommands(commands);
+  odlex::cli::addSignatureCommands(commands);
   std::vector<std::string> helpWords;
   CLI::App* help = app.add_subcommand("help", "show the use of a command and an example");
   help->add_option("COMMAND", helpWords, "the command (and verb) to explain");

@@ -57,6 +57,8 @@ class ODLEXTMsiFileHash : public ODLEXTRowTable<ODLEXTMsiFileHash, ODLEXTObject:
   // the file status (2 no such file, 3 a folder of the path missing, 5 not readable, 30 read
   // failure), when it cannot be read, also when the path is empty (status 3).
   MSIEMsiFileHash GetFileHash(const MSIEFile& file);
+  // The same for the file at the host path `path`, as the row of the file `fileID`.
+  static MSIEMsiFileHash HashFile(const TalString& path, const TalString& fileID);
   // Stores the hash of `file`: adds its row, or changes the row when the hash differs (an
   // unchanged row stays unmodified). Lets GetFileHash's error pass.
   void RefreshFileHash(const MSIEFile& file);
