@@ -1,5 +1,6 @@
 // MsiDigitalFileSignatureInfo on a PE file and on an installer package signed in the test by
-// osslsigncode, on copies with one byte changed after signing, and on unsigned files.
+// osslsigncode, on vendor-signed PE files, on copies with one byte changed after signing, and
+// on unsigned files.
 
 #include <gtest/gtest.h>
 
@@ -56,16 +57,21 @@ void writeBytes(const std::filesystem::path& path, const Bytes& bytes) {
              static_cast<std::streamsize>(bytes.size()));
 }
 
-// A copy of `from` with the first byte of the first occurrence of `text` changed.
-std::filesystem::path withByteChanged(const std::filesystem::path& from, std::string_view text) {
+// A copy of `from` with the byte at `at` changed.
+std::filesystem::path withByteChanged(const std::filesystem::path& from, std::size_t at) {
   Bytes bytes = readBytes(from);
+  bytes.at(at) ^= 0x01;
+  const std::filesystem::path changed = from.filename().string() + ".changed";
+  writeBytes(from.parent_path() / changed, bytes);
+  return from.parent_path() / changed;
+}
+
+// The same at the first byte of the first occurrence of `text`.
+std::filesystem::path withByteChanged(const std::filesystem::path& from, std::string_view text) {
+  const Bytes bytes = readBytes(from);
   const auto at = std::search(bytes.begin(), bytes.end(), text.begin(), text.end());
   EXPECT_NE(at, bytes.end()) << text;
-  if (at != bytes.end())
-    *at ^= 0x01;
-  const std::filesystem::path changed = from.string() + ".changed";
-  writeBytes(changed, bytes);
-  return changed;
+  return withByteChanged(from, static_cast<std::size_t>(at - bytes.begin()));
 }
 
 // The signed digest osslsigncode reads from a signed file, upper-case hex.
@@ -133,6 +139,25 @@ TEST(FileSignature, SignedChangedAndUnsignedFiles) {
     if (expected.certificateRead) {
       EXPECT_EQ(hex(info.GetHash()), signedDigestByOsslsigncode(expected.file));
     }
+  }
+}
+
+// Files signed by their vendor with a certificate chain of its own: Debian's signed boot
+// helpers (scripts/setup.sh installs them), and a copy of one changed in its middle.
+TEST(FileSignature, VendorSignedPeFiles) {
+  TempDir dir;
+  const std::filesystem::path shim = "/usr/lib/shim";
+  ASSERT_TRUE(std::filesystem::exists(shim / "mmx64.efi.signed")) << "run scripts/setup.sh";
+  std::filesystem::copy_file(shim / "mmx64.efi.signed", dir / "mmx64.efi");
+  const std::filesystem::path changed =
+      withByteChanged(dir / "mmx64.efi", std::filesystem::file_size(dir / "mmx64.efi") / 2);
+  for (const auto& file : {shim / "mmx64.efi.signed", shim / "fbx64.efi.signed", changed}) {
+    SCOPED_TRACE(file.string());
+    MsiDigitalFileSignatureInfo info(TalString::FromUtf8(file.string()), TalString());
+    EXPECT_EQ(info.GetResult(), file == changed ? 0x80096010 : 0u);
+    EXPECT_TRUE(info.GetSubject().u16().starts_with(u"CN=Debian Secure Boot Signer"));
+    EXPECT_EQ(info.GetIssuer().u16(), u"CN=Debian Secure Boot CA");
+    EXPECT_EQ(hex(info.GetHash()), signedDigestByOsslsigncode(file));
   }
 }
 
