@@ -3,6 +3,7 @@
 #include <odlex/signature/MsiDigitalFileSignatureInfo.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "msi/lower/PathText.h"
 #include "signature/Authenticode.h"
@@ -49,7 +50,7 @@ MsiDigitalFileSignatureInfo::MsiDigitalFileSignatureInfo(TalString file, TalStri
   if (bytes.size() >= sizeof kCompoundFileMagic &&
       std::equal(std::begin(kCompoundFileMagic), std::end(kCompoundFileMagic), bytes.begin())) {
     std::string error;
-    const auto package = odlex::storage::CompoundFileReader::openBytes(bytes, error);
+    const auto package = odlex::storage::CompoundFileReader::openBytes(std::move(bytes), error);
     const auto stream = package ? rootStream(*package, kDigitalSignatureStream) : std::nullopt;
     std::vector<std::uint8_t> pkcs7;
     if (!stream) {
