@@ -89,6 +89,8 @@ TEST(OdlexSignatureCommands, HashRefreshStoresWhatHashPrints) {
   EXPECT_EQ(readFileBytes(dir / "out.msi"), before);
 }
 
+// The fields of cert and signature; a file that cannot be read fails each command with its
+// status.
 TEST(OdlexSignatureCommands, CertAndSignatureFields) {
   TempDir dir;
   const TestCertificate signer = makeCertificate(dir.path(), "signer", "/O=Example/CN=Signer");
@@ -113,10 +115,17 @@ TEST(OdlexSignatureCommands, CertAndSignatureFields) {
                   {"status", 0}}));
   EXPECT_EQ(run({"signature", built.file.string()}),
             "signed\tno\nsubject\t\nissuer\t\nhash\tinvalid\nstatus\t0x800B0100\n");
-  const ProcessResult missing = runOdlex({"cert", (dir / "missing.cer").string()});
-  EXPECT_EQ(missing.exitCode, 1);
-  EXPECT_EQ(missing.err,
-            "odlex: " + (dir / "missing.cer").string() + " is no readable certificate (error 2)\n");
+  const std::string missing = (dir / "missing").string();
+  const std::pair<std::string, std::string> failures[] = {
+      {"cert", missing + " is no readable certificate (error 2)"},
+      {"signature", "cannot read " + missing + " (error 2)"},
+      {"hash", "cannot hash " + missing + " (error 2)"},
+  };
+  for (const auto& [command, message] : failures) {
+    const ProcessResult failed = runOdlex({command, missing});
+    EXPECT_EQ(failed.exitCode, 1) << command;
+    EXPECT_EQ(failed.err, "odlex: " + message + "\n");
+  }
 }
 
 }  // namespace

@@ -97,7 +97,7 @@ struct RefreshCounts {
   int added = 0;
   int changed = 0;
   int unchanged = 0;
-  int missing = 0;  // no source file under the source folder
+  int missing = 0;  // no source file under the source folder, or no place in the image
 };
 
 // Refreshes the hash of every live unversioned file of `db` whose source file exists.
@@ -112,7 +112,12 @@ RefreshCounts refreshHashes(ODLEXDatabase& db) {
     const auto& file = *static_cast<const MSIEFile*>(item);
     if (file.IsDeleted() || !file.GetVersion().isNull())
       continue;
-    const std::string source = hashes.GetSourceFile(file).ToUtf8();
+    std::string source;
+    try {
+      source = hashes.GetSourceFile(file).ToUtf8();
+    } catch (const ODLEXDatabaseError&) {
+      // The file's component or folder does not exist: it has no place in the source image.
+    }
     if (source.empty() || !std::filesystem::is_regular_file(source)) {
       ++counts.missing;
       continue;
@@ -225,6 +230,10 @@ void addSignature(Commands& commands) {
       "signature holds), and the check's status",
       "odlex signature setup.exe", [options] {
         MsiDigitalFileSignatureInfo info(TalString::FromUtf8(options->file), TalString());
+        // A file that cannot be read is a failure, with its status (2 no such file, ...).
+        if ((info.GetResult() & 0xFFFF0000ul) == 0x80070000ul)
+          throw Failure(static_cast<std::uint32_t>(info.GetResult() & 0xFFFF),
+                        "cannot read " + options->file);
         const bool carriesSignature = info.GetCertData().GetSize() > 0;
         char status[16];
         std::snprintf(status, sizeof status, "0x%08lX", info.GetResult());
