@@ -61,9 +61,9 @@ void writeBytes(const std::filesystem::path& path, const Bytes& bytes) {
 std::filesystem::path withByteChanged(const std::filesystem::path& from, std::size_t at) {
   Bytes bytes = readBytes(from);
   bytes.at(at) ^= 0x01;
-  const std::filesystem::path changed = from.filename().string() + ".changed";
-  writeBytes(from.parent_path() / changed, bytes);
-  return from.parent_path() / changed;
+  const std::filesystem::path changed = from.string() + "." + std::to_string(at);
+  writeBytes(changed, bytes);
+  return changed;
 }
 
 // The same at the first byte of the first occurrence of `text`.
@@ -120,12 +120,21 @@ TEST(FileSignature, SignedChangedAndUnsignedFiles) {
   const std::filesystem::path changedExe =
       withByteChanged(dir / "signed.exe", std::string_view("\x10\x11\x12\x13", 4));
   const std::filesystem::path changedMsi = withByteChanged(dir / "signed.msi", "Zeichenketten");
+  // A byte of the signer's signature value, the last field of the signed data (osslsigncode
+  // pads the table to 8 bytes after it): the digest still matches, the signature does not.
+  const std::filesystem::path forgedExe =
+      withByteChanged(dir / "signed.exe", std::filesystem::file_size(dir / "signed.exe") - 20);
 
   const Expected cases[] = {
-      {dir / "signed.exe", 0, true},        {dir / "signed.msi", 0, true},
-      {changedExe, 0x80096010, true},       {changedMsi, 0x80096010, true},
-      {dir / "app.exe", 0x800B0100, false}, {wixl.file, 0x800B0100, false},
-      {signer.der, 0x800B0100, false},      {dir / "missing.exe", 0x80070002, false},
+      {dir / "signed.exe", 0, true},
+      {dir / "signed.msi", 0, true},
+      {changedExe, 0x80096010, true},
+      {changedMsi, 0x80096010, true},
+      {forgedExe, 0x80096010, true},
+      {dir / "app.exe", 0x800B0100, false},
+      {wixl.file, 0x800B0100, false},
+      {signer.der, 0x800B0100, false},
+      {dir / "missing.exe", 0x80070002, false},
   };
   for (const Expected& expected : cases) {
     SCOPED_TRACE(expected.file.filename().string());
