@@ -35,7 +35,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       std::vector<std::uint8_t>(bytes.begin(), bytes.end()), error);
   if (package) {
     std::vector<unsigned char> digest;
-    packageDigest(*package, EVP_sha256(), digest, error);
+    std::vector<unsigned char> metadata;
+    packageMetadataDigest(*package, EVP_sha256(), metadata, error);
+    packageDigest(*package, EVP_sha256(), metadata, digest, error);
     if (const auto stream = rootStream(*package, kDigitalSignatureStream)) {
       std::vector<std::uint8_t> pkcs7;
       if (package->readStream(*stream, pkcs7, error))

@@ -17,7 +17,6 @@ namespace odlex::signature {
 inline constexpr unsigned long kTrustNoSignature = 0x800B0100;  // the file carries none
 inline constexpr unsigned long kTrustBadDigest = 0x80096010;    // digest or signature wrong
 inline constexpr unsigned long kBadMessage = 0x8009200D;        // damaged signature data
-inline constexpr unsigned long kNotImplemented = 0x80004001;    // a form not checked here
 // A file status as such a code.
 inline unsigned long fileStatusCode(unsigned long status) {
   return 0x80070000ul | (status & 0xffff);

@@ -64,11 +64,22 @@ MsiDigitalFileSignatureInfo::MsiDigitalFileSignatureInfo(TalString file, TalStri
     signature = pkcs7;
     if (!readSignature())
       return;
-    if (rootStream(*package, kDigitalSignatureExStream)) {
-      result_ = kNotImplemented;
-      return;
+    // With "\005MsiDigitalSignatureEx", the digest of the entries' descriptions it holds
+    // must be the package's, and the content digest starts with it.
+    std::vector<unsigned char> metadata;
+    if (const auto ex = rootStream(*package, kDigitalSignatureExStream)) {
+      std::vector<std::uint8_t> stored;
+      if (!package->readStream(*ex, stored, error) ||
+          !packageMetadataDigest(*package, authenticode->digestType(), metadata, error)) {
+        result_ = kBadMessage;
+        return;
+      }
+      if (stored != metadata) {
+        result_ = kTrustBadDigest;
+        return;
+      }
     }
-    if (!packageDigest(*package, authenticode->digestType(), digest, error)) {
+    if (!packageDigest(*package, authenticode->digestType(), metadata, digest, error)) {
       result_ = kBadMessage;
       return;
     }

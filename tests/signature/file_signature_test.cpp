@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
+#include <tuple>
 
 #include "common/Oracle.h"
 #include "common/Packages.h"
@@ -69,22 +70,39 @@ std::filesystem::path withByteChanged(const std::filesystem::path& from, std::si
 // The same at the first byte of the first occurrence of `text`.
 std::filesystem::path withByteChanged(const std::filesystem::path& from, std::string_view text) {
   const Bytes bytes = readBytes(from);
-  const auto at = std::search(bytes.begin(), bytes.end(), text.begin(), text.end());
+  const auto at = std::search(
+      bytes.begin(), bytes.end(), text.begin(), text.end(),
+      [](unsigned char byte, char wanted) { return byte == static_cast<unsigned char>(wanted); });
   EXPECT_NE(at, bytes.end()) << text;
   return withByteChanged(from, static_cast<std::size_t>(at - bytes.begin()));
 }
 
 // The signed digest osslsigncode reads from a signed file, upper-case hex.
-std::string signedDigestByOsslsigncode(const std::filesystem::path& file) {
+// The value osslsigncode shows after the first of `labels` it prints for `file`, upper-case
+// hex; its whole output when it prints none.
+std::string osslsigncodeValue(const std::filesystem::path& file,
+                              std::initializer_list<std::string_view> labels) {
   const ProcessResult verify = runProcess({"osslsigncode", "verify", "-in", file.string()});
-  // The label for a package, else the one for a PE file.
-  std::size_t at = verify.out.find("Current DigitalSignature");
-  if (at == std::string::npos)
-    at = verify.out.find("Current message digest");
-  if (at == std::string::npos)
-    return verify.out;
-  const std::size_t start = verify.out.find(": ", at) + 2;
-  return verify.out.substr(start, verify.out.find_first_of(" \n", start) - start);
+  for (std::string_view label : labels) {
+    const std::size_t at = verify.out.find(label);
+    if (at == std::string::npos)
+      continue;
+    const std::size_t start = verify.out.find(": ", at) + 2;
+    return verify.out.substr(start, verify.out.find_first_of(" \n", start) - start);
+  }
+  return verify.out;
+}
+
+// The signed digest osslsigncode reads from a package or a PE file.
+std::string signedDigestByOsslsigncode(const std::filesystem::path& file) {
+  return osslsigncodeValue(file, {"Current DigitalSignature", "Current message digest"});
+}
+
+std::string bytesOfHex(const std::string& hex) {
+  std::string bytes;
+  for (std::size_t i = 0; i + 1 < hex.size(); i += 2)
+    bytes += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
+  return bytes;
 }
 
 std::string hex(const MSIBinary& bytes) {
@@ -109,32 +127,43 @@ TEST(FileSignature, SignedChangedAndUnsignedFiles) {
   writeBytes(dir / "app.exe", minimalPeFile());
   const BuiltPackage& wixl = testPackage(PackageKind::kWixl);
   ASSERT_FALSE(wixl.file.empty()) << wixl.error;
-  for (const auto& [in, out] :
-       {std::pair{dir / "app.exe", dir / "signed.exe"}, std::pair{wixl.file, dir / "signed.msi"}}) {
-    const ProcessResult sign =
-        runProcess({"osslsigncode", "sign", "-certs", signer.pem.string(), "-key",
-                    signer.key.string(), "-in", in.string(), "-out", out.string()});
+  // The package also with "\005MsiDigitalSignatureEx" (-add-msi-dse).
+  const std::tuple<std::filesystem::path, std::filesystem::path, bool> signings[] = {
+      {dir / "app.exe", dir / "signed.exe", false},
+      {wixl.file, dir / "signed.msi", false},
+      {wixl.file, dir / "signed-ex.msi", true},
+  };
+  for (const auto& [in, out, withEx] : signings) {
+    std::vector<std::string> argv = {
+        "osslsigncode", "sign",      "-certs", signer.pem.string(), "-key", signer.key.string(),
+        "-in",          in.string(), "-out",   out.string()};
+    if (withEx)
+      argv.push_back("-add-msi-dse");
+    const ProcessResult sign = runProcess(argv);
     ASSERT_TRUE(sign.ok()) << sign.describe();
   }
   // A byte of the PE body, and one of the package's string pool (a file name).
   const std::filesystem::path changedExe =
       withByteChanged(dir / "signed.exe", std::string_view("\x10\x11\x12\x13", 4));
   const std::filesystem::path changedMsi = withByteChanged(dir / "signed.msi", "Zeichenketten");
+  const std::filesystem::path changedExMsi =
+      withByteChanged(dir / "signed-ex.msi", "Zeichenketten");
+  // The description digest that "\005MsiDigitalSignatureEx" holds, changed.
+  const std::filesystem::path changedExStream = withByteChanged(
+      dir / "signed-ex.msi",
+      bytesOfHex(osslsigncodeValue(dir / "signed-ex.msi", {"Current MsiDigitalSignatureEx"})));
   // A byte of the signer's signature value, the last field of the signed data (osslsigncode
   // pads the table to 8 bytes after it): the digest still matches, the signature does not.
   const std::filesystem::path forgedExe =
       withByteChanged(dir / "signed.exe", std::filesystem::file_size(dir / "signed.exe") - 20);
 
   const Expected cases[] = {
-      {dir / "signed.exe", 0, true},
-      {dir / "signed.msi", 0, true},
-      {changedExe, 0x80096010, true},
-      {changedMsi, 0x80096010, true},
-      {forgedExe, 0x80096010, true},
-      {dir / "app.exe", 0x800B0100, false},
-      {wixl.file, 0x800B0100, false},
-      {signer.der, 0x800B0100, false},
-      {dir / "missing.exe", 0x80070002, false},
+      {dir / "signed.exe", 0, true},        {dir / "signed.msi", 0, true},
+      {changedExe, 0x80096010, true},       {changedMsi, 0x80096010, true},
+      {forgedExe, 0x80096010, true},        {dir / "signed-ex.msi", 0, true},
+      {changedExMsi, 0x80096010, true},     {changedExStream, 0x80096010, true},
+      {dir / "app.exe", 0x800B0100, false}, {wixl.file, 0x800B0100, false},
+      {signer.der, 0x800B0100, false},      {dir / "missing.exe", 0x80070002, false},
   };
   for (const Expected& expected : cases) {
     SCOPED_TRACE(expected.file.filename().string());

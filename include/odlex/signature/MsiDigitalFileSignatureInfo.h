@@ -3,15 +3,16 @@
 // MsiDigitalSignature table. The file is a PE file (its certificate table holds PKCS#7 signed
 // data) or an installer package (its "\005DigitalSignature" stream does). The signature is
 // checked as the installer checks it with an invalid hash fatal: the file's digest is computed
-// (for a package over its streams and storages) and compared with the signed one, and the
+// (for a package over its streams and storages, and, when it has a
+// "\005MsiDigitalSignatureEx" stream, over the entries' names, sizes, class ids, state bits
+// and times too, which that stream must match) and compared with the signed one, and the
 // signer's signature over it must hold. Whether the signer's certificate is trusted is not
 // asked: there is no certificate store here.
 //
 // GetResult() says how the check went: 0 the signature holds; 0x800B0100 the file carries no
 // signature (also a file that is neither a PE file nor a package); 0x80096010 the digest differs
 // or the signer's signature does not hold; 0x8009200D the signature data is damaged;
-// 0x80004001 a package that also has a "\005MsiDigitalSignatureEx" stream (that form is not
-// checked); 0x8007xxxx the file could not be read (xxxx the file status, 2 no such file, ...).
+// 0x8007xxxx the file could not be read (xxxx the file status, 2 no such file, ...).
 // When the signature data could be read, the signer's subject, issuer and encoded certificate
 // and the signed digest are kept whatever the result, so that a caller can show what the file
 // claims; IsSigned() is true only when the result is 0.
