@@ -10,6 +10,8 @@ packages=(
   ninja-build                         # faster builds where CMake can use it
   libgtest-dev libgmock-dev           # tests
   msitools wixl                       # independent readers and writers the tests compare with
+  osslsigncode                        # signs files for the signature tests
+  shim-helpers-amd64-signed           # PE files signed by their vendor, for the same tests
   clang libclang-rt-dev               # fuzz target (libFuzzer)
   libbenchmark-dev libmsi-dev libglib2.0-dev  # benchmarks and their peer
   time                                # peak memory of the benchmarks' runs

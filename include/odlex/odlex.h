@@ -21,6 +21,8 @@
 #include <odlex/msi/MSIView.h>
 #include <odlex/msi/Nullable.h>
 #include <odlex/msi/eSchemaVersion.h>
+#include <odlex/signature/MsiDigitalFileSignatureInfo.h>
+#include <odlex/signature/MsiDigitalSignatureInfo.h>
 #include <odlex/support/CaseMapping.h>
 #include <odlex/support/DebugOutput.h>
 #include <odlex/support/Path.h>

@@ -38,7 +38,9 @@ class Commands {
   // command is chosen, after every option has been read; it returns the exit status.
   CLI::App& add(const std::string& words, const std::string& summary, const std::string& example,
                 std::function<int()> run);
-  // The run of the command the words chose; null when none was.
+  // The run of the command the words chose; null when none was. A command declared under
+  // another command ("hash refresh" under "hash") is parsed together with it: the one declared
+  // last wins.
   std::function<int()> chosen() const;
   // `args` (the program name first) with a noun given alone followed by its default verb: a
   // noun alone means its `list`, or its `show` when it has no list.
@@ -65,6 +67,7 @@ void addModuleIdCommands(Commands& commands);
 void addInfoCommands(Commands& commands);
 void addGuidCommands(Commands& commands);
 void addAdminInstallCommand(Commands& commands);
+void addSignatureCommands(Commands& commands);
 // The manual and shell completion, made from the commands of `app`.
 void addManualCommands(Commands& commands, const CLI::App& app);
 

@@ -61,7 +61,8 @@ class ODLEXDatabaseError {
     ePropertyViewFailed = 47,     // reading a property: the query did not open
     eMergeStep48 = 48,            // the successive steps of merging a module
     eMergeStep49 = 49,
-    eMergeStep50 = 50,  // also: a file hash could not be computed (with a status)
+    eMergeStep50 = 50,
+    eFileHashFailed = 50,  // a file hash could not be computed (with a status)
     eMergeStep51 = 51,
     eMergeStep53 = 53,
     eMergeStep54 = 54,

@@ -1,11 +1,23 @@
 #pragma once
-// Table objects of the tables that describe files and their media: Icon, Media and BindImage;
+// Table objects of the tables that describe files and their media: File, Icon, Media and
+// BindImage;
 // Font and SelfReg (files registered as fonts or self-registering modules); the file
 // operations of components (MoveFile, DuplicateFile, RemoveFile); IsolatedComponent; Binary.
 
 #include "odlex/tables/ODLEXTRowTable.h"
 
 class MSIEFile;
+
+class ODLEXTFile : public ODLEXTRowTable<ODLEXTFile, ODLEXTObject::eFile> {
+ public:
+  // Where the file is found in the source image: its component's folder as a source path
+  // (MSIEDirectory::GetSourcePath, "[SourceDir]Vendor\bin\") followed by the file's long name
+  // (the part after '|' of FileName "short|long", or the only name), for example
+  // "[SourceDir]Vendor\bin\Read Me.txt". ODLEXDatabaseErrorWithEntry (the File table, `file`,
+  // code 21) when the component does not exist; (the Component table, the component, code 18)
+  // when its folder does not; an empty text when the folder's chain is broken.
+  TalString GetLongFilePathSource(const MSIEFile& file);
+};
 
 class ODLEXTIcon : public ODLEXTRowTable<ODLEXTIcon, ODLEXTObject::eIcon> {
  public:

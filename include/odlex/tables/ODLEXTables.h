@@ -13,6 +13,7 @@
 #include "odlex/tables/ODLEXTPatchTables.h"
 #include "odlex/tables/ODLEXTProperty.h"
 #include "odlex/tables/ODLEXTRowTable.h"
+#include "odlex/tables/ODLEXTSignatureTables.h"
 #include "odlex/tables/ODLEXTUITables.h"
 
 #define ODLEX_SIMPLE_TABLE(Table) \
@@ -34,12 +35,8 @@ ODLEX_SIMPLE_TABLE(Error)
 ODLEX_SIMPLE_TABLE(EventMapping)
 ODLEX_SIMPLE_TABLE(Feature)
 ODLEX_SIMPLE_TABLE(FeatureComponents)
-ODLEX_SIMPLE_TABLE(File)
 ODLEX_SIMPLE_TABLE(ListBox)
 ODLEX_SIMPLE_TABLE(ListView)
-ODLEX_SIMPLE_TABLE(MsiDigitalCertificate)
-ODLEX_SIMPLE_TABLE(MsiDigitalSignature)
-ODLEX_SIMPLE_TABLE(MsiFileHash)
 ODLEX_SIMPLE_TABLE(Patch)
 ODLEX_SIMPLE_TABLE(PatchPackage)
 ODLEX_SIMPLE_TABLE(PublishComponent)

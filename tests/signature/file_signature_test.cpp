@@ -1,0 +1,203 @@
+// MsiDigitalFileSignatureInfo on a PE file and on an installer package signed in the test by
+// osslsigncode, on vendor-signed PE files, on copies with one byte changed after signing, and
+// on unsigned files.
+
+#include <gtest/gtest.h>
+
+#include <odlex/signature/MsiDigitalFileSignatureInfo.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <tuple>
+
+#include "common/Oracle.h"
+#include "common/Packages.h"
+#include "common/TempDir.h"
+#include "common/TestCertificates.h"
+
+namespace odlex::test {
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+void put(Bytes& bytes, std::size_t at, std::uint32_t value, std::size_t width) {
+  for (std::size_t i = 0; i < width; ++i)
+    bytes[at + i] = static_cast<unsigned char>(value >> (8 * i));
+}
+
+// The smallest PE32 file osslsigncode signs: headers with 16 data directories, no sections, and
+// 512 bytes of body.
+Bytes minimalPeFile() {
+  Bytes image(1024);
+  image[0] = 'M';
+  image[1] = 'Z';
+  put(image, 0x3c, 0x40, 4);
+  put(image, 0x40, 0x00004550, 4);  // "PE\0\0"
+  put(image, 0x44, 0x14c, 2);       // machine: i386
+  put(image, 0x54, 224, 2);         // size of the optional header
+  put(image, 0x56, 0x0102, 2);      // characteristics: executable, 32-bit
+  const std::size_t optional = 0x58;
+  put(image, optional, 0x10b, 2);       // PE32
+  put(image, optional + 56, 0x400, 4);  // size of image
+  put(image, optional + 60, 0x200, 4);  // size of headers
+  put(image, optional + 92, 16, 4);     // data directories
+  for (std::size_t i = 0x200; i < image.size(); ++i)
+    image[i] = static_cast<unsigned char>(i);
+  return image;
+}
+
+Bytes readBytes(const std::filesystem::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  return Bytes(std::istreambuf_iterator<char>(in), {});
+}
+
+void writeBytes(const std::filesystem::path& path, const Bytes& bytes) {
+  std::ofstream(path, std::ios::binary)
+      .write(reinterpret_cast<const char*>(bytes.data()),
+             static_cast<std::streamsize>(bytes.size()));
+}
+
+// A copy of `from` with the byte at `at` changed.
+std::filesystem::path withByteChanged(const std::filesystem::path& from, std::size_t at) {
+  Bytes bytes = readBytes(from);
+  bytes.at(at) ^= 0x01;
+  const std::filesystem::path changed = from.string() + "." + std::to_string(at);
+  writeBytes(changed, bytes);
+  return changed;
+}
+
+// The same at the first byte of the first occurrence of `text`.
+std::filesystem::path withByteChanged(const std::filesystem::path& from, std::string_view text) {
+  const Bytes bytes = readBytes(from);
+  const auto at = std::search(
+      bytes.begin(), bytes.end(), text.begin(), text.end(),
+      [](unsigned char byte, char wanted) { return byte == static_cast<unsigned char>(wanted); });
+  EXPECT_NE(at, bytes.end()) << text;
+  return withByteChanged(from, static_cast<std::size_t>(at - bytes.begin()));
+}
+
+// The signed digest osslsigncode reads from a signed file, upper-case hex.
+// The value osslsigncode shows after the first of `labels` it prints for `file`, upper-case
+// hex; its whole output when it prints none.
+std::string osslsigncodeValue(const std::filesystem::path& file,
+                              std::initializer_list<std::string_view> labels) {
+  const ProcessResult verify = runProcess({"osslsigncode", "verify", "-in", file.string()});
+  for (std::string_view label : labels) {
+    const std::size_t at = verify.out.find(label);
+    if (at == std::string::npos)
+      continue;
+    const std::size_t start = verify.out.find(": ", at) + 2;
+    return verify.out.substr(start, verify.out.find_first_of(" \n", start) - start);
+  }
+  return verify.out;
+}
+
+// The signed digest osslsigncode reads from a package or a PE file.
+std::string signedDigestByOsslsigncode(const std::filesystem::path& file) {
+  return osslsigncodeValue(file, {"Current DigitalSignature", "Current message digest"});
+}
+
+std::string bytesOfHex(const std::string& hex) {
+  std::string bytes;
+  for (std::size_t i = 0; i + 1 < hex.size(); i += 2)
+    bytes += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
+  return bytes;
+}
+
+std::string hex(const MSIBinary& bytes) {
+  static constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string text;
+  for (unsigned long i = 0; i < bytes.GetSize(); ++i) {
+    text += kDigits[bytes.GetData()[i] >> 4];
+    text += kDigits[bytes.GetData()[i] & 15];
+  }
+  return text;
+}
+
+struct Expected {
+  std::filesystem::path file;
+  unsigned long result;
+  bool certificateRead;
+};
+
+TEST(FileSignature, SignedChangedAndUnsignedFiles) {
+  TempDir dir;
+  const TestCertificate signer = makeCertificate(dir.path(), "signer", "/O=Example/CN=Signer");
+  writeBytes(dir / "app.exe", minimalPeFile());
+  const BuiltPackage& wixl = testPackage(PackageKind::kWixl);
+  ASSERT_FALSE(wixl.file.empty()) << wixl.error;
+  // The package also with "\005MsiDigitalSignatureEx" (-add-msi-dse).
+  const std::tuple<std::filesystem::path, std::filesystem::path, bool> signings[] = {
+      {dir / "app.exe", dir / "signed.exe", false},
+      {wixl.file, dir / "signed.msi", false},
+      {wixl.file, dir / "signed-ex.msi", true},
+  };
+  for (const auto& [in, out, withEx] : signings) {
+    std::vector<std::string> argv = {
+        "osslsigncode", "sign",      "-certs", signer.pem.string(), "-key", signer.key.string(),
+        "-in",          in.string(), "-out",   out.string()};
+    if (withEx)
+      argv.push_back("-add-msi-dse");
+    const ProcessResult sign = runProcess(argv);
+    ASSERT_TRUE(sign.ok()) << sign.describe();
+  }
+  // A byte of the PE body, and one of the package's string pool (a file name).
+  const std::filesystem::path changedExe =
+      withByteChanged(dir / "signed.exe", std::string_view("\x10\x11\x12\x13", 4));
+  const std::filesystem::path changedMsi = withByteChanged(dir / "signed.msi", "Zeichenketten");
+  const std::filesystem::path changedExMsi =
+      withByteChanged(dir / "signed-ex.msi", "Zeichenketten");
+  // The description digest that "\005MsiDigitalSignatureEx" holds, changed.
+  const std::filesystem::path changedExStream = withByteChanged(
+      dir / "signed-ex.msi",
+      bytesOfHex(osslsigncodeValue(dir / "signed-ex.msi", {"Current MsiDigitalSignatureEx"})));
+  // A byte of the signer's signature value, the last field of the signed data (osslsigncode
+  // pads the table to 8 bytes after it): the digest still matches, the signature does not.
+  const std::filesystem::path forgedExe =
+      withByteChanged(dir / "signed.exe", std::filesystem::file_size(dir / "signed.exe") - 20);
+
+  const Expected cases[] = {
+      {dir / "signed.exe", 0, true},        {dir / "signed.msi", 0, true},
+      {changedExe, 0x80096010, true},       {changedMsi, 0x80096010, true},
+      {forgedExe, 0x80096010, true},        {dir / "signed-ex.msi", 0, true},
+      {changedExMsi, 0x80096010, true},     {changedExStream, 0x80096010, true},
+      {dir / "app.exe", 0x800B0100, false}, {wixl.file, 0x800B0100, false},
+      {signer.der, 0x800B0100, false},      {dir / "missing.exe", 0x80070002, false},
+  };
+  for (const Expected& expected : cases) {
+    SCOPED_TRACE(expected.file.filename().string());
+    MsiDigitalFileSignatureInfo info(TalString::FromUtf8(expected.file.string()), u"1");
+    EXPECT_EQ(info.GetResult(), expected.result);
+    EXPECT_EQ(info.IsSigned(), expected.result == 0);
+    EXPECT_EQ(info.GetDiskID().u16(), u"1");
+    EXPECT_EQ(info.GetSubject().u16(), expected.certificateRead ? u"O=Example; CN=Signer" : u"");
+    EXPECT_EQ(info.GetIssuer().u16(), expected.certificateRead ? u"O=Example; CN=Signer" : u"");
+    EXPECT_EQ(info.GetCertData().GetSize() > 0, expected.certificateRead);
+    if (expected.certificateRead) {
+      EXPECT_EQ(hex(info.GetHash()), signedDigestByOsslsigncode(expected.file));
+    }
+  }
+}
+
+// Files signed by their vendor with a certificate chain of its own: Debian's signed boot
+// helpers (scripts/setup.sh installs them), and a copy of one changed in its middle.
+TEST(FileSignature, VendorSignedPeFiles) {
+  TempDir dir;
+  const std::filesystem::path shim = "/usr/lib/shim";
+  ASSERT_TRUE(std::filesystem::exists(shim / "mmx64.efi.signed")) << "run scripts/setup.sh";
+  std::filesystem::copy_file(shim / "mmx64.efi.signed", dir / "mmx64.efi");
+  const std::filesystem::path changed =
+      withByteChanged(dir / "mmx64.efi", std::filesystem::file_size(dir / "mmx64.efi") / 2);
+  for (const auto& file : {shim / "mmx64.efi.signed", shim / "fbx64.efi.signed", changed}) {
+    SCOPED_TRACE(file.string());
+    MsiDigitalFileSignatureInfo info(TalString::FromUtf8(file.string()), TalString());
+    EXPECT_EQ(info.GetResult(), file == changed ? 0x80096010 : 0u);
+    EXPECT_TRUE(info.GetSubject().u16().starts_with(u"CN=Debian Secure Boot Signer"));
+    EXPECT_EQ(info.GetIssuer().u16(), u"CN=Debian Secure Boot CA");
+    EXPECT_EQ(hex(info.GetHash()), signedDigestByOsslsigncode(file));
+  }
+}
+
+}  // namespace
+}  // namespace odlex::test
