@@ -5,6 +5,7 @@
 #include "odlex/tables/ODLEXSequence.h"
 #include "odlex/tables/ODLEXTAssemblyTables.h"
 #include "odlex/tables/ODLEXTComTables.h"
+#include "odlex/tables/ODLEXTComponent.h"
 #include "odlex/tables/ODLEXTCustomAction.h"
 #include "odlex/tables/ODLEXTFileTables.h"
 #include "odlex/tables/ODLEXTInstallTables.h"
@@ -24,7 +25,7 @@ ODLEX_SIMPLE_TABLE(BBControl)
 ODLEX_SIMPLE_TABLE(Billboard)
 ODLEX_SIMPLE_TABLE(CheckBox)
 ODLEX_SIMPLE_TABLE(ComboBox)
-ODLEX_SIMPLE_TABLE(Component)
+
 ODLEX_SIMPLE_TABLE(Condition)
 ODLEX_SIMPLE_TABLE(Control)
 ODLEX_SIMPLE_TABLE(ControlCondition)
