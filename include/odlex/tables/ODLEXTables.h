@@ -7,6 +7,7 @@
 #include "odlex/tables/ODLEXTComTables.h"
 #include "odlex/tables/ODLEXTComponent.h"
 #include "odlex/tables/ODLEXTCustomAction.h"
+#include "odlex/tables/ODLEXTDirectory.h"
 #include "odlex/tables/ODLEXTFileTables.h"
 #include "odlex/tables/ODLEXTInstallTables.h"
 #include "odlex/tables/ODLEXTLocatorTables.h"
@@ -30,7 +31,7 @@ ODLEX_SIMPLE_TABLE(Condition)
 ODLEX_SIMPLE_TABLE(Control)
 ODLEX_SIMPLE_TABLE(ControlCondition)
 ODLEX_SIMPLE_TABLE(Dialog)
-ODLEX_SIMPLE_TABLE(Directory)
+
 ODLEX_SIMPLE_TABLE(Error)
 ODLEX_SIMPLE_TABLE(EventMapping)
 ODLEX_SIMPLE_TABLE(Feature)
