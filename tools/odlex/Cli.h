@@ -61,6 +61,8 @@ void addEditCommands(Commands& commands);
 void addRowsCommand(Commands& commands);
 void addSequenceCommands(Commands& commands);
 void addActionCommands(Commands& commands);
+void addComponentCommands(Commands& commands);
+void addDirectoryCommands(Commands& commands);
 void addModuleIdCommands(Commands& commands);
 // The manual and shell completion, made from the commands of `app`.
 void addManualCommands(Commands& commands, const CLI::App& app);

@@ -1,0 +1,159 @@
+// Commands on components: component list (key, GUID, directory, key path, attributes) and
+// component delete (each component with every row that belongs to it, listed per table).
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "Cli.h"
+#include "LibraryDatabase.h"
+#include "msi/engine/Text.h"
+#include "msi/schema/Schema.h"
+#include "odlex/database/ODLEXDatabase.h"
+#include "odlex/tables/ODLEXTables.h"
+
+namespace odlex::cli {
+
+namespace {
+
+using nlohmann::json;
+
+std::string utf8(const TalString& text) {
+  return engine::toUtf8(text.u16());
+}
+
+void addList(Commands& commands) {
+  struct Options {
+    std::string package;
+    bool json = false;
+  };
+  auto options = std::make_shared<Options>();
+  CLI::App& command =
+      commands.add("component list", "the components: key, GUID, directory, key path, attributes",
+                   "odlex component list product.msi", [options] {
+                     LibrarySession session;
+                     RWBTree rows;
+                     session.openReadOnly(options->package).GetComponent().GetComponents(rows);
+                     json list = json::array();
+                     for (RWCollectable* item : rows) {
+                       const auto& row = static_cast<const MSIEComponent&>(*item);
+                       if (options->json) {
+                         list.push_back({{"component", utf8(row.GetComponentID())},
+                                         {"guid", utf8(row.GetComponentGUID())},
+                                         {"directory", utf8(row.GetDirectoryID())},
+                                         {"keyPath", utf8(row.GetKeyPath())},
+                                         {"attributes", row.GetAttributes()}});
+                         continue;
+                       }
+                       printFields({row.GetComponentID().u16(), row.GetComponentGUID().u16(),
+                                    row.GetDirectoryID().u16(), row.GetKeyPath().u16(),
+                                    engine::fromUtf8(std::to_string(row.GetAttributes()))});
+                     }
+                     if (options->json)
+                       printJson({{"components", list}});
+                     return 0;
+                   });
+  addPackageArgument(command, options->package);
+  addJsonFlag(command, options->json,
+              R"({"components": [{"component", "guid", "directory", "keyPath", "attributes"}]})");
+}
+
+// The live rows of every table the database's schema can hold, to tell afterwards which of
+// them an edit deleted.
+std::vector<MSIEntry*> liveRows(ODLEXDatabase& db) {
+  std::vector<MSIEntry*> rows;
+  for (const auto type : {
+#define ODLEX_TABLE_TYPE(Table, id, edits, attributes) ODLEXTObject::e##Table,
+#include "odlex/tables/TableTypes.def"
+#undef ODLEX_TABLE_TYPE
+       }) {
+    ODLEXTObject* table = nullptr;
+    try {
+      table = &db.GetTableObject(type);
+    } catch (const ODLEXDatabaseError&) {
+      continue;  // the schema cannot hold the table: it has no rows
+    }
+    for (RWCollectable* item : table->GetEntries()) {
+      auto* row = static_cast<MSIEntry*>(item);
+      if (!row->IsDeleted())
+        rows.push_back(row);
+    }
+  }
+  return rows;
+}
+
+// The key of a row: its key columns' values joined by '/'.
+std::string keyOf(const MSIEntry& row) {
+  std::string key;
+  for (const auto& column : row.GetSchema().columns) {
+    if (!column.key())
+      continue;
+    MSIRecordColumn value;
+    row.GetColumn(TalString(std::u16string(column.name)), value);
+    key += (key.empty() ? "" : "/") + utf8(value.GetString());
+  }
+  return key;
+}
+
+void addDelete(Commands& commands) {
+  struct Options {
+    std::string package;
+    std::vector<std::string> keys;
+    std::string output;
+    bool dryRun = false;
+    bool json = false;
+  };
+  auto options = std::make_shared<Options>();
+  CLI::App& command = commands.add(
+      "component delete",
+      "delete components and every row that belongs to them or to their rows (files, their "
+      "hashes, fonts and copies, registry values, shortcuts, services, classes, ...); the "
+      "feature links stay. Prints the rows removed: table, key",
+      "odlex component delete product.msi Docs Helpers -o smaller.msi", [options] {
+        LibrarySession session;
+        ODLEXDatabase& db = options->dryRun
+                                ? session.openReadOnly(options->package)
+                                : session.openForEdit(options->package, options->output);
+        ODLEXTComponent& components = db.GetComponent();
+        std::vector<MSIEComponent*> doomed;
+        for (const std::string& key : options->keys) {
+          MSIEComponent* row = components.Lookup(TalString::FromUtf8(key));
+          if (!row)
+            throw Failure(ODLEXDatabaseError::eComponentNotFound, "no component " + key);
+          doomed.push_back(row);
+        }
+        const std::vector<MSIEntry*> before = liveRows(db);
+        for (MSIEComponent* row : doomed)
+          components.Delete(*row);
+        std::map<std::string, std::vector<std::string>> removed;
+        for (const MSIEntry* row : before) {
+          if (row->IsDeleted())
+            removed[utf8(row->GetTableName())].push_back(keyOf(*row));
+        }
+        if (options->json) {
+          printJson({{"removed", removed}, {"written", !options->dryRun}});
+        } else {
+          for (const auto& [table, keys] : removed)
+            for (const std::string& key : keys)
+              printFields({engine::fromUtf8(table), engine::fromUtf8(key)});
+        }
+        if (!options->dryRun)
+          session.save(db);
+        return 0;
+      });
+  addPackageArgument(command, options->package);
+  command.add_option("KEY", options->keys, "the components to delete")->required();
+  addOutputOption(command, options->output, "write the result to this file, not the package");
+  addDryRunFlag(command, options->dryRun);
+  addJsonFlag(command, options->json,
+              R"({"removed": {TABLE: [KEY, ...]}, "written"} (KEY: key columns joined by "/"))");
+}
+
+}  // namespace
+
+void addComponentCommands(Commands& commands) {
+  addList(commands);
+  addDelete(commands);
+}
+
+}  // namespace odlex::cli
