@@ -212,11 +212,13 @@ void ODLEXTComponent::Delete(MSIEComponent& c) {
   db.GetReserveCost().Delete(c);
   db.GetZrRemoveTextFile().Delete(c);
   db.GetZrTextFile().Delete(c);
-  if (db.GetVersion() >= eSchema110) {
+  // A database that declares no schema holds only the tables of schema 100.
+  const int version = db.GetVersion() == eSchemaNone ? eSchema100 : db.GetVersion();
+  if (version >= eSchema110) {
     static_cast<ODLEXTComplus&>(db.GetTableObject(eComplus)).Delete(c);
     static_cast<ODLEXTIsolatedComponent&>(db.GetTableObject(eIsolatedComponent)).Delete(c);
   }
-  if (db.GetVersion() >= eSchema200) {
+  if (version >= eSchema200) {
     db.GetMsiAssembly().Delete(c);
     db.GetMsiAssemblyName().Delete(c);
   }

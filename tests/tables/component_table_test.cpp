@@ -196,5 +196,49 @@ TEST_F(ComponentTableTest, ChangeAndTheAttributeRecord) {
   EXPECT_TRUE(components.IsKeyPathForFiles(MSIEComponent(u"k", u"", u"")));
 }
 
+// The tables of newer schemas are reached only by databases that can hold them (a reach beyond
+// would throw code 60), and ModuleComponents only in a merge module.
+TEST_F(ComponentTableTest, VersionAndMergeModuleGates) {
+  const struct {
+    eSchemaVersion version;
+    bool mergeModule;
+    bool isolatedGoes;
+    bool assemblyGoes;
+    bool moduleRowGoes;
+  } cases[] = {
+      {eSchema100, false, false, false, false},
+      {eSchema150, false, true, false, false},
+      {eSchema200, false, true, true, false},
+      {eSchema200, true, true, true, true},
+  };
+  int n = 0;
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::to_string(c.version) + (c.mergeModule ? " module" : ""));
+    const std::filesystem::path path = file("gate" + std::to_string(n++) + ".msi");
+    MSIDatabase created(c.version);
+    ASSERT_EQ(created.open(text(path), MSIDatabase::ePersistCreate), 0u);
+    ASSERT_EQ(created.commit(), 0u);
+    created.close(false);
+    ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(path));
+    db.SetMergeModule(c.mergeModule);
+    MSIEComponent& main = addRow(db.GetComponent(), MSIEComponent(u"", u"", u"TARGETDIR"));
+    const TalString key = main.GetComponentID();
+    MSIEntry* isolated = c.version >= eSchema110
+                             ? &addRow(db.GetIsolatedComponent(), MSIEIsolatedComponent(key, key))
+                             : nullptr;
+    MSIEntry* assembly =
+        c.version >= eSchema200 ? &addRow(db.GetMsiAssembly(), MSIEMsiAssembly(key)) : nullptr;
+    MSIEntry* moduleRow =
+        c.version >= eSchema200
+            ? &addRow(db.GetModuleComponents(), MSIEModuleComponents(key, u"Module.GUID", 1033))
+            : nullptr;
+    db.GetComponent().Delete(main);
+    EXPECT_TRUE(main.IsDeleted());
+    EXPECT_EQ(isolated && isolated->IsDeleted(), c.isolatedGoes);
+    EXPECT_EQ(assembly && assembly->IsDeleted(), c.assemblyGoes);
+    EXPECT_EQ(moduleRow && moduleRow->IsDeleted(), c.moduleRowGoes);
+  }
+}
+
 }  // namespace
 }  // namespace odlex::test

@@ -76,7 +76,8 @@ class ODLEXTComponent : public ODLEXTRowTable<ODLEXTComponent, ODLEXTObject::eCo
   // RemoveFile, Shortcut, Registry, RemoveRegistry, ServiceInstall, ServiceControl, IniFile,
   // RemoveIniFile, Environment, Extension, Class, TypeLib, ODBCDriver, ODBCDataSource,
   // ODBCTranslator, ReserveCost, ZrRemoveTextFile, ZrTextFile; from schema 110 on Complus and
-  // IsolatedComponent; from 200 on MsiAssembly and MsiAssemblyName; in a merge module
+  // IsolatedComponent; from 200 on MsiAssembly and MsiAssemblyName (a database that declares
+  // no schema counts as 100, the tables it can hold); in a merge module
   // ModuleComponents; each with what hangs off the rows (ODLEXComponentCascade.h). Then `c`
   // itself. Its FeatureComponents rows stay: unlinking is Delete(feature, c).
   void Delete(MSIEComponent& c);
