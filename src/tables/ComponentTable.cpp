@@ -1,8 +1,6 @@
 // The Component table object: adding, checking and changing components, their key paths,
 // attributes, directory and features, and the deletion cascade.
 
-#include <set>
-
 #include "odlex/database/ODLEXDatabase.h"
 #include "odlex/tables/ODLEXTables.h"
 
@@ -230,9 +228,7 @@ void ODLEXTComponent::Delete(MSIEComponent& c) {
 }
 
 void ODLEXTComponent::Delete(const MSIEFeature& f, MSIEComponent& c) {
-  ODLEXTFeatureComponents& links = GetDatabase().GetFeatureComponents();
-  if (MSIEFeatureComponents* link = links.Lookup(f.GetFeature(), c.GetComponentID()))
-    links.Delete(*link);
+  GetDatabase().GetFeatureComponents().Delete(f, c);
 }
 
 bool ODLEXTComponent::HasKeyPath(const MSIEComponent& c) {
@@ -330,20 +326,11 @@ TalString ODLEXTComponent::GetSourcePath(const MSIEComponent& c) {
   return GetDirectory(c).GetSourcePath(false, true, false);
 }
 
-// The features are followed up their Feature_Parent chain; a feature seen before ends a chain,
-// so a cycle of parents in a damaged package ends too.
 void ODLEXTComponent::GetFeatures(RWBTree& out, const MSIEComponent& c) {
-  ODLEXTFeature& features = GetDatabase().GetFeature();
-  std::set<std::u16string> seen;
-  for (RWCollectable* item : GetDatabase().GetFeatureComponents().GetEntries()) {
-    const auto& link = static_cast<const MSIEFeatureComponents&>(*item);
-    if (link.IsDeleted() || link.GetComponent() != c.GetComponentID())
-      continue;
-    for (MSIEFeature* feature = features.Lookup(link.GetFeature());
-         feature && seen.insert(feature->GetFeature().u16()).second;
-         feature = features.Lookup(feature->GetFeatureParent()))
-      out.insert(feature);
-  }
+  RWBTree linked;
+  GetDatabase().GetFeatureComponents().GetFeatures(linked, c.GetComponentID(), false);
+  for (RWCollectable* feature : linked)
+    GetDatabase().GetFeature().GetParents(out, static_cast<const MSIEFeature&>(*feature), true);
 }
 
 void ODLEXTComponent::GetComponentsWithKeyFiles(RWBTree& out, const RWBTree& components) {

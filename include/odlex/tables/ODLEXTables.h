@@ -8,6 +8,7 @@
 #include "odlex/tables/ODLEXTComponent.h"
 #include "odlex/tables/ODLEXTCustomAction.h"
 #include "odlex/tables/ODLEXTDirectory.h"
+#include "odlex/tables/ODLEXTFeatureTables.h"
 #include "odlex/tables/ODLEXTFileTables.h"
 #include "odlex/tables/ODLEXTInstallTables.h"
 #include "odlex/tables/ODLEXTLocatorTables.h"
@@ -34,8 +35,6 @@ ODLEX_SIMPLE_TABLE(Dialog)
 
 ODLEX_SIMPLE_TABLE(Error)
 ODLEX_SIMPLE_TABLE(EventMapping)
-ODLEX_SIMPLE_TABLE(Feature)
-ODLEX_SIMPLE_TABLE(FeatureComponents)
 ODLEX_SIMPLE_TABLE(File)
 ODLEX_SIMPLE_TABLE(ListBox)
 ODLEX_SIMPLE_TABLE(ListView)
