@@ -35,17 +35,6 @@ TalString longName(const TalString& name) {
   return bar == std::u16string::npos ? name : TalString(text.substr(bar + 1));
 }
 
-TalString registryText(const MSIERegistry& row) {
-  static const char16_t* const kRoots[] = {u"HKCR", u"HKCU", u"HKLM", u"HKU"};
-  const short root = row.GetRoot();
-  std::u16string text = root >= 0 && root <= 3 ? kRoots[root] : u"HKCU/HKLM";
-  text += u'\\';
-  text += row.GetKey().u16();
-  text += u'\\';
-  text += row.GetName().u16().empty() ? std::u16string(u"(Default)") : row.GetName().u16();
-  return TalString(text);
-}
-
 }  // namespace
 
 ODLEXComponentInfo::ODLEXComponentInfo(const MSIEComponent& row)
@@ -247,8 +236,7 @@ MSIEntry& ODLEXTComponent::GetKeyPath(const MSIEComponent& c) {
   if (IsKeyPathForFiles(c))
     return FindOrThrow(GetDatabase().GetFile().Lookup(c.GetKeyPath()),
                        ODLEXDatabaseError::eFileNotFound);
-  return FindOrThrow(GetDatabase().GetRegistry().Lookup(c.GetKeyPath()),
-                     ODLEXDatabaseError::eRegistryNotFound);
+  return GetDatabase().GetRegistry().GetRegistryWithID(c.GetKeyPath());
 }
 
 TalString ODLEXTComponent::GetKeyPathString(const MSIEComponent& c) {
@@ -257,7 +245,7 @@ TalString ODLEXTComponent::GetKeyPathString(const MSIEComponent& c) {
   try {
     if (IsKeyPathForFiles(c))
       return longName(static_cast<MSIEFile&>(GetKeyPath(c)).GetFileName());
-    return registryText(static_cast<MSIERegistry&>(GetKeyPath(c)));
+    return GetDatabase().GetRegistry().GetKeyPath(c.GetKeyPath());
   } catch (const ODLEXDatabaseError& error) {
     throw ODLEXDatabaseErrorWithEntry(kType, c, error);
   }

@@ -191,8 +191,6 @@ TEST_F(ComponentTableTest, ChangeAndTheAttributeRecord) {
   EXPECT_TRUE(registry.registryKeyPath);
   info = registry;
   EXPECT_FALSE(info.registryKeyPath);
-  EXPECT_EQ(components.GetKeyPathString(components.GetComponentWithID(u"ProgramMenuDir")),
-            TalString(u"HKCU\\Software\\Odlex\\Test\\MenuInstalled"));
   EXPECT_TRUE(components.IsKeyPathForFiles(MSIEComponent(u"k", u"", u"")));
 }
 

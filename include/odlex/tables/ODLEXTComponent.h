@@ -91,7 +91,7 @@ class ODLEXTComponent : public ODLEXTRowTable<ODLEXTComponent, ODLEXTObject::eCo
   // none, an empty key path included.
   MSIEntry& GetKeyPath(const MSIEComponent& c);
   // The text naming the key path: empty without one; a file's long name, or a registry row's
-  // "ROOT\key\name" (name "(Default)" when null). A key path naming no row throws
+  // text (ODLEXTRegistry::GetKeyPath). A key path naming no row throws
   // ODLEXDatabaseErrorWithEntry(Component, c, 20 or 19).
   TalString GetKeyPathString(const MSIEComponent& c);
   void SetKeyPath(const MSIEFile& file, MSIEComponent& c);

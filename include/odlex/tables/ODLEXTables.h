@@ -15,6 +15,7 @@
 #include "odlex/tables/ODLEXTODBCTables.h"
 #include "odlex/tables/ODLEXTPatchTables.h"
 #include "odlex/tables/ODLEXTProperty.h"
+#include "odlex/tables/ODLEXTRegistry.h"
 #include "odlex/tables/ODLEXTRowTable.h"
 #include "odlex/tables/ODLEXTUITables.h"
 
@@ -44,7 +45,6 @@ ODLEX_SIMPLE_TABLE(MsiFileHash)
 ODLEX_SIMPLE_TABLE(Patch)
 ODLEX_SIMPLE_TABLE(PatchPackage)
 ODLEX_SIMPLE_TABLE(PublishComponent)
-ODLEX_SIMPLE_TABLE(Registry)
 ODLEX_SIMPLE_TABLE(SFPCatalog)
 ODLEX_SIMPLE_TABLE(TextStyle)
 ODLEX_SIMPLE_TABLE(UIText)
