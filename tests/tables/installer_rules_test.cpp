@@ -72,11 +72,12 @@ TEST_F(InstallerRulesTest, ExpandAnswersTheFormsThePackageHolds) {
 TEST_F(InstallerRulesTest, IconsAreFoundByTheFileTheirDataCameFrom) {
   const std::filesystem::path source = dir_ / "app.ico";
   writeFileBytes(source, "icon");
-  MSIEIcon fromFile(u"FromFile");
-  fromFile.SetData(MSIBinary(text(source)));
   ODLEXTIcon& icons = db_->GetIcon();
-  MSIEIcon& added = addRow(icons, fromFile);
-  EXPECT_EQ(&icons.GetIconWithSourceFile(text(source)), &added);
+  icons.Add(u"FromFile", text(source));
+  ASSERT_EQ(icons.GetTempEntries().entries(), 1u);
+  EXPECT_EQ(&icons.GetIconWithSourceFile(text(source)), *icons.GetTempEntries().begin());
+  icons.Add(u"Missing", text(dir_ / "missing.ico"));
+  EXPECT_EQ(icons.GetTempEntries().entries(), 0u);
   // Rows read from the package came from no file, not from the empty path.
   ASSERT_TRUE(db_->SaveChanges());
   db_->Reload();
