@@ -49,11 +49,24 @@ TEST_F(OdlexComponents, DeleteWritesTheSmallerPackageAndListsWhatWent) {
   EXPECT_EQ(listed[0]["directory"], "DataDir");
 }
 
-TEST_F(OdlexComponents, AnUnknownKeyChangesNothing) {
-  const ProcessResult result =
-      runOdlex({"component", "delete", package_.string(), "ReadmeDoc", "NoSuchComponent"});
-  EXPECT_EQ(result.exitCode, 1);
-  EXPECT_NE(result.err.find("NoSuchComponent"), std::string::npos) << result.err;
+TEST_F(OdlexComponents, AddMakesDistinctComponentsInTheFolder) {
+  const json added = run({"component", "add", package_.string(), "DataDir", "--count", "3", "-o",
+                          out_.string(), "--json"})["components"];
+  ASSERT_EQ(added.size(), 3u);
+  EXPECT_NE(added[0]["guid"], added[1]["guid"]);
+  EXPECT_EQ(msiinfoRows(out_, "Component").size(), 8u);
+}
+
+TEST_F(OdlexComponents, AnUnknownKeyOrFolderChangesNothing) {
+  const std::vector<std::vector<std::string>> commands = {
+      {"component", "delete", package_.string(), "ReadmeDoc", "NoSuchComponent"},
+      {"component", "add", package_.string(), "NoSuchFolder"},
+  };
+  for (const std::vector<std::string>& args : commands) {
+    const ProcessResult result = runOdlex(args);
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_NE(result.err.find("NoSuch"), std::string::npos) << result.err;
+  }
   EXPECT_EQ(msiinfoRows(package_, "Component").size(), 5u);
 }
 

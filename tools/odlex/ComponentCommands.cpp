@@ -1,5 +1,6 @@
-// Commands on components: component list (key, GUID, directory, key path, attributes) and
-// component delete (each component with every row that belongs to it, listed per table).
+// Commands on components: component list (key, GUID, directory, key path, attributes),
+// component add (new components with fresh GUIDs in a folder) and component delete (each
+// component with every row that belongs to it, listed per table).
 
 #include <map>
 #include <string>
@@ -56,6 +57,50 @@ void addList(Commands& commands) {
   addPackageArgument(command, options->package);
   addJsonFlag(command, options->json,
               R"({"components": [{"component", "guid", "directory", "keyPath", "attributes"}]})");
+}
+
+void addAdd(Commands& commands) {
+  struct Options {
+    std::string package;
+    std::string directory;
+    unsigned count = 1;
+    std::string output;
+    bool json = false;
+  };
+  auto options = std::make_shared<Options>();
+  CLI::App& command = commands.add(
+      "component add",
+      "add components with new GUIDs installed into a folder (a Directory key); prints each "
+      "new component's key and GUID",
+      "odlex component add product.msi INSTALLDIR --count 3 -o out.msi", [options] {
+        LibrarySession session;
+        ODLEXDatabase& db = session.openForEdit(options->package, options->output);
+        MSIEDirectory* folder = db.GetDirectory().Lookup(TalString::FromUtf8(options->directory));
+        if (!folder)
+          throw Failure(ODLEXDatabaseError::eDirectoryNotFound,
+                        "no directory " + options->directory);
+        ODLEXTComponent& components = db.GetComponent();
+        components.Add(options->count, *folder);
+        json added = json::array();
+        for (RWCollectable* item : components.GetTempEntries()) {
+          const auto& row = static_cast<const MSIEComponent&>(*item);
+          if (options->json)
+            added.push_back({{"component", utf8(row.GetComponentID())},
+                             {"guid", utf8(row.GetComponentGUID())}});
+          else
+            printFields({row.GetComponentID().u16(), row.GetComponentGUID().u16()});
+        }
+        if (options->json)
+          printJson({{"components", added}});
+        session.save(db);
+        return 0;
+      });
+  addPackageArgument(command, options->package);
+  command.add_option("DIRECTORY", options->directory, "the folder's Directory key")->required();
+  command.add_option("--count", options->count, "how many components to add (default 1)")
+      ->check(CLI::Range(1u, 10000u));
+  addOutputOption(command, options->output, "write the result to this file, not the package");
+  addJsonFlag(command, options->json, R"({"components": [{"component", "guid"}]})");
 }
 
 // The live rows of every table the database's schema can hold, to tell afterwards which of
@@ -153,6 +198,7 @@ void addDelete(Commands& commands) {
 
 void addComponentCommands(Commands& commands) {
   addList(commands);
+  addAdd(commands);
   addDelete(commands);
 }
 
