@@ -49,6 +49,15 @@ TEST_F(OdlexComponents, DeleteWritesTheSmallerPackageAndListsWhatWent) {
   EXPECT_EQ(listed[0]["directory"], "DataDir");
 }
 
+TEST_F(OdlexComponents, ShowGivesTheRecordFeaturesAndRows) {
+  const json shown = run({"component", "show", package_.string(), "ReadmeDoc", "--json"});
+  EXPECT_EQ(shown["info"]["keyPath"], "Readme");
+  EXPECT_EQ(shown["info"]["registryKeyPath"], false);
+  EXPECT_EQ(shown["features"], json({"Complete", "Documentation"}));
+  EXPECT_EQ(shown["rows"]["File"], json({"Readme"}));
+  EXPECT_EQ(shown["rows"]["FeatureComponents"], json({"Documentation/ReadmeDoc"}));
+}
+
 TEST_F(OdlexComponents, AddMakesDistinctComponentsInTheFolder) {
   const json added = run({"component", "add", package_.string(), "DataDir", "--count", "3", "-o",
                           out_.string(), "--json"})["components"];
@@ -61,6 +70,7 @@ TEST_F(OdlexComponents, AnUnknownKeyOrFolderChangesNothing) {
   const std::vector<std::vector<std::string>> commands = {
       {"component", "delete", package_.string(), "ReadmeDoc", "NoSuchComponent"},
       {"component", "add", package_.string(), "NoSuchFolder"},
+      {"component", "show", package_.string(), "NoSuchComponent"},
   };
   for (const std::vector<std::string>& args : commands) {
     const ProcessResult result = runOdlex(args);

@@ -1,6 +1,7 @@
 // Commands on components: component list (key, GUID, directory, key path, attributes),
-// component add (new components with fresh GUIDs in a folder) and component delete (each
-// component with every row that belongs to it, listed per table).
+// component show (one component's attributes, features and rows), component add (new components
+// with fresh GUIDs in a folder) and component delete (each component with every row that belongs to
+// it, listed per table).
 
 #include <map>
 #include <string>
@@ -140,6 +141,71 @@ std::string keyOf(const MSIEntry& row) {
   return key;
 }
 
+void addShow(Commands& commands) {
+  struct Options {
+    std::string package;
+    std::string key;
+    bool json = false;
+  };
+  auto options = std::make_shared<Options>();
+  CLI::App& command = commands.add(
+      "component show",
+      "one component: its attributes field by field, the features that install it (with their "
+      "parents), and the rows of other tables that belong to it, per table",
+      "odlex component show product.msi MainExecutable", [options] {
+        LibrarySession session;
+        ODLEXDatabase& db = session.openReadOnly(options->package);
+        ODLEXTComponent& components = db.GetComponent();
+        MSIEComponent* row = components.Lookup(TalString::FromUtf8(options->key));
+        if (!row)
+          throw Failure(ODLEXDatabaseError::eComponentNotFound, "no component " + options->key);
+        const ODLEXComponentInfo info = components.GetComponentInfo(*row);
+        const json fields = {{"directoryID", utf8(info.directoryID)},
+                             {"keyPath", utf8(info.keyPath)},
+                             {"componentGUID", utf8(info.componentGUID)},
+                             {"condition", utf8(info.condition)},
+                             {"runFrom", static_cast<int>(info.runFrom)},
+                             {"sharedDllRefCount", info.sharedDllRefCount},
+                             {"permanent", info.permanent},
+                             {"neverOverwrite", info.neverOverwrite},
+                             {"transitive", info.transitive},
+                             {"odbcDataSource", info.odbcDataSource},
+                             {"registryKeyPath", info.registryKeyPath}};
+        RWBTree featureRows;
+        components.GetFeatures(featureRows, *row);
+        std::vector<std::string> features;
+        for (RWCollectable* item : featureRows)
+          features.push_back(utf8(static_cast<const MSIEFeature&>(*item).GetFeature()));
+        std::map<std::string, std::vector<std::string>> rows;
+        for (const MSIEntry* entry : liveRows(db)) {
+          if (entry != row && entry->GetComponentKey() == row->GetComponentID())
+            rows[utf8(entry->GetTableName())].push_back(keyOf(*entry));
+        }
+        if (options->json) {
+          printJson({{"component", options->key},
+                     {"info", fields},
+                     {"features", features},
+                     {"rows", rows}});
+          return 0;
+        }
+        for (const auto& [name, value] : fields.items())
+          printFields(
+              {engine::fromUtf8(name),
+               engine::fromUtf8(value.is_string() ? value.get<std::string>() : value.dump())});
+        for (const std::string& feature : features)
+          printFields({u"feature", engine::fromUtf8(feature)});
+        for (const auto& [table, keys] : rows)
+          for (const std::string& key : keys)
+            printFields({engine::fromUtf8(table), engine::fromUtf8(key)});
+        return 0;
+      });
+  addPackageArgument(command, options->package);
+  command.add_option("KEY", options->key, "the component")->required();
+  addJsonFlag(command, options->json,
+              R"({"component", "info": {the attribute record's fields}, "features": [KEY], )"
+              R"("rows": {TABLE: [KEY, ...]}} (KEY: key columns joined by "/"))");
+}
+
 void addDelete(Commands& commands) {
   struct Options {
     std::string package;
@@ -198,6 +264,7 @@ void addDelete(Commands& commands) {
 
 void addComponentCommands(Commands& commands) {
   addList(commands);
+  addShow(commands);
   addAdd(commands);
   addDelete(commands);
 }
