@@ -93,17 +93,18 @@ void deleteRowsAndDependants(ODLEXTObject& table, Matches matches) {
 
 // Follows the keys `removed` of rows of table `type` into the tables that refer to them.
 void deleteReferringRows(ODLEXDatabase& db, ODLEXTObject::typeID type, const Keys& removed) {
+  // Keys still held by a live row of the referred table keep their dependants.
+  const char16_t* referredKey = referredKeyOf(type);
+  Keys gone = removed;
+  for (RWCollectable* item : db.GetTableObject(type).GetEntries()) {
+    const auto& row = static_cast<const MSIEntry&>(*item);
+    if (!row.IsDeleted())
+      gone.erase(textOf(row, referredKey));
+  }
+  if (gone.empty())
+    return;
   for (const Reference& reference : kReferences) {
     if (reference.parent != type)
-      continue;
-    // Keys still held by a live row of the referred table keep their dependants.
-    Keys gone = removed;
-    for (RWCollectable* item : db.GetTableObject(type).GetEntries()) {
-      const auto& row = static_cast<const MSIEntry&>(*item);
-      if (!row.IsDeleted())
-        gone.erase(textOf(row, reference.parentKey));
-    }
-    if (gone.empty())
       continue;
     if (ODLEXTObject* child = tableObject(db, reference.child))
       deleteRowsAndDependants(*child, [&](const MSIEntry& row) {
