@@ -81,3 +81,11 @@ ODLEXTObject& ODLEXDatabase::GetTableObject(ODLEXTObject::typeID type, bool load
 MSITranslate& ODLEXDatabase::GetTranslator() {
   return GetProperty().GetTranslator();
 }
+
+TalString ODLEXDatabase::GetSourceRoot() const {
+  if (!sourceRoot_.u16().empty())
+    return sourceRoot_;
+  const std::u16string path = GetFilePath().u16();
+  const std::size_t slash = path.find_last_of(u"/\\");
+  return slash == std::u16string::npos ? TalString() : TalString(path.substr(0, slash + 1));
+}

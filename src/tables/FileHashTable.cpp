@@ -43,13 +43,12 @@ TalString ODLEXTMsiFileHash::GetSourceFile(const MSIEFile& file) {
   std::u16string path = GetDatabase().GetFile().GetLongFilePathSource(file).u16();
   if (!path.starts_with(kSourceDir))
     return TalString();
-  std::u16string root = sourceRoot_.u16();
-  if (root.empty()) {
-    const std::filesystem::path folder =
-        odlex::lower::toPath(GetDatabase().GetFilePath()).parent_path();
-    root = TalString::FromUtf8(folder.empty() ? "." : folder.string()).u16();
-  }
-  path.replace(0, kSourceDir.size(), root + u'/');
+  std::u16string root = GetDatabase().GetSourceRoot().u16();
+  if (root.empty())
+    root = u".";
+  if (root.back() != u'/' && root.back() != u'\\')
+    root += u'/';
+  path.replace(0, kSourceDir.size(), root);
   std::replace(path.begin(), path.end(), u'\\', u'/');
   return TalString(path);
 }

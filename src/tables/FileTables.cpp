@@ -9,6 +9,17 @@ using odlex::tables::collectRowsOfComponent;
 using odlex::tables::collectRowsWithValue;
 using odlex::tables::followReference;
 
+void ODLEXTIcon::Add(const TalString& name, const TalString& sourceFile) {
+  const MSIBinary data(sourceFile);
+  if (data.GetSize() == 0) {
+    SetTempEntries(nullptr);
+    return;
+  }
+  MSIEIcon row(name);
+  row.SetData(data);
+  AddEntry(row);
+}
+
 MSIEIcon& ODLEXTIcon::GetIconWithIconID(const TalString& iconID) {
   return FindOrThrow(GetTable().Find(iconID), ODLEXDatabaseError::eIconNotFound);
 }

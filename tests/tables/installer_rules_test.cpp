@@ -28,19 +28,23 @@ class InstallerRulesTest : public ::testing::Test {
   }
   void TearDown() override { ODLEXDatabase::KillDatabaseList(); }
 
-  // The folder INSTALLDIR = [ProgramFilesFolder]Vendor\, its component Main and its file App.
-  void addInstalledFile() {
+  // The folder INSTALLDIR = [ProgramFilesFolder]Vendor\, a component in it and its file App;
+  // returns the component's key (made by the table).
+  std::u16string addInstalledFile() {
     ODLEXTDirectory& folders = db_->GetDirectory();
     folders.Add(folder(u"TARGETDIR", u"", u"SourceDir"));
     folders.Add(folder(u"ProgramFilesFolder", u"TARGETDIR", u"."));
     folders.Add(folder(u"INSTALLDIR", u"ProgramFilesFolder", u"Vendor"));
-    MSIEComponent main(u"Main");
-    main.SetDirectoryID(u"INSTALLDIR");
-    db_->GetComponent().Add(main);
+    db_->GetComponent().Add(MSIEComponent(u"", ODLEXTObject::GenerateGUID(), u"INSTALLDIR"));
+    const std::u16string component =
+        static_cast<MSIEComponent*>(*db_->GetComponent().GetTempEntries().begin())
+            ->GetComponentID()
+            .u16();
     MSIEFile app(u"App");
-    app.SetComponent(u"Main");
+    app.SetComponent(component);
     app.SetFileName(u"APP~1.EXE|app.exe");
     db_->GetFile().Add(app);
+    return component;
   }
 
   TempDir dir_;
@@ -48,7 +52,7 @@ class InstallerRulesTest : public ::testing::Test {
 };
 
 TEST_F(InstallerRulesTest, ExpandAnswersTheFormsThePackageHolds) {
-  addInstalledFile();
+  const std::u16string componentReference = u"[$" + addInstalledFile() + u"] [PB]";
   // Properties are formatted as the lower layer formats them (translate_test); these are the
   // forms only the package can answer.
   ODLEXTProperty& properties = db_->GetProperty();
@@ -56,7 +60,7 @@ TEST_F(InstallerRulesTest, ExpandAnswersTheFormsThePackageHolds) {
   const std::vector<std::pair<const char16_t*, const char16_t*>> cases = {
       {u"[#App]", u"[ProgramFilesFolder]Vendor\\app.exe"},
       {u"[!App]", u"[ProgramFilesFolder]Vendor\\app.exe"},
-      {u"[$Main] [PB]", u"[ProgramFilesFolder]Vendor\\ x"},
+      {componentReference.c_str(), u"[ProgramFilesFolder]Vendor\\ x"},
       {u"[#Gone] [$Gone] [Unset]", u"[#Gone] [$Gone] [Unset]"},
   };
   for (const auto& [text, expanded] : cases) {
@@ -68,11 +72,12 @@ TEST_F(InstallerRulesTest, ExpandAnswersTheFormsThePackageHolds) {
 TEST_F(InstallerRulesTest, IconsAreFoundByTheFileTheirDataCameFrom) {
   const std::filesystem::path source = dir_ / "app.ico";
   writeFileBytes(source, "icon");
-  MSIEIcon fromFile(u"FromFile");
-  fromFile.SetData(MSIBinary(text(source)));
   ODLEXTIcon& icons = db_->GetIcon();
-  MSIEIcon& added = addRow(icons, fromFile);
-  EXPECT_EQ(&icons.GetIconWithSourceFile(text(source)), &added);
+  icons.Add(u"FromFile", text(source));
+  ASSERT_EQ(icons.GetTempEntries().entries(), 1u);
+  EXPECT_EQ(&icons.GetIconWithSourceFile(text(source)), *icons.GetTempEntries().begin());
+  icons.Add(u"Missing", text(dir_ / "missing.ico"));
+  EXPECT_EQ(icons.GetTempEntries().entries(), 0u);
   // Rows read from the package came from no file, not from the empty path.
   ASSERT_TRUE(db_->SaveChanges());
   db_->Reload();

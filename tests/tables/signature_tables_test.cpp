@@ -83,7 +83,7 @@ class FileHashTest : public DatabaseTest {
   void SetUp() override {
     DatabaseTest::SetUp();
     db_ = &openPackage();
-    db_->GetMsiFileHash().SetSourceRoot(text(dir_ / "source"));
+    db_->SetSourceRoot(text(dir_ / "source"));
   }
 
   ODLEXDatabase* db_ = nullptr;

@@ -35,7 +35,7 @@ std::map<std::string, std::string> writeSourceImage(const std::filesystem::path&
                                                     const std::string& skipped) {
   ODLEXDatabase::INIT();
   ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(TalString::FromUtf8(package.string()));
-  db.GetMsiFileHash().SetSourceRoot(TalString::FromUtf8(sourceDir.string()));
+  db.SetSourceRoot(TalString::FromUtf8(sourceDir.string()));
   std::map<std::string, std::string> sources;
   for (RWCollectable* item : db.GetFile().GetEntries()) {
     const auto& file = static_cast<const MSIEFile&>(*item);

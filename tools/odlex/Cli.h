@@ -63,6 +63,8 @@ void addEditCommands(Commands& commands);
 void addRowsCommand(Commands& commands);
 void addSequenceCommands(Commands& commands);
 void addActionCommands(Commands& commands);
+void addComponentCommands(Commands& commands);
+void addDirectoryCommands(Commands& commands);
 void addModuleIdCommands(Commands& commands);
 void addInfoCommands(Commands& commands);
 void addGuidCommands(Commands& commands);

@@ -155,7 +155,7 @@ void addHashRefresh(Commands& commands) {
         ODLEXDatabase& db = options->dryRun
                                 ? session.openReadOnly(options->package)
                                 : session.openForEdit(options->package, options->output);
-        db.GetMsiFileHash().SetSourceRoot(TalString::FromUtf8(options->sourceDir));
+        db.SetSourceRoot(TalString::FromUtf8(options->sourceDir));
         const RefreshCounts counts = refreshHashes(db);
         if (!options->dryRun && counts.added + counts.changed > 0)
           session.save(db);

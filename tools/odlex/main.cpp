@@ -43,6 +43,8 @@ int main(int argc, char** argv) {
   odlex::cli::addRowsCommand(commands);
   odlex::cli::addSequenceCommands(commands);
   odlex::cli::addActionCommands(commands);
+  odlex::cli::addComponentCommands(commands);
+  odlex::cli::addDirectoryCommands(commands);
   odlex::cli::addModuleIdCommands(commands);
   odlex::cli::addInfoCommands(commands);
   odlex::cli::addGuidCommands(commands);

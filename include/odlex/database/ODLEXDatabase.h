@@ -135,6 +135,14 @@ class ODLEXDatabase : public RWCollectable {
     return database_.getPath();
   }
   MSITranslate& GetTranslator();
+  // Where the package's source image is, as "[SourceDir]" resolves: the folder of the package
+  // file opened (GetFilePath) with a trailing separator, unless SetSourceRoot named another (a
+  // network share the package is installed from, say). An empty path goes back to the package's
+  // folder.
+  TalString GetSourceRoot() const;
+  void SetSourceRoot(const TalString& path) {
+    sourceRoot_ = path;
+  }
   void SetStorage(void* storage) {
     storage_ = storage;
   }
@@ -349,6 +357,7 @@ class ODLEXDatabase : public RWCollectable {
   std::vector<std::unique_ptr<ODLEXTObject>> tableObjects_;
   std::unique_ptr<MSIStringChecker> stringChecker_;
   TalString filePath_;
+  TalString sourceRoot_;
   // The working file's canonical path, the list's order.
   TalString canonicalPath_;
   // The working file is a copy that AddDatabaseToList made for an output-file open.

@@ -21,6 +21,11 @@ class ODLEXTFile : public ODLEXTRowTable<ODLEXTFile, ODLEXTObject::eFile> {
 
 class ODLEXTIcon : public ODLEXTRowTable<ODLEXTIcon, ODLEXTObject::eIcon> {
  public:
+  using ODLEXTRowTable::Add;
+  // Adds the icon `name` holding the contents of the file `sourceFile`, as Add does a row
+  // (refused, the temp entries empty, when a live row has the name); refused too when the file
+  // cannot be read or is empty, since an empty cell is a null cell.
+  void Add(const TalString& name, const TalString& sourceFile);
   // The row named `iconID`; code 14 when there is none.
   MSIEIcon& GetIconWithIconID(const TalString& iconID);
   // The row whose data was read from the file `sourceFile` (as the path was given when the data

@@ -51,6 +51,10 @@ class ODLEXTProperty : public ODLEXTRowTable<ODLEXTProperty, ODLEXTObject::eProp
   bool SARExcludeEntry(const MSIEntry* entry) override;
 
  private:
+  // The Directory table hands the lower-layer Property table to its own, which resolves folder
+  // paths that start with a property.
+  friend class ODLEXTDirectory;
+
   // The live row of `name`, or null.
   MSIEProperty* live(const TalString& name);
   // The value of one reference of Expand (what stands between its brackets); false when it

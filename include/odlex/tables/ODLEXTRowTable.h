@@ -11,6 +11,7 @@
 //   - the common row edits Add, Change and Delete, for the classes that have them (and, as
 //     AddEntry, ChangeEntry and DeleteEntry, for classes whose edits take rows of a base class);
 //   - Lookup(keys...), the live row with a key or null, for other table objects;
+//   - Delete(component), the component cascade's step on this table (ODLEXComponentCascade.h);
 //   - FindOrThrow, the "Get<Row>With<Key>" lookup shape: a row or the table's not-found error.
 //
 // The edits, step by step:
@@ -31,7 +32,9 @@
 //                  anything changed.
 
 #include <memory>
+#include <type_traits>
 
+#include "odlex/tables/ODLEXComponentCascade.h"
 #include "odlex/tables/ODLEXDatabaseError.h"
 #include "odlex/tables/ODLEXTableTraits.h"
 
@@ -69,6 +72,12 @@ class ODLEXTRowTable : public Base {
 
   bool Change(Entry& row, const Entry& values) requires((Traits::kEdits & kChangeEdit) != 0) {
     return ChangeEntry(row, values);
+  }
+
+  // Marks deleted the live rows of this table that belong to `component`, and what hangs off
+  // them (ODLEXComponentCascade.h). The Component table's own Delete is the whole cascade.
+  void Delete(const MSIEComponent& component) requires(!std::is_same_v<Entry, MSIEComponent>) {
+    odlex::tables::deleteRowsOfComponent(*this, component);
   }
 
   // The live row with these key values, or null: the lookup other table objects use to follow

@@ -63,13 +63,7 @@ class ODLEXTMsiFileHash : public ODLEXTRowTable<ODLEXTMsiFileHash, ODLEXTObject:
   // unchanged row stays unmodified). Lets GetFileHash's error pass.
   void RefreshFileHash(const MSIEFile& file);
 
-  // The folder that "[SourceDir]" stands for in source paths (a host path); by default, and
-  // when set to an empty text, the folder of the database's file (where the installer finds an
-  // uncompressed source image).
-  void SetSourceRoot(const TalString& folder) { sourceRoot_ = folder; }
-  // The host path of the source file of `file`.
+  // The host path of the source file of `file`: "[SourceDir]" stands for the database's source
+  // root (ODLEXDatabase::GetSourceRoot).
   TalString GetSourceFile(const MSIEFile& file);
-
- private:
-  TalString sourceRoot_;
 };

@@ -1,0 +1,99 @@
+// Commands on the folder tree: directory list (key, long target path, long source path) and
+// directory add (the folders of a target path, made as needed).
+
+#include <string>
+
+#include "Cli.h"
+#include "LibraryDatabase.h"
+#include "msi/engine/Text.h"
+#include "odlex/database/ODLEXDatabase.h"
+#include "odlex/tables/ODLEXTables.h"
+
+namespace odlex::cli {
+
+namespace {
+
+using nlohmann::json;
+
+std::string utf8(const TalString& text) {
+  return engine::toUtf8(text.u16());
+}
+
+void addList(Commands& commands) {
+  struct Options {
+    std::string package;
+    bool json = false;
+  };
+  auto options = std::make_shared<Options>();
+  CLI::App& command = commands.add(
+      "directory list", "the folders: key, long target path, long source path",
+      "odlex directory list product.msi", [options] {
+        LibrarySession session;
+        ODLEXTDirectory& folders = session.openReadOnly(options->package).GetDirectory();
+        RWBTree rows;
+        folders.GetDirectoriesDeep(rows);
+        json list = json::array();
+        for (RWCollectable* item : rows) {
+          const auto& row = static_cast<const MSIEDirectory&>(*item);
+          if (row.IsDeleted())
+            continue;
+          const TalString target = folders.GetLongTarget(row);
+          const TalString source = folders.GetLongSource(row);
+          if (options->json)
+            list.push_back({{"directory", utf8(row.GetDirectory())},
+                            {"target", utf8(target)},
+                            {"source", utf8(source)}});
+          else
+            printFields({row.GetDirectory().u16(), target.u16(), source.u16()});
+        }
+        if (options->json)
+          printJson({{"directories", list}});
+        return 0;
+      });
+  addPackageArgument(command, options->package);
+  addJsonFlag(command, options->json, R"({"directories": [{"directory", "target", "source"}]})");
+}
+
+void addAdd(Commands& commands) {
+  struct Options {
+    std::string package;
+    std::string path;
+    std::string output;
+    bool json = false;
+  };
+  auto options = std::make_shared<Options>();
+  CLI::App& command = commands.add(
+      "directory add",
+      "add the folders of a target path (\"[ProgramFilesFolder]Vendor\\App\\\", or starting at a "
+      "folder's key), reusing those that exist; prints the key and long target path of the last",
+      R"(odlex directory add product.msi "[INSTALLDIR]Plug-ins\" -o out.msi)", [options] {
+        LibrarySession session;
+        ODLEXDatabase& db = session.openForEdit(options->package, options->output);
+        ODLEXTDirectory& folders = db.GetDirectory();
+        folders.Add(TalString::FromUtf8(options->path));
+        if (folders.GetTempEntries().entries() == 0)
+          throw Failure(ODLEXDatabaseError::eDirectoryNotFound,
+                        "cannot add the folders of " + options->path);
+        const auto& leaf = static_cast<const MSIEDirectory&>(**folders.GetTempEntries().begin());
+        const TalString target = folders.GetLongTarget(leaf);
+        if (options->json)
+          printJson({{"directory", utf8(leaf.GetDirectory())}, {"target", utf8(target)}});
+        else
+          printFields({leaf.GetDirectory().u16(), target.u16()});
+        session.save(db);
+        return 0;
+      });
+  addPackageArgument(command, options->package);
+  command.add_option("PATH", options->path, "the target path")->required();
+  addOutputOption(command, options->output, "write the result to this file, not the package");
+  addJsonFlag(command, options->json, R"({"directory", "target"})");
+}
+
+}  // namespace
+
+void addDirectoryCommands(Commands& commands) {
+  addList(commands);
+  addAdd(commands);
+}
+
+}  // namespace odlex::cli
