@@ -86,6 +86,14 @@ class DatabaseTest : public ::testing::Test {
   std::filesystem::path file(const std::string& name) const { return dir_ / name; }
   // The test's copy of the package, opened in place.
   ODLEXDatabase& openPackage() { return ODLEXDatabase::AddDatabaseToList(text(package_)); }
+  // A copy of the wixl-built package in the test's folder (wixl.msi), opened in place.
+  ODLEXDatabase& openWixl() {
+    const BuiltPackage& built = testPackage(PackageKind::kWixl);
+    EXPECT_FALSE(built.file.empty()) << built.error;
+    std::filesystem::copy_file(built.file, file("wixl.msi"),
+                               std::filesystem::copy_options::overwrite_existing);
+    return ODLEXDatabase::AddDatabaseToList(text(file("wixl.msi")));
+  }
 
   // Copies the package to `name` in the test's folder; empty when it could not be built.
   std::filesystem::path copyPackage(const std::string& name) {

@@ -60,16 +60,7 @@ void addComponentRows(ODLEXDatabase& db) {
 
 class ComponentTableTest : public DatabaseTest {
  protected:
-  // A copy of the wixl package, opened.
-  ODLEXDatabase& openWixl() {
-    const BuiltPackage& built = testPackage(PackageKind::kWixl);
-    EXPECT_FALSE(built.file.empty()) << built.error;
-    wixl_ = file("wixl.msi");
-    std::filesystem::copy_file(built.file, wixl_);
-    return ODLEXDatabase::AddDatabaseToList(text(wixl_));
-  }
-
-  std::filesystem::path wixl_;
+  std::filesystem::path wixl_ = file("wixl.msi");
 };
 
 std::vector<std::string> fieldsOf(const std::string& line) {

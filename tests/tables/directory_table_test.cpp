@@ -10,15 +10,7 @@
 namespace odlex::test {
 namespace {
 
-class DirectoryTableTest : public DatabaseTest {
- protected:
-  ODLEXDatabase& openWixl() {
-    const BuiltPackage& built = testPackage(PackageKind::kWixl);
-    EXPECT_FALSE(built.file.empty()) << built.error;
-    std::filesystem::copy_file(built.file, file("wixl.msi"));
-    return ODLEXDatabase::AddDatabaseToList(text(file("wixl.msi")));
-  }
-};
+using DirectoryTableTest = DatabaseTest;
 
 std::string utf8(const TalString& text) {
   return text.ToUtf8();

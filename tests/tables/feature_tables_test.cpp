@@ -8,15 +8,7 @@
 namespace odlex::test {
 namespace {
 
-class FeatureTablesTest : public DatabaseTest {
- protected:
-  ODLEXDatabase& openWixl() {
-    const BuiltPackage& built = testPackage(PackageKind::kWixl);
-    EXPECT_FALSE(built.file.empty()) << built.error;
-    std::filesystem::copy_file(built.file, file("wixl.msi"));
-    return ODLEXDatabase::AddDatabaseToList(text(file("wixl.msi")));
-  }
-};
+using FeatureTablesTest = DatabaseTest;
 
 // The keys of the rows of `rows`, in key order, joined by spaces.
 std::string keysOf(const RWBTree& rows) {

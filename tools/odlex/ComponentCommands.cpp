@@ -20,10 +20,6 @@ namespace {
 
 using nlohmann::json;
 
-std::string utf8(const TalString& text) {
-  return engine::toUtf8(text.u16());
-}
-
 void addList(Commands& commands) {
   struct Options {
     std::string package;
@@ -40,10 +36,10 @@ void addList(Commands& commands) {
                      for (RWCollectable* item : rows) {
                        const auto& row = static_cast<const MSIEComponent&>(*item);
                        if (options->json) {
-                         list.push_back({{"component", utf8(row.GetComponentID())},
-                                         {"guid", utf8(row.GetComponentGUID())},
-                                         {"directory", utf8(row.GetDirectoryID())},
-                                         {"keyPath", utf8(row.GetKeyPath())},
+                         list.push_back({{"component", row.GetComponentID().ToUtf8()},
+                                         {"guid", row.GetComponentGUID().ToUtf8()},
+                                         {"directory", row.GetDirectoryID().ToUtf8()},
+                                         {"keyPath", row.GetKeyPath().ToUtf8()},
                                          {"attributes", row.GetAttributes()}});
                          continue;
                        }
@@ -86,8 +82,8 @@ void addAdd(Commands& commands) {
         for (RWCollectable* item : components.GetTempEntries()) {
           const auto& row = static_cast<const MSIEComponent&>(*item);
           if (options->json)
-            added.push_back({{"component", utf8(row.GetComponentID())},
-                             {"guid", utf8(row.GetComponentGUID())}});
+            added.push_back({{"component", row.GetComponentID().ToUtf8()},
+                             {"guid", row.GetComponentGUID().ToUtf8()}});
           else
             printFields({row.GetComponentID().u16(), row.GetComponentGUID().u16()});
         }
@@ -136,7 +132,7 @@ std::string keyOf(const MSIEntry& row) {
       continue;
     MSIRecordColumn value;
     row.GetColumn(TalString(std::u16string(column.name)), value);
-    key += (key.empty() ? "" : "/") + utf8(value.GetString());
+    key += (key.empty() ? "" : "/") + value.GetString().ToUtf8();
   }
   return key;
 }
@@ -160,10 +156,10 @@ void addShow(Commands& commands) {
         if (!row)
           throw Failure(ODLEXDatabaseError::eComponentNotFound, "no component " + options->key);
         const ODLEXComponentInfo info = components.GetComponentInfo(*row);
-        const json fields = {{"directoryID", utf8(info.directoryID)},
-                             {"keyPath", utf8(info.keyPath)},
-                             {"componentGUID", utf8(info.componentGUID)},
-                             {"condition", utf8(info.condition)},
+        const json fields = {{"directoryID", info.directoryID.ToUtf8()},
+                             {"keyPath", info.keyPath.ToUtf8()},
+                             {"componentGUID", info.componentGUID.ToUtf8()},
+                             {"condition", info.condition.ToUtf8()},
                              {"runFrom", static_cast<int>(info.runFrom)},
                              {"sharedDllRefCount", info.sharedDllRefCount},
                              {"permanent", info.permanent},
@@ -175,11 +171,11 @@ void addShow(Commands& commands) {
         components.GetFeatures(featureRows, *row);
         std::vector<std::string> features;
         for (RWCollectable* item : featureRows)
-          features.push_back(utf8(static_cast<const MSIEFeature&>(*item).GetFeature()));
+          features.push_back(static_cast<const MSIEFeature&>(*item).GetFeature().ToUtf8());
         std::map<std::string, std::vector<std::string>> rows;
         for (const MSIEntry* entry : liveRows(db)) {
           if (entry != row && entry->GetComponentKey() == row->GetComponentID())
-            rows[utf8(entry->GetTableName())].push_back(keyOf(*entry));
+            rows[entry->GetTableName().ToUtf8()].push_back(keyOf(*entry));
         }
         if (options->json) {
           printJson({{"component", options->key},
@@ -239,7 +235,7 @@ void addDelete(Commands& commands) {
         std::map<std::string, std::vector<std::string>> removed;
         for (const MSIEntry* row : before) {
           if (row->IsDeleted())
-            removed[utf8(row->GetTableName())].push_back(keyOf(*row));
+            removed[row->GetTableName().ToUtf8()].push_back(keyOf(*row));
         }
         if (options->json) {
           printJson({{"removed", removed}, {"written", !options->dryRun}});

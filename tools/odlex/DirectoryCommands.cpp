@@ -5,7 +5,6 @@
 
 #include "Cli.h"
 #include "LibraryDatabase.h"
-#include "msi/engine/Text.h"
 #include "odlex/database/ODLEXDatabase.h"
 #include "odlex/tables/ODLEXTables.h"
 
@@ -14,10 +13,6 @@ namespace odlex::cli {
 namespace {
 
 using nlohmann::json;
-
-std::string utf8(const TalString& text) {
-  return engine::toUtf8(text.u16());
-}
 
 void addList(Commands& commands) {
   struct Options {
@@ -40,9 +35,9 @@ void addList(Commands& commands) {
           const TalString target = folders.GetLongTarget(row);
           const TalString source = folders.GetLongSource(row);
           if (options->json)
-            list.push_back({{"directory", utf8(row.GetDirectory())},
-                            {"target", utf8(target)},
-                            {"source", utf8(source)}});
+            list.push_back({{"directory", row.GetDirectory().ToUtf8()},
+                            {"target", target.ToUtf8()},
+                            {"source", source.ToUtf8()}});
           else
             printFields({row.GetDirectory().u16(), target.u16(), source.u16()});
         }
@@ -77,7 +72,7 @@ void addAdd(Commands& commands) {
         const auto& leaf = static_cast<const MSIEDirectory&>(**folders.GetTempEntries().begin());
         const TalString target = folders.GetLongTarget(leaf);
         if (options->json)
-          printJson({{"directory", utf8(leaf.GetDirectory())}, {"target", utf8(target)}});
+          printJson({{"directory", leaf.GetDirectory().ToUtf8()}, {"target", target.ToUtf8()}});
         else
           printFields({leaf.GetDirectory().u16(), target.u16()});
         session.save(db);
