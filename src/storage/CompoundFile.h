@@ -37,9 +37,6 @@ class StreamReader {
   // The next `length` bytes of the stream; false with a reason when they cannot be read
   // (reading past the stream's end included).
   virtual bool read(std::uint8_t* out, std::size_t length, std::string& error) = 0;
-  // Appends the next `length` bytes to `out`, a piece at a time (or, from a file on disk to
-  // another, inside the kernel).
-  virtual bool copyTo(WritableFile& out, std::uint64_t length, std::string& error);
 };
 
 // A stream whose bytes stay where they are (in an open file) until they are copied: a large

@@ -107,45 +107,6 @@ class Reader final : public CompoundFileReader {
           left_(reader.entries_[index].size) {}
 
     bool read(std::uint8_t* out, std::size_t length, std::string& error) override {
-      return forEachRun(
-          length,
-          [&](std::uint64_t start, std::size_t run) {
-            const bool read = reader_.readClamped(start, out, run, error);
-            out += run;
-            return read;
-          },
-          error);
-    }
-
-    bool copyTo(WritableFile& out, std::uint64_t length, std::string& error) override {
-      if (mini_)
-        return StreamReader::copyTo(out, length, error);
-      return forEachRun(
-          length,
-          [&](std::uint64_t start, std::uint64_t run) {
-            // The file's last sector may be cut short: what is missing reads as zeros.
-            const std::uint64_t present =
-                std::min(run, start < reader_.fileSize_ ? reader_.fileSize_ - start : 0);
-            if (present > 0 && !out.appendFrom(*reader_.file_, start, present, error))
-              return false;
-            static const std::uint8_t zeros[4096] = {};
-            for (std::uint64_t missing = run - present; missing > 0;) {
-              const std::size_t piece =
-                  static_cast<std::size_t>(std::min<std::uint64_t>(missing, sizeof zeros));
-              if (!out.append(std::span(zeros, piece), error))
-                return false;
-              missing -= piece;
-            }
-            return true;
-          },
-          error);
-    }
-
-   private:
-    // Walks the next `length` bytes of the stream as runs of neighbouring units, handing each
-    // to `take(file offset, length)`.
-    template <class Take>
-    bool forEachRun(std::uint64_t length, Take take, std::string& error) {
       if (length > left_) {
         error = "read past the end of a stream";
         return false;
@@ -154,26 +115,29 @@ class Reader final : public CompoundFileReader {
         if (unitLeft_ == 0 && !nextUnit(error))
           return false;
         const std::uint64_t runStart = position();
-        std::uint64_t run = 0;
+        std::size_t run = 0;
         for (;;) {
-          const std::uint64_t step = std::min(unitLeft_, length - run);
-          run += step;
-          unitUsed_ += step;
-          unitLeft_ -= step;
+          const std::size_t take = static_cast<std::size_t>(
+              std::min<std::uint64_t>(unitLeft_, std::uint64_t{length - run}));
+          run += take;
+          unitUsed_ += take;
+          unitLeft_ -= take;
           // A run goes on into the next unit when that unit follows this one in the file.
           if (run == length || unitLeft_ > 0 || mini_ || next_ != current_ + 1)
             break;
           if (!nextUnit(error))
             return false;
         }
-        if (!take(runStart, static_cast<std::size_t>(run)))
+        if (!reader_.readClamped(runStart, out, run, error))
           return false;
+        out += run;
         length -= run;
         left_ -= run;
       }
       return true;
     }
 
+   private:
     bool nextUnit(std::string& error) {
       if (taken_ == chain_.maxLength) {
         error = "a stream's chain ends before its data";

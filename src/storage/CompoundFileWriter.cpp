@@ -1,8 +1,7 @@
 // Writes a tree of storages and streams as one compound file. The layout is fixed by the tree
 // alone (same tree, same bytes): FAT sectors, DIFAT sectors, directory, mini FAT, mini stream,
 // then the large streams in directory order. The file is written from start to end through a
-// buffer; a large stream is copied from its source straight to the file, a piece at a time or
-// inside the kernel.
+// buffer, each stream copied from its source a piece at a time.
 
 #include <algorithm>
 #include <cstring>
@@ -129,11 +128,6 @@ class Emitter {
       return false;
     buffer_.clear();
     return true;
-  }
-  // The next `length` bytes of `reader`, straight to the file.
-  bool appendStream(StreamReader& reader, std::uint64_t length, std::string& error) {
-    written_ += length;
-    return flush(error) && reader.copyTo(out_, length, error);
   }
 
   static constexpr std::size_t kBufferSize = 1 << 20;
@@ -400,8 +394,6 @@ class Writer {
     return true;
   }
 
-  // A small stream goes through the buffer with its neighbours; a large one straight to the file
-  // (inside the kernel where it comes from a file on disk).
   static bool copyStream(const CompoundNode& node, Emitter& out, std::vector<std::uint8_t>& piece,
                          std::string& error) {
     if (!node.source)
@@ -409,12 +401,16 @@ class Writer {
     const std::unique_ptr<StreamReader> reader = node.source->open(error);
     if (!reader)
       return false;
-    const std::uint64_t size = node.source->size();
-    if (size >= kMiniStreamCutoff)
-      return out.appendStream(*reader, size, error);
-    piece.resize(static_cast<std::size_t>(size));
-    return reader->read(piece.data(), piece.size(), error) && out.append(piece, error);
+    for (std::uint64_t left = node.source->size(); left > 0;) {
+      piece.resize(static_cast<std::size_t>(std::min<std::uint64_t>(left, kCopyPiece)));
+      if (!reader->read(piece.data(), piece.size(), error) || !out.append(piece, error))
+        return false;
+      left -= piece.size();
+    }
+    return true;
   }
+
+  static constexpr std::uint64_t kCopyPiece = 1 << 20;
 
   std::uint16_t major_;
   std::vector<DirectoryEntry> entries_;

@@ -58,7 +58,6 @@ class PosixReadableFile final : public ReadableFile {
       : fd_(fd), size_(size), path_(std::move(path)) {}
 
   std::uint64_t size() const override { return size_; }
-  int descriptor() const override { return fd_.get(); }
 
   std::optional<FileStamp> stamp() const override {
     struct stat now {};
@@ -139,27 +138,6 @@ class PosixWritableFile final : public WritableFile {
     if (::fstat(fd_.get(), &now) != 0)
       return std::nullopt;
     return stampOfStat(now);
-  }
-
-  bool appendFrom(ReadableFile& from, std::uint64_t offset, std::uint64_t length,
-                  std::string& error) override {
-    auto at = static_cast<off_t>(offset);
-    for (std::uint64_t left = length; left > 0;) {
-      const ssize_t copied = from.descriptor() < 0
-                                 ? -1
-                                 : ::copy_file_range(from.descriptor(), &at, fd_.get(), nullptr,
-                                                     static_cast<std::size_t>(left), 0);
-      if (copied > 0) {
-        left -= static_cast<std::uint64_t>(copied);
-        continue;
-      }
-      if (copied < 0 && errno == EINTR)
-        continue;
-      // Not a file of ours, a file system or kernel that cannot copy, or the source ended:
-      // the rest goes through memory, which also reports a short source.
-      return WritableFile::appendFrom(from, static_cast<std::uint64_t>(at), left, error);
-    }
-    return true;
   }
 
   bool finish(std::string& error) override {
@@ -383,18 +361,6 @@ void removeAbandonedTemporaries(FileSystem& fs, const std::filesystem::path& tar
 
 }  // namespace
 
-bool WritableFile::appendFrom(ReadableFile& from, std::uint64_t offset, std::uint64_t length,
-                              std::string& error) {
-  constexpr std::uint64_t kPiece = 1 << 20;
-  std::vector<std::uint8_t> piece;
-  for (std::uint64_t done = 0; done < length; done += piece.size()) {
-    piece.resize(static_cast<std::size_t>(std::min(kPiece, length - done)));
-    if (!from.readAt(offset + done, piece.data(), piece.size(), error) || !append(piece, error))
-      return false;
-  }
-  return true;
-}
-
 FileSystem& FileSystem::real() {
   static PosixFileSystem instance;
   return instance;
@@ -464,7 +430,14 @@ bool copyFileAtomically(FileSystem& fs, const std::filesystem::path& source,
   return replaceFileAtomically(
       fs, target,
       [&from](WritableFile& file, std::string& reason) {
-        return file.appendFrom(*from, 0, from->size(), reason);
+        constexpr std::uint64_t kPiece = 1 << 20;
+        std::vector<std::uint8_t> piece;
+        for (std::uint64_t at = 0; at < from->size(); at += piece.size()) {
+          piece.resize(static_cast<std::size_t>(std::min(kPiece, from->size() - at)));
+          if (!from->readAt(at, piece.data(), piece.size(), reason) || !file.append(piece, reason))
+            return false;
+        }
+        return true;
       },
       error);
 }

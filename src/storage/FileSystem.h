@@ -35,9 +35,6 @@ class ReadableFile {
   // Reads exactly `length` bytes at `offset`; false (with a reason) on a short read or I/O error.
   virtual bool readAt(std::uint64_t offset, void* buffer, std::size_t length,
                       std::string& error) = 0;
-  // The descriptor of a file of the real file system (so that a copy can stay inside the
-  // kernel); -1 for any other.
-  virtual int descriptor() const { return -1; }
 };
 
 // A file being written from start to end.
@@ -46,10 +43,6 @@ class WritableFile {
   virtual ~WritableFile() = default;
   // Appends `bytes`; false with a reason when they could not all be written (a full disk too).
   virtual bool append(std::span<const std::uint8_t> bytes, std::string& error) = 0;
-  // Appends the `length` bytes of `from` at `offset`; false with a reason when they could not
-  // all be read or written. Files of the real file system copy inside the kernel.
-  virtual bool appendFrom(ReadableFile& from, std::uint64_t offset, std::uint64_t length,
-                          std::string& error);
   // Flushes everything appended to the disk (unless made with `flush` false) and closes the
   // file; false with a reason. A file dropped without finish() is closed, its contents
   // unflushed.

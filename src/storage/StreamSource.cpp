@@ -41,16 +41,6 @@ constexpr std::uint64_t kPiece = 1 << 20;
 
 }  // namespace
 
-bool StreamReader::copyTo(WritableFile& out, std::uint64_t length, std::string& error) {
-  std::vector<std::uint8_t> piece;
-  for (std::uint64_t left = length; left > 0; left -= piece.size()) {
-    piece.resize(static_cast<std::size_t>(std::min(left, kPiece)));
-    if (!read(piece.data(), piece.size(), error) || !out.append(piece, error))
-      return false;
-  }
-  return true;
-}
-
 std::shared_ptr<const StreamSource> memorySource(std::vector<std::uint8_t> bytes) {
   return std::make_shared<MemorySource>(std::move(bytes));
 }
@@ -64,7 +54,13 @@ bool writeStreamToFile(FileSystem& fs, const std::filesystem::path& path,
   std::unique_ptr<WritableFile> file = fs.createFile(path, options, error);
   if (!file)
     return false;
-  return reader->copyTo(*file, source.size(), error) && file->finish(error);
+  std::vector<std::uint8_t> piece;
+  for (std::uint64_t left = source.size(); left > 0; left -= piece.size()) {
+    piece.resize(static_cast<std::size_t>(std::min(left, kPiece)));
+    if (!reader->read(piece.data(), piece.size(), error) || !file->append(piece, error))
+      return false;
+  }
+  return file->finish(error);
 }
 
 }  // namespace odlex::storage

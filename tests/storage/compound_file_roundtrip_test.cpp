@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "common/TempDir.h"
 #include "storage/CompoundFile.h"
 #include "storage/CompoundFileFormat.h"
 #include "storage/CompoundFileNames.h"
@@ -97,38 +96,6 @@ TEST(CompoundFileRoundTrip, MixedTreeVersion3) {
 }
 TEST(CompoundFileRoundTrip, MixedTreeVersion4) {
   roundTrip(mixedTree(), 4);
-}
-
-// Streams copied from a file on disk (inside the kernel, straight to the new file) arrive as
-// they read, also from a file whose last sector is cut short (the missing bytes read as zeros).
-TEST(CompoundFileRoundTrip, StreamsCopiedFromAFileOnDiskKeepTheirBytes) {
-  test::TempDir dir;
-  std::vector<std::uint8_t> bytes;
-  std::string error;
-  // "big" comes last in the file: 9 sectors and 392 bytes, then 120 bytes of padding, of which
-  // the cut takes all and 80 bytes of the stream.
-  ASSERT_TRUE(writeCompoundFile(storage(u"", {stream(u"big", 5000, 6), stream(u"small", 10)}),
-                                bytes, error))
-      << error;
-  bytes.resize(bytes.size() - 200);
-  FileSystem& fs = FileSystem::real();
-  ASSERT_TRUE(fs.writeFile(dir / "cut.cfb", bytes, error)) << error;
-  auto reader = CompoundFileReader::open(fs.openRead(dir / "cut.cfb", error), error);
-  ASSERT_TRUE(reader) << error;
-  CompoundNode read, sources;
-  ASSERT_TRUE(readCompoundTree(*reader, 0, read, error)) << error;
-  ASSERT_TRUE(readCompoundTree(*reader, 0, sources, error, StreamContents::kSource)) << error;
-  CompoundFileWriter writer;
-  ASSERT_TRUE(writer.plan(sources, error)) << error;
-  ASSERT_TRUE(replaceFileAtomically(
-      fs, dir / "copy.cfb",
-      [&writer](WritableFile& file, std::string& why) { return writer.write(file, why); }, error))
-      << error;
-  // The same tree gives the same bytes, however its streams were copied.
-  std::vector<std::uint8_t> expected, copied;
-  ASSERT_TRUE(writeCompoundFile(read, expected, error)) << error;
-  ASSERT_TRUE(readWholeFile(fs, dir / "copy.cfb", copied, error)) << error;
-  EXPECT_TRUE(copied == expected);
 }
 
 TEST(CompoundFileRoundTrip, EmptyRoot) {
