@@ -19,10 +19,12 @@ msibuild "$work/package.msi" -a Cabinet.cab "$work/cabinet"
 rm "$work/cabinet"
 "$tool" export "$work/package.msi" Property -o "$work/Property.idt"
 
-# Runs a command, appends "seconds peak-kilobytes" to the file named first.
+# Runs a command, appends "seconds peak-kilobytes" to the file named first. What earlier runs
+# wrote is flushed first, so that no run pays for another's writes.
 measure() {
   local out="$1"
   shift
+  sync
   /usr/bin/time -f "%e %M" -a -o "$out" "$@" >/dev/null
 }
 for _ in 1 2 3; do
