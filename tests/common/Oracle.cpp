@@ -122,6 +122,12 @@ ProcessResult runOdlex(const std::vector<std::string>& args) {
   return runProcess(argv);
 }
 
+std::string odlexOutput(const std::vector<std::string>& args) {
+  const ProcessResult result = runOdlex(args);
+  EXPECT_TRUE(result.ok()) << result.describe();
+  return result.out;
+}
+
 std::vector<std::string> splitLines(std::string_view text) {
   std::vector<std::string> lines;
   while (!text.empty()) {

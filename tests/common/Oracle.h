@@ -46,6 +46,8 @@ ProcessResult msiinfoExtract(const std::filesystem::path& package, const std::st
 
 // Runs the built odlex tool (exit code 127 when the build has none).
 ProcessResult runOdlex(const std::vector<std::string>& args);
+// The standard output of a run of the odlex tool that must succeed; a failed run fails the test.
+std::string odlexOutput(const std::vector<std::string>& args);
 
 // Lines of `text`, split on CRLF or LF; a final line break does not add an empty line.
 std::vector<std::string> splitLines(std::string_view text);

@@ -27,12 +27,6 @@ class OdlexActions : public ::testing::Test {
     writeFileBytes(dll_, "MZ product actions");
   }
 
-  std::string run(const std::vector<std::string>& args) {
-    const ProcessResult result = runOdlex(args);
-    EXPECT_TRUE(result.ok()) << result.describe();
-    return result.out;
-  }
-
   TempDir dir_;
   std::filesystem::path package_ = dir_ / "product.msi";
   std::filesystem::path dll_ = dir_ / "zrca.dll";
@@ -62,13 +56,13 @@ TEST_F(OdlexActions, AddProductTextFilesIsWhatMsiinfoReads) {
     taken.insert(number);
   while (taken.contains(free))
     --free;
-  EXPECT_EQ(run({"sequence", "free", package_.string(), "InstallExecuteSequence", "--before",
-                 "InstallFinalize"}),
+  EXPECT_EQ(odlexOutput({"sequence", "free", package_.string(), "InstallExecuteSequence",
+                         "--before", "InstallFinalize"}),
             std::to_string(free) + "\n");
 
   const std::filesystem::path out = dir_ / "out.msi";
-  run({"action", "add-product", package_.string(), "--dll", dll_.string(), "--text-files", "-o",
-       out.string()});
+  odlexOutput({"action", "add-product", package_.string(), "--dll", dll_.string(), "--text-files",
+               "-o", out.string()});
   EXPECT_EQ(readFileBytes(package_), before);
   sequence = numbers(msiinfoExport(out, "InstallExecuteSequence").out);
   for (const char* action :
@@ -88,7 +82,7 @@ TEST_F(OdlexActions, AddProductTextFilesIsWhatMsiinfoReads) {
   EXPECT_EQ(msiinfoExtract(out, "Binary.zrca.dll").out, "MZ product actions");
 
   // The type fields by name, as action list prints them.
-  const json listed = json::parse(run({"action", "list", out.string(), "--json"}));
+  const json listed = json::parse(odlexOutput({"action", "list", out.string(), "--json"}));
   const json expected = {{"action", "ZrTextFileInstallChanges"},
                          {"type", 1025},
                          {"executable", "dll"},
@@ -113,9 +107,9 @@ TEST_F(OdlexActions, SequenceListPlacesModuleActionsByTheirBaseAction) {
                  "CostFinalize\t1000\t\t\t\r\nInstallInitialize\t1400\t\t\tNOT Installed\r\n");
   const std::filesystem::path module = dir_ / "module.msm";
   ASSERT_TRUE(msibuildImport(module, idtFilesIn(idts)));
-  run({"action", "add-product", module.string(), "--dll", dll_.string(), "--report"});
+  odlexOutput({"action", "add-product", module.string(), "--dll", dll_.string(), "--report"});
   // A noun alone means its list.
-  EXPECT_EQ(run({"sequence", module.string(), "ModuleInstallExecuteSequence"}),
+  EXPECT_EQ(odlexOutput({"sequence", module.string(), "ModuleInstallExecuteSequence"}),
             "CostFinalize\t1000\t\t\t\n"
             "InstallInitialize\t1400\t\t\tNOT Installed\n"
             "ZrInstallInitialize\t\tInstallInitialize\tafter\t\n"
@@ -125,9 +119,9 @@ TEST_F(OdlexActions, SequenceListPlacesModuleActionsByTheirBaseAction) {
 }
 
 TEST_F(OdlexActions, JsonOfModuleIdentifiers) {
-  EXPECT_EQ(json::parse(run({"module-id", "combine", "Mod", "{a1b2-C3}", "--json"})),
+  EXPECT_EQ(json::parse(odlexOutput({"module-id", "combine", "Mod", "{a1b2-C3}", "--json"})),
             json({{"id", "Mod.a1b2_C3"}}));
-  EXPECT_EQ(json::parse(run({"module-id", "split", "A.B.C", "--json"})),
+  EXPECT_EQ(json::parse(odlexOutput({"module-id", "split", "A.B.C", "--json"})),
             json({{"name", "A"}, {"guid", "{B.C}"}}));
 }
 

@@ -24,9 +24,7 @@ class OdlexComponents : public ::testing::Test {
   }
 
   json run(const std::vector<std::string>& args) {
-    const ProcessResult result = runOdlex(args);
-    EXPECT_TRUE(result.ok()) << result.describe();
-    return json::parse(result.out, nullptr, false);
+    return json::parse(odlexOutput(args), nullptr, false);
   }
 
   TempDir dir_;

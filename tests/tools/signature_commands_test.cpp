@@ -22,12 +22,6 @@ namespace {
 
 using nlohmann::json;
 
-std::string run(const std::vector<std::string>& args) {
-  const ProcessResult result = runOdlex(args);
-  EXPECT_TRUE(result.ok()) << result.describe();
-  return result.out;
-}
-
 // Writes a source file for every file of `package` under `sourceDir`, except `skipped`;
 // returns FileID -> source path of those written.
 std::map<std::string, std::string> writeSourceImage(const std::filesystem::path& package,
@@ -64,9 +58,9 @@ TEST(OdlexSignatureCommands, HashRefreshStoresWhatHashPrints) {
       writeSourceImage(package, dir / "image", "Readme");
   ASSERT_GE(sources.size(), 3u);
 
-  const json first =
-      json::parse(run({"hash", "refresh", package.string(), "--source-dir",
-                       (dir / "image").string(), "-o", (dir / "out.msi").string(), "--json"}));
+  const json first = json::parse(
+      odlexOutput({"hash", "refresh", package.string(), "--source-dir", (dir / "image").string(),
+                   "-o", (dir / "out.msi").string(), "--json"}));
   EXPECT_EQ(first,
             (json{{"added", 0}, {"changed", sources.size()}, {"unchanged", 0}, {"missing", 1}}));
   std::set<std::string> expected;
@@ -75,7 +69,7 @@ TEST(OdlexSignatureCommands, HashRefreshStoresWhatHashPrints) {
       expected.insert(row);
   }
   for (const auto& [id, path] : sources) {
-    const std::string line = splitLines(run({"hash", path})).at(0);
+    const std::string line = splitLines(odlexOutput({"hash", path})).at(0);
     expected.insert(id + "\t0" + line.substr(line.find('\t')));
   }
   const std::vector<std::string> rows = msiinfoRows(dir / "out.msi", "MsiFileHash");
@@ -83,8 +77,8 @@ TEST(OdlexSignatureCommands, HashRefreshStoresWhatHashPrints) {
 
   const std::string before = readFileBytes(dir / "out.msi");
   EXPECT_EQ(
-      run({"hash", "refresh", (dir / "out.msi").string(), "--source-dir",
-           (dir / "image").string()}),
+      odlexOutput({"hash", "refresh", (dir / "out.msi").string(), "--source-dir",
+                   (dir / "image").string()}),
       "added\t0\nchanged\t0\nunchanged\t" + std::to_string(sources.size()) + "\nmissing\t1\n");
   EXPECT_EQ(readFileBytes(dir / "out.msi"), before);
 }
@@ -102,18 +96,18 @@ TEST(OdlexSignatureCommands, CertAndSignatureFields) {
                   signer.key.string(), "-in", built.file.string(), "-out", signedPackage.string()})
           .ok());
 
-  const json cert = json::parse(run({"cert", signer.pem.string(), "--json"}));
+  const json cert = json::parse(odlexOutput({"cert", signer.pem.string(), "--json"}));
   EXPECT_EQ(cert["subject"], "O=Example; CN=Signer");
   EXPECT_EQ(cert["issuer"], "O=Example; CN=Signer");
   EXPECT_EQ(cert["thumbprint"].get<std::string>().size(), 40u);
   EXPECT_EQ(cert["validFrom"].get<std::string>().back(), 'Z');
-  EXPECT_EQ(json::parse(run({"signature", signedPackage.string(), "--json"})),
+  EXPECT_EQ(json::parse(odlexOutput({"signature", signedPackage.string(), "--json"})),
             (json{{"signed", true},
                   {"subject", "O=Example; CN=Signer"},
                   {"issuer", "O=Example; CN=Signer"},
                   {"hashValid", true},
                   {"status", 0}}));
-  EXPECT_EQ(run({"signature", built.file.string()}),
+  EXPECT_EQ(odlexOutput({"signature", built.file.string()}),
             "signed\tno\nsubject\t\nissuer\t\nhash\tinvalid\nstatus\t0x800B0100\n");
   const std::string missing = (dir / "missing").string();
   const std::pair<std::string, std::string> failures[] = {
