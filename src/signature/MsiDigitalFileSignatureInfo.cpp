@@ -3,6 +3,7 @@
 #include <odlex/signature/MsiDigitalFileSignatureInfo.h>
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 #include "msi/lower/PathText.h"
@@ -10,6 +11,7 @@
 #include "signature/PackageSignature.h"
 #include "signature/PeImage.h"
 #include "signature/SystemFile.h"
+#include "storage/FileSystem.h"
 
 using namespace odlex::signature;
 
@@ -25,11 +27,23 @@ MSIBinary binaryOf(std::span<const unsigned char> bytes) {
 
 MsiDigitalFileSignatureInfo::MsiDigitalFileSignatureInfo(TalString file, TalString diskID)
     : file_(std::move(file)), diskID_(std::move(diskID)) {
-  std::vector<unsigned char> bytes;
-  if (const unsigned long status = readWholeFile(odlex::lower::toPath(file_), kMaxFileSize, bytes);
-      status != kSuccess) {
+  // A package is read through the compound-file reader, one stream at a time, so that its
+  // cabinets are never held whole; a PE file is read whole, up to kMaxFileSize.
+  const std::filesystem::path path = odlex::lower::toPath(file_);
+  std::array<unsigned char, sizeof kCompoundFileMagic> start{};
+  std::uint64_t size = 0;
+  if (const unsigned long status = readFileStart(path, start, size); status != kSuccess) {
     result_ = status == kHandleEndOfFile ? kTrustNoSignature : fileStatusCode(status);
     return;
+  }
+  const bool isPackage = size >= start.size() &&
+                         std::equal(start.begin(), start.end(), std::begin(kCompoundFileMagic));
+  std::vector<unsigned char> bytes;
+  if (!isPackage) {
+    if (const unsigned long status = readWholeFile(path, kMaxFileSize, bytes); status != kSuccess) {
+      result_ = status == kHandleEndOfFile ? kTrustNoSignature : fileStatusCode(status);
+      return;
+    }
   }
   std::span<const unsigned char> signature;
   std::vector<unsigned char> digest;
@@ -47,10 +61,12 @@ MsiDigitalFileSignatureInfo::MsiDigitalFileSignatureInfo(TalString file, TalStri
     return true;
   };
 
-  if (bytes.size() >= sizeof kCompoundFileMagic &&
-      std::equal(std::begin(kCompoundFileMagic), std::end(kCompoundFileMagic), bytes.begin())) {
+  if (isPackage) {
     std::string error;
-    const auto package = odlex::storage::CompoundFileReader::openBytes(std::move(bytes), error);
+    std::unique_ptr<odlex::storage::ReadableFile> file =
+        odlex::storage::FileSystem::current().openRead(path, error);
+    const auto package =
+        file ? odlex::storage::CompoundFileReader::open(std::move(file), error) : nullptr;
     const auto stream = package ? rootStream(*package, kDigitalSignatureStream) : std::nullopt;
     std::vector<std::uint8_t> pkcs7;
     if (!stream) {

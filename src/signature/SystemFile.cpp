@@ -9,6 +9,7 @@
 
 #include <openssl/evp.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <memory>
 
@@ -91,6 +92,23 @@ unsigned long readWholeFile(const std::filesystem::path& path, std::uint64_t max
     done += static_cast<std::size_t>(got);
   }
   return bytes.empty() ? kHandleEndOfFile : kSuccess;
+}
+
+unsigned long readFileStart(const std::filesystem::path& path, std::span<unsigned char> start,
+                            std::uint64_t& size) {
+  Descriptor file(path);
+  if (const unsigned long status = file.open(size); status != kSuccess)
+    return status;
+  if (size == 0)
+    return kHandleEndOfFile;
+  const std::size_t wanted = static_cast<std::size_t>(std::min<std::uint64_t>(size, start.size()));
+  for (std::size_t done = 0; done < wanted;) {
+    const ssize_t got = file.read(start.data() + done, wanted - done);
+    if (got <= 0)
+      return got < 0 ? statusOf(errno) : kReadFault;
+    done += static_cast<std::size_t>(got);
+  }
+  return kSuccess;
 }
 
 unsigned long md5OfFile(const std::filesystem::path& path, std::array<unsigned char, 16>& digest) {

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <filesystem>
+#include <span>
 #include <vector>
 
 namespace odlex::signature {
@@ -23,6 +24,11 @@ inline constexpr unsigned long kFileTooLarge = 223;    // larger than the caller
 // `maxSize` bytes is refused (kFileTooLarge) before anything is allocated.
 unsigned long readWholeFile(const std::filesystem::path& path, std::uint64_t maxSize,
                             std::vector<unsigned char>& bytes);
+
+// Reads the first bytes of the file at `path` into `start` (as many as it holds, up to the
+// size of `start`) and gives the file's size; kHandleEndOfFile for an empty file.
+unsigned long readFileStart(const std::filesystem::path& path, std::span<unsigned char> start,
+                            std::uint64_t& size);
 
 // The MD5 digest of the bytes of the file at `path`, read in blocks.
 unsigned long md5OfFile(const std::filesystem::path& path, std::array<unsigned char, 16>& digest);

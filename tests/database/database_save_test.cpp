@@ -91,6 +91,7 @@ TEST_F(DatabaseSaveTest, PackageCodePolicyDecidesOnSave) {
   };
   const Case cases[] = {
       {ODLEXDatabaseInfo::ePackageCodeAlways, nullptr, false, false, false, 0},
+      {ODLEXDatabaseInfo::ePackageCodeAlways, nullptr, false, true, true, 0},
       {ODLEXDatabaseInfo::ePackageCodeAskHost, &askedHost, true, true, true, 1},
       {ODLEXDatabaseInfo::ePackageCodeAskHost, &askedHost, false, true, false, 1},
       {ODLEXDatabaseInfo::ePackageCodeAskHost, nullptr, false, true, false, 0},

@@ -1,6 +1,6 @@
 // The info commands on a wixl-built package: what info shows against msitools' reading of the
-// Property table, info set read back by info, and the always-policy's new package code read by
-// msiinfo. Checks of the values themselves are the library's and are tested there.
+// Property table, and info set read back by info. Checks of the values themselves are the library's
+// and are tested there.
 
 #include <gtest/gtest.h>
 
@@ -117,23 +117,6 @@ TEST_F(OdlexInfo, SetFieldsReadBackAndRefusedOnesWriteNothing) {
           << result.err;
   }
   EXPECT_EQ(readFileBytes(package_), before);
-}
-
-// ZrKeyword AutoUpdateMsiPackageCode = TRUE: any saved change gives a new package code.
-TEST_F(OdlexInfo, AlwaysPolicyRenewsThePackageCodeOnSave) {
-  const std::filesystem::path keywords = dir_ / "ZrKeyword.idt";
-  writeFileBytes(keywords,
-                 "Keyword\tIndex\tOperator\tValue\ns72\ti2\tI2\tL0\nZrKeyword\tKeyword\tIndex\n"
-                 "AutoUpdateMsiPackageCode\t0\t\tTRUE\n");
-  ASSERT_TRUE(runOdlex({"import", package_.string(), keywords.string()}).ok());
-  const std::string original = packageCode(package_);
-  ASSERT_EQ(info(package_).at("PackageCodePolicy"), "1");
-  ASSERT_TRUE(runOdlex({"info", "set", package_.string(),
-                        "ProductCode={11111111-2222-3333-4444-555555555555}"})
-                  .ok());
-  const std::string renewed = packageCode(package_);
-  EXPECT_NE(renewed, original);
-  EXPECT_EQ(info(package_).at("PackageCode"), renewed);
 }
 
 }  // namespace

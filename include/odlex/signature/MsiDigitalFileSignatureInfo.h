@@ -22,7 +22,7 @@
 
 class MsiDigitalFileSignatureInfo {
  public:
-  // Largest file read whole to be checked.
+  // Largest PE file read whole to be checked (packages are read a stream at a time).
   static constexpr unsigned long long kMaxFileSize = 1ull << 30;
 
   MsiDigitalFileSignatureInfo(TalString file, TalString diskID);
