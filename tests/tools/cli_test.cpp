@@ -134,6 +134,22 @@ TEST(OdlexImport, AFailedOrDryImportLeavesThePackageUntouched) {
   EXPECT_EQ(readFileBytes(dir / "p.msi"), before);
 }
 
+// Long work draws a bar on stderr when asked (a terminal asks after a second); scripts see none.
+TEST(OdlexProgress, TheBarIsDrawnOnlyWhenAsked) {
+  TempDir dir;
+  writeFileBytes(dir / "Property.idt", kPropertyIdt);
+  const std::string package = (dir / "p.msi").string();
+  ASSERT_TRUE(runOdlex({"import", package, (dir / "Property.idt").string()}).ok());
+  for (const auto& [setting, drawn] : {std::pair{"always", true}, {"never", false}, {"", false}}) {
+    const ProcessResult result =
+        runProcess({"env", std::string("ODLEX_PROGRESS=") + setting, ODLEX_TOOL_PATH, "rewrite",
+                    package, "-o", (dir / "out.msi").string()});
+    ASSERT_TRUE(result.ok()) << result.describe();
+    EXPECT_EQ(result.err.starts_with("\rrewrite ["), drawn) << setting << ": " << result.err;
+    EXPECT_EQ(result.err.ends_with(" MiB\n"), drawn) << setting;
+  }
+}
+
 TEST(OdlexQuery, PrintsRowsTabSeparatedWithNullsEmpty) {
   TempDir dir;
   writeFileBytes(dir / "T.idt", "K\tN\tS\r\ni2\tI4\tS10\r\nT\tK\r\n1\t-5\tx\r\n2\t\t\r\n");

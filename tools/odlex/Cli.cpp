@@ -20,10 +20,16 @@ CLI::App& Commands::add(const std::string& words, const std::string& summary,
         app_.get_subcommands([&noun](CLI::App* command) { return command->get_name() == noun; });
     parent = nouns.empty() ? nullptr : nouns.front();
     if (!parent) {
-      parent = app_.add_subcommand(noun, "work on " + noun + "s");
+      parent = app_.add_subcommand(noun);
       parent->require_subcommand(1);
       // The noun's help shows its first verb's example.
       parent->footer("Example:\n  " + example);
+      nouns_.insert(parent);
+    }
+    // A noun made here is summed up by its verbs.
+    if (nouns_.contains(parent)) {
+      const std::string listed = parent->get_description();
+      parent->description(listed + (listed.empty() ? "verbs: " : ", ") + name);
     }
   }
   CLI::App* command = parent->add_subcommand(name, summary);
@@ -81,7 +87,7 @@ void addDryRunFlag(CLI::App& command, bool& dryRun) {
 std::unique_ptr<engine::Database> openPackage(const std::filesystem::path& path,
                                               engine::Database::OpenMode mode) {
   engine::Error error;
-  auto db = engine::Database::open(storage::FileSystem::real(), path, mode, error);
+  auto db = engine::Database::open(storage::FileSystem::current(), path, mode, error);
   if (!db)
     throw Failure(error);
   return db;

@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -49,6 +50,7 @@ class Commands {
  private:
   CLI::App& app_;
   std::vector<std::pair<CLI::App*, std::function<int()>>> commands_;
+  std::set<CLI::App*> nouns_;  // the nouns made by add, which name no command of their own
 };
 
 // Options every command spells the same way.

@@ -26,7 +26,7 @@ void addImport(Commands& commands) {
       "import", "replace tables with table text files (.idt); the package is made when missing",
       "odlex import product.msi Property.idt Binary.idt -o edited.msi", [options] {
         const std::filesystem::path package = options->package;
-        storage::FileSystem& fs = storage::FileSystem::real();
+        storage::FileSystem& fs = storage::FileSystem::current();
         engine::Error error;
         std::unique_ptr<engine::Database> db;
         if (!options->output.empty()) {

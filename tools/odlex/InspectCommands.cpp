@@ -56,8 +56,9 @@ void addExport(Commands& commands) {
         const std::u16string table = engine::fromUtf8(options->table);
         engine::Error error;
         if (!options->output.empty()) {
-          check(idt::exportTable(*db, table, storage::FileSystem::real(), options->output, error),
-                error);
+          check(
+              idt::exportTable(*db, table, storage::FileSystem::current(), options->output, error),
+              error);
           return 0;
         }
         idt::ExportedTable exported;
@@ -89,7 +90,7 @@ void addExportAll(Commands& commands) {
       "odlex export-all product.msi tables/", [options] {
         auto db = openPackage(options->package, OpenMode::kReadOnly);
         engine::Error error;
-        check(idt::exportAll(*db, storage::FileSystem::real(), options->folder, error), error);
+        check(idt::exportAll(*db, storage::FileSystem::current(), options->folder, error), error);
         return 0;
       });
   addPackageArgument(command, options->package);

@@ -8,14 +8,13 @@
 #include <odlex/signature/MsiDigitalSignatureInfo.h>
 #include <odlex/tables/ODLEXTables.h>
 
-#include <unistd.h>
-
 #include <array>
 #include <cstdio>
 #include <filesystem>
 
 #include "Cli.h"
 #include "LibraryDatabase.h"
+#include "ProgressBar.h"
 
 namespace odlex::cli {
 
@@ -75,24 +74,6 @@ void addHash(Commands& commands) {
   addJsonFlag(command, options->json, R"({"files": [{"file", "hashParts": [4 numbers]}]})");
 }
 
-// "hash refresh: 3/10" on stderr, redrawn in place, when stderr is a terminal.
-class Progress {
- public:
-  explicit Progress(std::size_t total) : total_(total), shown_(isatty(STDERR_FILENO) == 1) {}
-  ~Progress() {
-    if (shown_)
-      std::fputs("\n", stderr);
-  }
-  void step(std::size_t done) const {
-    if (shown_)
-      std::fprintf(stderr, "\rhash refresh: %zu/%zu", done, total_);
-  }
-
- private:
-  std::size_t total_;
-  bool shown_;
-};
-
 struct RefreshCounts {
   int added = 0;
   int changed = 0;
@@ -104,11 +85,11 @@ struct RefreshCounts {
 RefreshCounts refreshHashes(ODLEXDatabase& db) {
   ODLEXTMsiFileHash& hashes = db.GetMsiFileHash();
   const RWBTree files = db.GetFile().GetEntries();
-  Progress progress(files.entries());
+  ProgressBar progress("hash refresh", "files");
   RefreshCounts counts;
   std::size_t done = 0;
   for (RWCollectable* item : files) {
-    progress.step(++done);
+    progress.show(++done, files.entries());
     const auto& file = *static_cast<const MSIEFile*>(item);
     if (file.IsDeleted() || !file.GetVersion().isNull())
       continue;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Cli.h"
+#include "ProgressFileSystem.h"
 
 namespace {
 
@@ -28,6 +29,16 @@ int printHelp(CLI::App& app, const std::vector<std::string>& words) {
   return 0;
 }
 
+// The words of the command that was parsed ("component delete").
+std::string chosenWords(const CLI::App& app) {
+  std::string words;
+  for (const CLI::App* command = &app; !command->get_subcommands().empty();) {
+    command = command->get_subcommands().front();
+    words += (words.empty() ? "" : " ") + command->get_name();
+  }
+  return words;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -36,7 +47,8 @@ int main(int argc, char** argv) {
   app.require_subcommand(1);
   app.footer(
       "Run 'odlex help COMMAND' or 'odlex COMMAND --help' for a command's use and an "
-      "example.");
+      "example.\nLong work draws a progress bar on stderr when stderr is a terminal; "
+      "ODLEX_PROGRESS=always or never forces it on or off.");
   odlex::cli::Commands commands(app);
   odlex::cli::addInspectCommands(commands);
   odlex::cli::addEditCommands(commands);
@@ -74,6 +86,10 @@ int main(int argc, char** argv) {
   }
   if (help->parsed())
     return printHelp(app, helpWords);
+  // Everything the command reads and writes goes through the counting file system, which
+  // draws the progress bar of long work.
+  odlex::cli::ProgressFileSystem files(odlex::storage::FileSystem::real(), chosenWords(app));
+  const odlex::storage::ScopedFileSystem scoped(files);
   try {
     return commands.chosen()();
   } catch (const odlex::cli::Failure& error) {
