@@ -16,7 +16,6 @@ struct Position {
   std::uint32_t column = 1;
 };
 
-
 // `text` in single quotes, cut short with "..." when long, for quoting in a message.
 std::string quoteText(std::u16string_view text);
 
