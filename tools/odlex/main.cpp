@@ -39,6 +39,7 @@ int main(int argc, char** argv) {
       "example.");
   odlex::cli::Commands commands(app);
   odlex::cli::addInspectCommands(commands);
+  odlex::cli::addQueryCommand(commands);
   odlex::cli::addEditCommands(commands);
   odlex::cli::addRowsCommand(commands);
   odlex::cli::addSequenceCommands(commands);
