@@ -23,7 +23,9 @@
 // ... [WHERE]; DELETE FROM ... [WHERE]; CREATE TABLE with CHAR(n), CHARACTER(n), LONGCHAR,
 // SHORT, INT, INTEGER, LONG and OBJECT columns, NOT NULL, TEMPORARY, LOCALIZABLE and PRIMARY
 // KEY, [HOLD]; DROP TABLE; ALTER TABLE ... ADD column [HOLD], ALTER TABLE ... HOLD | FREE. A
-// `?` stands for a field of Execute's record wherever a value goes. Temporary rows, columns
+// `?` stands for a field of Execute's record wherever a value goes; an OBJECT column takes a
+// stream field (as a fetched record holds one: a stream of this database), whose data the row
+// gets a copy of, and '' clears it. Temporary rows, columns
 // and tables live until the database is closed (or their table's last hold is freed) and are
 // never saved. Statements change the engine's tables directly: table objects of this layer
 // that are loaded and edited at the same time keep their own rows and overwrite the table

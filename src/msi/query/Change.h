@@ -12,11 +12,12 @@
 //   kFunctionFailed   the database is open read-only; the table's columns changed since
 //                     prepare; a row with the same key exists (INSERT); a value that breaks
 //                     NOT NULL or does not fit a 16-bit column; a key column set by UPDATE;
-//                     data for a binary column (binary cells are only cleared by a query);
+//                     a stream parameter naming no stream of the database;
 //                     a table or column the database refuses (reserved name, 33rd column);
 //                     FREE of a table that is not held;
 //   kAlreadyExists    CREATE TABLE of a table that exists;
-//   kDatatypeMismatch a parameter of the wrong kind for its column.
+//   kDatatypeMismatch a parameter of the wrong kind for its column (a binary column takes
+//                     only a stream, which is copied, or null).
 
 #include <cstdint>
 #include <memory>

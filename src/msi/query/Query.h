@@ -37,8 +37,9 @@
 //   kInvalidField (1616)    fewer parameter fields than `?` in the query (extra ones are
 //                           ignored);
 //   kDatatypeMismatch (1629) a parameter that does not fit its column: a string for an
-//                           integer column, an integer for a text column, or a stream (a null
-//                           field fits every column);
+//                           integer column, an integer for a text column, a stream anywhere
+//                           but as the value of a binary column (a null field fits every
+//                           column);
 //   kInvalidTable, kFunctionFailed  a table was dropped or changed since prepare;
 //   and those of the changing statements (Change.h).
 // fetch gives kSuccess, kNoMoreItems after the last row, kInvalidHandleState before any

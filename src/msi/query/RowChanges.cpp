@@ -102,9 +102,11 @@ class Insert : public RowChange {
     std::vector<std::uint32_t> cells;
     for (const engine::Column& column : target->columns())
       cells.push_back(column.isInteger() ? static_cast<std::uint32_t>(engine::kNullInteger) : 0);
-    for (const StoredValue& stored : values_) {
-      if (!storedCell(database, *target, stored, parameters, cells[stored.column], error))
+    std::vector<StoredCell> stored(values_.size());
+    for (std::size_t i = 0; i < values_.size(); ++i) {
+      if (!storedCell(database, *target, values_[i], parameters, stored[i], error))
         return false;
+      cells[values_[i].column] = stored[i].cell;
     }
     for (std::size_t c = 0; c < cells.size(); ++c) {
       const engine::Column& column = target->columns()[c];
@@ -123,8 +125,13 @@ class Insert : public RowChange {
                           keyText(database, *target, static_cast<std::size_t>(existing)));
     }
     target->appendRow(cells);
+    const std::size_t row = target->rowCount() - 1;
     if (temporary_)
-      target->markTemporary(target->rowCount() - 1);
+      target->markTemporary(row);
+    for (StoredCell& cell : stored) {
+      if (cell.data)
+        database.setStream(target->streamName(database.strings(), row), std::move(*cell.data));
+    }
     return true;
   }
 
@@ -155,9 +162,9 @@ class Update : public RowChange {
     engine::Table* target = table(database, error);
     if (!target)
       return false;
-    std::vector<std::uint32_t> cells(values_.size());
+    std::vector<StoredCell> stored(values_.size());
     for (std::size_t i = 0; i < values_.size(); ++i) {
-      if (!storedCell(database, *target, values_[i], parameters, cells[i], error))
+      if (!storedCell(database, *target, values_[i], parameters, stored[i], error))
         return false;
     }
     std::vector<std::uint32_t> rows;
@@ -167,8 +174,11 @@ class Update : public RowChange {
       const std::uint32_t column = values_[i].column;
       if (target->columns()[column].isBinary())
         removeStreams(database, *target, rows, static_cast<int>(column));
-      for (std::uint32_t row : rows)
-        target->setCell(row, column, cells[i]);
+      for (std::uint32_t row : rows) {
+        target->setCell(row, column, stored[i].cell);
+        if (stored[i].data)
+          database.setStream(target->streamName(database.strings(), row), *stored[i].data);
+      }
     }
     return true;
   }

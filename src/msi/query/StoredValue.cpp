@@ -65,8 +65,10 @@ bool bindStoredValue(const engine::Table& table, const ColumnName& name, const V
                 "column " + quoteText(name.column) + " is given twice");
   }
   const engine::Column& target = table.columns()[static_cast<std::size_t>(column)];
-  const bool mismatch = (value.kind == Operand::Kind::kInteger && !target.isInteger()) ||
-                        (value.kind == Operand::Kind::kString && target.isInteger());
+  // '' is null, which fits every column; binary data comes only from a stream parameter.
+  const bool mismatch =
+      (value.kind == Operand::Kind::kInteger && !target.isInteger()) ||
+      (value.kind == Operand::Kind::kString && !target.isString() && !value.text.empty());
   if (mismatch) {
     return fail(error, engine::kBadQuerySyntax, value.position,
                 std::string(value.kind == Operand::Kind::kInteger ? "an integer" : "a string") +
@@ -100,21 +102,31 @@ engine::Table* tableAtExecute(engine::Database& database, const std::u16string& 
 }
 
 bool storedCell(engine::Database& database, const engine::Table& table, const StoredValue& stored,
-                std::span<const Field> parameters, std::uint32_t& cell, engine::Error& error) {
+                std::span<const Field> parameters, StoredCell& out, engine::Error& error) {
   const engine::Column& column = table.columns()[stored.column];
   const Field field = fieldOf(stored.value, parameters);
   const std::string where = "column " + quoteText(column.name) + " of table " +
                             quoteText(table.name()) + ": " + describeValue(stored.value);
+  out = StoredCell{};
   if (field.isNull()) {
     if (!column.nullable())
       return failWith(error, engine::kFunctionFailed,
                       where + " is null, but the column is NOT NULL");
-    cell = column.isInteger() ? static_cast<std::uint32_t>(engine::kNullInteger) : 0;
+    out.cell = column.isInteger() ? static_cast<std::uint32_t>(engine::kNullInteger) : 0;
     return true;
   }
   if (column.isBinary()) {
-    return failWith(error, engine::kFunctionFailed,
-                    where + ": binary data cannot be stored by a query, only cleared with ''");
+    if (field.kind != Field::Kind::kStream)
+      return failWith(error, engine::kDatatypeMismatch, where + " must be a stream");
+    std::vector<std::uint8_t> data;
+    if (!database.readStream(field.text, data, error)) {
+      error.code = engine::kFunctionFailed;
+      error.text = where + ": " + error.text;
+      return false;
+    }
+    out.cell = 1;
+    out.data = std::move(data);
+    return true;
   }
   if (column.isInteger()) {
     if (field.kind != Field::Kind::kInteger)
@@ -124,12 +136,12 @@ bool storedCell(engine::Database& database, const engine::Table& table, const St
                       where + " is out of range for a " + std::to_string(column.integerSize() * 8) +
                           "-bit column");
     }
-    cell = static_cast<std::uint32_t>(field.integer);
+    out.cell = static_cast<std::uint32_t>(field.integer);
     return true;
   }
   if (field.kind != Field::Kind::kString)
     return failWith(error, engine::kDatatypeMismatch, where + " must be a string");
-  cell = database.strings().intern(field.text);
+  out.cell = database.strings().intern(field.text);
   return true;
 }
 

@@ -3,6 +3,7 @@
 // they change.
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -33,8 +34,17 @@ bool bindStoredValue(const engine::Table& table, const ColumnName& name, const V
 engine::Table* tableAtExecute(engine::Database& database, const std::u16string& name,
                               const std::vector<engine::Column>& prepared, engine::Error& error);
 
-// The cell holding `stored.value` in its column of `table`, parameters filled in.
+// What a value puts into a row: the cell and, for a binary column given a stream, that
+// stream's data, read before anything is changed.
+struct StoredCell {
+  std::uint32_t cell = 0;
+  std::optional<std::vector<std::uint8_t>> data;
+};
+
+// The cell holding `stored.value` in its column of `table`, parameters filled in. A binary
+// column takes a null value or a stream parameter naming a stream of the database, whose data
+// the row gets a copy of.
 bool storedCell(engine::Database& database, const engine::Table& table, const StoredValue& stored,
-                std::span<const Field> parameters, std::uint32_t& cell, engine::Error& error);
+                std::span<const Field> parameters, StoredCell& out, engine::Error& error);
 
 }  // namespace odlex::query

@@ -84,6 +84,21 @@ class QueryChange : public ::testing::Test {
     return result.size() == 1 ? result[0] : "rows";
   }
 
+  // Every stream of the database as name=bytes, the bytes in decimal.
+  std::vector<std::string> streams() {
+    std::vector<std::string> out;
+    for (const std::u16string& name : db_->streamNames()) {
+      std::vector<std::uint8_t> data;
+      engine::Error error;
+      EXPECT_TRUE(db_->readStream(name, data, error)) << error.text;
+      std::string bytes;
+      for (std::uint8_t byte : data)
+        bytes += std::to_string(byte);
+      out.push_back(Utf16ToUtf8(name) + "=" + bytes);
+    }
+    return out;
+  }
+
   test::TempDir dir_;
   std::unique_ptr<engine::Database> db_;
 };
@@ -113,6 +128,39 @@ TEST_F(QueryChange, ParametersStandForEveryValue) {
     SetUp();
     ASSERT_EQ(run(c.sql, c.parameters), "ok") << c.sql;
     EXPECT_EQ(outcome("SELECT * FROM Item ORDER BY Key", {}), c.items) << c.sql;
+  }
+}
+
+struct StreamCase {
+  const char* sql;
+  std::vector<Field> parameters;
+  std::vector<std::string> streams;  // name=bytes of every stream afterwards
+};
+
+// A stream parameter gives a binary cell a copy of that stream; clearing or deleting the cell
+// removes the row's stream.
+TEST_F(QueryChange, BinaryCellsTakeCopiesOfStreams) {
+  const StreamCase cases[] = {
+      {"INSERT INTO Blob (K, D) VALUES ('b', ?)",
+       {Field::ofStream(u"Blob.a")},
+       {"Blob.a=123", "Blob.b=123", "Other=45"}},
+      {"UPDATE Blob SET D = ? WHERE K = 'a'",
+       {Field::ofStream(u"Other")},
+       {"Blob.a=45", "Other=45"}},
+      {"UPDATE Blob SET D = ''", {}, {"Other=45"}},
+      {"DELETE FROM Blob", {}, {"Other=45"}},
+      {"INSERT INTO Blob (K, D) VALUES ('b', ?)", {Field::ofStream(u"Missing")}, {"error 1627"}},
+      {"INSERT INTO Blob (K, D) VALUES ('b', ?)", {Field::ofString(u"text")}, {"error 1629"}},
+      {"INSERT INTO Blob (K, D) VALUES ('b', 'text')", {}, {"error 1615"}},
+  };
+  for (const StreamCase& c : cases) {
+    SetUp();
+    db_->setStream(u"Other", {4, 5});
+    ASSERT_EQ(run("CREATE TABLE Blob (K CHAR(9) NOT NULL, D OBJECT PRIMARY KEY K)"), "ok");
+    db_->setStream(u"Blob.a", {1, 2, 3});
+    ASSERT_EQ(run("INSERT INTO Blob (K, D) VALUES ('a', ?)", {Field::ofStream(u"Blob.a")}), "ok");
+    const std::string result = run(c.sql, c.parameters);
+    EXPECT_EQ(result == "ok" ? streams() : std::vector<std::string>{result}, c.streams) << c.sql;
   }
 }
 
