@@ -23,4 +23,8 @@ std::string quoteText(std::u16string_view text);
 // callers can write `return fail(...)`.
 bool fail(engine::Error& error, std::uint32_t code, Position at, std::string_view message);
 
+// Sets `error` to `code` with `text`, for faults that have no place in the query text (those of
+// execute); always returns false.
+bool failWith(engine::Error& error, std::uint32_t code, std::string text);
+
 }  // namespace odlex::query

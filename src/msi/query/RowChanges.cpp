@@ -12,11 +12,6 @@
 namespace odlex::query {
 namespace {
 
-bool failWith(engine::Error& error, std::uint32_t code, std::string text) {
-  error = engine::Error{code, std::move(text)};
-  return false;
-}
-
 // The key of a row as text, for messages: its key values joined with '.'.
 std::string keyText(const engine::Database& database, const engine::Table& table, std::size_t row) {
   const std::u16string name = table.streamName(database.strings(), row);

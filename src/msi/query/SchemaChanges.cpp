@@ -19,11 +19,6 @@ namespace {
 
 namespace type = engine::column_type;
 
-bool failWith(engine::Error& error, std::uint32_t code, std::string text) {
-  error = engine::Error{code, std::move(text)};
-  return false;
-}
-
 // The database's refusal of a table or column, as the result code of an execute.
 bool refused(engine::Error& error) {
   if (error.code == engine::kInvalidParameter)

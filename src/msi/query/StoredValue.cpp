@@ -7,11 +7,6 @@
 namespace odlex::query {
 namespace {
 
-bool failWith(engine::Error& error, std::uint32_t code, std::string text) {
-  error = engine::Error{code, std::move(text)};
-  return false;
-}
-
 // The value as a field: the literal, or the parameter it names.
 Field fieldOf(const Value& value, std::span<const Field> parameters) {
   switch (value.kind) {
