@@ -61,6 +61,7 @@ void addDryRunFlag(CLI::App& command, bool& dryRun);
 
 // The command files, each adding its commands.
 void addInspectCommands(Commands& commands);
+void addQueryCommand(Commands& commands);
 void addEditCommands(Commands& commands);
 void addRowsCommand(Commands& commands);
 void addSequenceCommands(Commands& commands);

@@ -1,4 +1,4 @@
-// Commands that read a package and never change it: tables, export, export-all, query.
+// Commands that read a package and never change it: tables, export, export-all.
 
 #include <cstdio>
 #include <string>
@@ -6,7 +6,6 @@
 #include "Cli.h"
 #include "msi/engine/Text.h"
 #include "msi/idt/Idt.h"
-#include "msi/query/Query.h"
 #include "storage/FileSystem.h"
 
 namespace odlex::cli {
@@ -98,71 +97,12 @@ void addExportAll(Commands& commands) {
       ->required();
 }
 
-json fieldJson(const query::Field& field) {
-  switch (field.kind) {
-    case query::Field::Kind::kNull:
-      return nullptr;
-    case query::Field::Kind::kInteger:
-      return field.integer;
-    case query::Field::Kind::kString:
-    case query::Field::Kind::kStream:
-      return engine::toUtf8(field.text);
-  }
-  return nullptr;
-}
-
-void addQuery(Commands& commands) {
-  struct Options {
-    std::string package;
-    std::string sql;
-    bool json = false;
-  };
-  auto options = std::make_shared<Options>();
-  CLI::App& command = commands.add(
-      "query", "run a SELECT and print its rows, one per line, fields tab-separated",
-      R"(odlex query product.msi "SELECT `Property`, `Value` FROM `Property`")", [options] {
-        auto db = openPackage(options->package, OpenMode::kReadOnly);
-        engine::Error error;
-        auto view = query::Query::prepare(*db, engine::fromUtf8(options->sql), error);
-        if (!view)
-          throw Failure(error);
-        check(view->execute(error), error);
-        json columns = json::array();
-        for (const engine::Column& column : view->columns())
-          columns.push_back(engine::toUtf8(column.name));
-        json rows = json::array();
-        query::Record record;
-        while (view->fetch(record) == engine::kSuccess) {
-          json row = json::array();
-          std::vector<std::u16string> fields;
-          for (std::size_t i = 0; i < record.size(); ++i) {
-            row.push_back(fieldJson(record[i]));
-            fields.push_back(record[i].kind == query::Field::Kind::kInteger
-                                 ? engine::fromUtf8(std::to_string(record[i].integer))
-                                 : record[i].text);
-          }
-          if (options->json)
-            rows.push_back(std::move(row));
-          else
-            printFields(fields);
-        }
-        if (options->json)
-          printJson({{"columns", columns}, {"rows", rows}});
-        return 0;
-      });
-  addPackageArgument(command, options->package);
-  command.add_option("SQL", options->sql, "the query")->required();
-  addJsonFlag(command, options->json,
-              R"({"columns": [names], "rows": [[null, number or text per column]]})");
-}
-
 }  // namespace
 
 void addInspectCommands(Commands& commands) {
   addTables(commands);
   addExport(commands);
   addExportAll(commands);
-  addQuery(commands);
 }
 
 }  // namespace odlex::cli

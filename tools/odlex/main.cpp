@@ -51,6 +51,7 @@ int main(int argc, char** argv) {
       "ODLEX_PROGRESS=always or never forces it on or off.");
   odlex::cli::Commands commands(app);
   odlex::cli::addInspectCommands(commands);
+  odlex::cli::addQueryCommand(commands);
   odlex::cli::addEditCommands(commands);
   odlex::cli::addRowsCommand(commands);
   odlex::cli::addSequenceCommands(commands);

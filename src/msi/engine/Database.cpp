@@ -61,6 +61,8 @@ Table* Database::createTable(std::u16string name, std::vector<Column> columns, E
     return fail(kInvalidParameter, where + ": the first column is not a key");
   std::set<std::u16string> names;
   bool keysEnded = false;
+  const bool allTemporary =
+      std::all_of(columns.begin(), columns.end(), [](const Column& c) { return c.temporary(); });
   for (const Column& column : columns) {
     const std::string what = where + ", column " + toUtf8(column.name);
     if (column.name.empty() || !names.insert(column.name).second) {
@@ -70,9 +72,10 @@ Table* Database::createTable(std::u16string name, std::vector<Column> columns, E
       return fail(kInvalidParameter, what + ": key columns must come first");
     }
     // Temporary columns are never written, so a temporary key would leave the saved table
-    // without the key it was built on.
-    if (column.key() && column.temporary()) {
-      return fail(kInvalidParameter, what + ": a key column cannot be temporary");
+    // without the key it was built on; only a table that is temporary as a whole has one.
+    if (column.key() && column.temporary() && !allTemporary) {
+      return fail(kInvalidParameter,
+                  what + ": a key column of a table that is saved cannot be temporary");
     }
     keysEnded = !column.key();
     if (!validColumnType(column)) {
@@ -87,6 +90,24 @@ Table* Database::createTable(std::u16string name, std::vector<Column> columns, E
   });
   tables_.push_back(std::make_unique<Table>(std::move(name), std::move(columns)));
   return tables_.back().get();
+}
+
+bool Database::addColumn(Table& table, Column column, Error& error) {
+  const std::string what = "table " + toUtf8(table.name()) + ", column " + toUtf8(column.name);
+  auto fail = [&error, &what](std::string text) {
+    error = Error{kInvalidParameter, what + ": " + text};
+    return false;
+  };
+  if (column.name.empty() || table.columnIndex(column.name) >= 0)
+    return fail("empty or duplicate column name");
+  if (table.columnCount() >= kMaxColumns)
+    return fail("a table has at most 32 columns");
+  if (column.key())
+    return fail("a column added to a table cannot be a key");
+  if (!validColumnType(column))
+    return fail("integers are 2 or 4 bytes wide");
+  table.addColumn(std::move(column));
+  return true;
 }
 
 bool Database::dropTable(std::u16string_view name) {

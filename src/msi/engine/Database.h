@@ -53,8 +53,12 @@ class Database {
   Table* findTable(std::u16string_view name);
   const Table* findTable(std::u16string_view name) const;
   // Adds an empty table. Fails with kAlreadyExists, or kInvalidParameter for a bad name or
-  // column list (no key column, duplicate names, a key column after a non-key column).
+  // column list (no key column, duplicate names, a key column after a non-key column, a
+  // temporary key in a table that is not temporary as a whole).
   Table* createTable(std::u16string name, std::vector<Column> columns, Error& error);
+  // Appends a column to `table` (one of this database's), null in every row. Fails with
+  // kInvalidParameter for a duplicate name, a key column, a bad type or a 33rd column.
+  bool addColumn(Table& table, Column column, Error& error);
   // Removes a table and the streams of its binary cells.
   bool dropTable(std::u16string_view name);
 

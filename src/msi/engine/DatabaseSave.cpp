@@ -66,6 +66,8 @@ bool Database::buildTree(storage::CompoundNode& root, Error& error) {
   Table columnsCatalog(u"_Columns", columnsCatalogColumns());
   for (std::size_t t = 0; t < tables_.size(); ++t) {
     const Table& table = *tables_[t];
+    if (table.temporary())
+      continue;
     const auto& [tableId, columnIds] = catalogIds[t];
     tablesCatalog.appendRow(std::vector<std::uint32_t>{tableId});
     count(references, tableId);
@@ -81,8 +83,10 @@ bool Database::buildTree(storage::CompoundNode& root, Error& error) {
       count(references, columnIds[c]);
       if (!column.isString())
         continue;
-      for (std::size_t r = 0; r < table.rowCount(); ++r)
-        count(references, table.cell(r, c));
+      for (std::size_t r = 0; r < table.rowCount(); ++r) {
+        if (!table.temporaryRow(r))
+          count(references, table.cell(r, c));
+      }
     }
   }
 
@@ -118,7 +122,7 @@ bool Database::buildTree(storage::CompoundNode& root, Error& error) {
   for (const auto& table : tables_) {
     if (storedRowSize(table->columns(), pool.referenceSize) == 0)
       continue;
-    std::vector<std::size_t> order = table->keyOrder();
+    std::vector<std::size_t> order = table->savedOrder();
     encodeTable(*table, order, pool.referenceSize, pool.remap, bytes);
     addTableStream(*table, std::move(bytes));
   }

@@ -21,6 +21,54 @@ int Table::columnIndex(std::u16string_view name) const {
   return -1;
 }
 
+bool Table::temporary() const {
+  return !columns_.empty() &&
+         std::ranges::all_of(columns_, [](const Column& column) { return column.temporary(); });
+}
+
+void Table::addColumn(Column column) {
+  const std::size_t rows = rowCount();
+  const std::size_t width = columns_.size();
+  const std::uint32_t null = column.isInteger() ? static_cast<std::uint32_t>(kNullInteger) : 0;
+  std::vector<std::uint32_t> cells;
+  cells.reserve(rows * (width + 1));
+  for (std::size_t r = 0; r < rows; ++r) {
+    auto old = row(r);
+    cells.insert(cells.end(), old.begin(), old.end());
+    cells.push_back(null);
+  }
+  cells_ = std::move(cells);
+  columns_.push_back(std::move(column));
+}
+
+void Table::removeTemporaryColumns() {
+  std::vector<bool> keep;
+  for (const Column& column : columns_)
+    keep.push_back(!column.temporary());
+  const std::size_t rows = rowCount();
+  std::vector<std::uint32_t> cells;
+  for (std::size_t r = 0; r < rows; ++r) {
+    for (std::size_t c = 0; c < columns_.size(); ++c) {
+      if (keep[c])
+        cells.push_back(cell(r, c));
+    }
+  }
+  std::erase_if(columns_, [](const Column& column) { return column.temporary(); });
+  cells_ = std::move(cells);
+  if (columns_.empty())
+    temporaryRows_.clear();
+  keyCount_ = 0;
+  while (keyCount_ < columns_.size() && columns_[keyCount_].key())
+    ++keyCount_;
+}
+
+bool Table::release() {
+  if (holdCount_ == 0)
+    return false;
+  --holdCount_;
+  return true;
+}
+
 bool Table::isNull(std::size_t row, std::size_t column) const {
   std::uint32_t value = cell(row, column);
   return columns_[column].isInteger() ? static_cast<std::int32_t>(value) == kNullInteger
@@ -36,16 +84,52 @@ std::size_t Table::addRow() {
   for (const Column& column : columns_) {
     cells_.push_back(column.isInteger() ? static_cast<std::uint32_t>(kNullInteger) : 0);
   }
+  if (!temporaryRows_.empty())
+    temporaryRows_.push_back(0);
   return index;
 }
 
 void Table::appendRow(std::span<const std::uint32_t> cells) {
   cells_.insert(cells_.end(), cells.begin(), cells.end());
+  if (!temporaryRows_.empty())
+    temporaryRows_.push_back(0);
 }
 
 void Table::removeRow(std::size_t index) {
   auto first = cells_.begin() + static_cast<std::ptrdiff_t>(index * columns_.size());
   cells_.erase(first, first + static_cast<std::ptrdiff_t>(columns_.size()));
+  if (!temporaryRows_.empty())
+    temporaryRows_.erase(temporaryRows_.begin() + static_cast<std::ptrdiff_t>(index));
+}
+
+void Table::removeRows(std::span<const std::uint32_t> indexes) {
+  const std::size_t width = columns_.size();
+  std::size_t kept = 0;
+  auto doomed = indexes.begin();
+  for (std::size_t r = 0, rows = rowCount(); r < rows; ++r) {
+    if (doomed != indexes.end() && *doomed == r) {
+      ++doomed;
+      continue;
+    }
+    std::copy_n(cells_.begin() + static_cast<std::ptrdiff_t>(r * width), width,
+                cells_.begin() + static_cast<std::ptrdiff_t>(kept * width));
+    if (!temporaryRows_.empty())
+      temporaryRows_[kept] = temporaryRows_[r];
+    ++kept;
+  }
+  resizeRows(kept);
+}
+
+void Table::resizeRows(std::size_t rows) {
+  cells_.resize(rows * columns_.size());
+  if (!temporaryRows_.empty())
+    temporaryRows_.resize(rows);
+}
+
+void Table::markTemporary(std::size_t row) {
+  if (temporaryRows_.empty())
+    temporaryRows_.resize(rowCount());
+  temporaryRows_[row] = 1;
 }
 
 std::ptrdiff_t Table::findRow(std::span<const std::uint32_t> key) const {
@@ -78,15 +162,25 @@ std::vector<std::size_t> Table::keyOrder() const {
   return order;
 }
 
+std::vector<std::size_t> Table::savedOrder() const {
+  std::vector<std::size_t> order = keyOrder();
+  std::erase_if(order, [this](std::size_t r) { return temporaryRow(r); });
+  return order;
+}
+
 void Table::sortByKey() {
   std::vector<std::size_t> order = keyOrder();
   std::vector<std::uint32_t> sorted;
+  std::vector<std::uint8_t> flags;
   sorted.reserve(cells_.size());
   for (std::size_t r : order) {
     auto cells = row(r);
     sorted.insert(sorted.end(), cells.begin(), cells.end());
+    if (!temporaryRows_.empty())
+      flags.push_back(temporaryRows_[r]);
   }
   cells_ = std::move(sorted);
+  temporaryRows_ = std::move(flags);
 }
 
 std::u16string Table::streamName(const StringPool& pool, std::size_t row) const {

@@ -5,6 +5,10 @@
 //   integer columns - the value as int32, kNullInteger (0x80000000) = null;
 //   binary columns  - 0 = null, 1 = the row has a stream, named by streamName().
 // Rows are kept in insertion order in memory and written in primary-key order.
+//
+// Temporary data lives in memory only and is never written: temporary columns, rows marked
+// temporary, and temporary tables (every column temporary). A table's hold count keeps its
+// temporary columns alive; releasing the last hold drops them.
 
 #include <cstddef>
 #include <cstdint>
@@ -32,6 +36,18 @@ class Table {
   std::size_t keyCount() const { return keyCount_; }
   // Index of the column called `name`, or -1.
   int columnIndex(std::u16string_view name) const;
+  // Whether the table lives in memory only: all of its columns are temporary.
+  bool temporary() const;
+
+  // Appends a column (never a key); every row gets a null cell in it.
+  void addColumn(Column column);
+  // Removes the temporary columns and their cells.
+  void removeTemporaryColumns();
+
+  std::uint32_t holdCount() const { return holdCount_; }
+  void hold() { ++holdCount_; }
+  // Releases one hold; false when the table is not held.
+  bool release();
 
   std::size_t rowCount() const { return columns_.empty() ? 0 : cells_.size() / columns_.size(); }
   std::span<const std::uint32_t> row(std::size_t index) const {
@@ -59,9 +75,20 @@ class Table {
   // Appends a complete row of cells (columnCount() of them).
   void appendRow(std::span<const std::uint32_t> cells);
   void removeRow(std::size_t index);
-  void clearRows() { cells_.clear(); }
+  // Removes the rows at `indexes` (ascending, no repeats), keeping the order of the rest.
+  void removeRows(std::span<const std::uint32_t> indexes);
+  void clearRows() {
+    cells_.clear();
+    temporaryRows_.clear();
+  }
   // Makes the table `rows` rows long; new rows are all zero cells, to be filled in.
-  void resizeRows(std::size_t rows) { cells_.resize(rows * columns_.size()); }
+  void resizeRows(std::size_t rows);
+
+  // Marks a row as living in memory only; it is left out when the table is written.
+  void markTemporary(std::size_t row);
+  bool temporaryRow(std::size_t row) const {
+    return row < temporaryRows_.size() && temporaryRows_[row] != 0;
+  }
   void reserveRows(std::size_t rows) { cells_.reserve(rows * columns_.size()); }
 
   // Index of the row whose key cells equal `key` (keyCount() cells), or -1. Linear: the
@@ -72,6 +99,8 @@ class Table {
   void sortByKey();
   // Row indexes in that order, leaving the rows where they are.
   std::vector<std::size_t> keyOrder() const;
+  // The rows that are written, in key order: all but the temporary ones.
+  std::vector<std::size_t> savedOrder() const;
 
   // The name of the stream that holds the binary cell of `row`: the table name and the key
   // values joined with '.', integers in decimal.
@@ -82,6 +111,9 @@ class Table {
   std::vector<Column> columns_;
   std::size_t keyCount_ = 0;
   std::vector<std::uint32_t> cells_;
+  // One flag a row once any row is temporary; empty while none is.
+  std::vector<std::uint8_t> temporaryRows_;
+  std::uint32_t holdCount_ = 0;
 };
 
 }  // namespace odlex::engine

@@ -1,4 +1,4 @@
-// Views: prepared SELECT queries whose rows are read into records.
+// Views: prepared statements; a SELECT's rows are read into records.
 
 #include <odlex/msi/MSIView.h>
 

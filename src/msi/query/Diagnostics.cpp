@@ -29,4 +29,9 @@ bool fail(engine::Error& error, std::uint32_t code, Position at, std::string_vie
   return false;
 }
 
+bool failWith(engine::Error& error, std::uint32_t code, std::string text) {
+  error = engine::Error{code, std::move(text)};
+  return false;
+}
+
 }  // namespace odlex::query

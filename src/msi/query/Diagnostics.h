@@ -16,12 +16,15 @@ struct Position {
   std::uint32_t column = 1;
 };
 
-
 // `text` in single quotes, cut short with "..." when long, for quoting in a message.
 std::string quoteText(std::u16string_view text);
 
 // Sets `error` to `code` with "line L, column C: message"; always returns false so that
 // callers can write `return fail(...)`.
 bool fail(engine::Error& error, std::uint32_t code, Position at, std::string_view message);
+
+// Sets `error` to `code` with `text`, for faults that have no place in the query text (those of
+// execute); always returns false.
+bool failWith(engine::Error& error, std::uint32_t code, std::string text);
 
 }  // namespace odlex::query

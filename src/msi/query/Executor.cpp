@@ -28,12 +28,7 @@ class Executor {
       : database_(database), plan_(plan), error_(error) {}
 
   bool run(std::span<const Field> parameters, ResultSet& result) {
-    if (!openSources() || !bindConjuncts(parameters))
-      return false;
-    currentRow_.assign(sources_.size(), 0);
-    currentCells_.assign(sources_.size(), nullptr);
-    buildLookups();
-    if (!collect(0))
+    if (!findMatches(parameters))
       return false;
     if (!plan_.orderBy.empty())
       sortMatches();
@@ -42,6 +37,18 @@ class Executor {
       result.removeDuplicates();
     return true;
   }
+
+  // The passing combinations, one row index per table each, in table order.
+  bool findMatches(std::span<const Field> parameters) {
+    if (!openSources() || !bindConjuncts(parameters))
+      return false;
+    currentRow_.assign(sources_.size(), 0);
+    currentCells_.assign(sources_.size(), nullptr);
+    buildLookups();
+    return collect(0);
+  }
+
+  std::vector<std::uint32_t> takeMatches() { return std::move(matches_); }
 
  private:
   bool openSources() {
@@ -236,6 +243,15 @@ class Executor {
 bool runPlan(engine::Database& database, Plan& plan, std::span<const Field> parameters,
              ResultSet& result, engine::Error& error) {
   return Executor(database, plan, error).run(parameters, result);
+}
+
+bool findRows(engine::Database& database, Plan& plan, std::span<const Field> parameters,
+              std::vector<std::uint32_t>& rows, engine::Error& error) {
+  Executor executor(database, plan, error);
+  if (!executor.findMatches(parameters))
+    return false;
+  rows = executor.takeMatches();
+  return true;
 }
 
 }  // namespace odlex::query

@@ -12,7 +12,9 @@
 //                     kMaxCombinations row combinations;
 //   kDatatypeMismatch a parameter's kind does not fit the column it is compared with.
 
+#include <cstdint>
 #include <span>
+#include <vector>
 
 #include "msi/engine/Database.h"
 #include "msi/query/Field.h"
@@ -28,5 +30,9 @@ constexpr std::uint64_t kMaxCombinations = std::uint64_t{1} << 24;
 // `parameters` must hold at least plan.parameterCount fields.
 bool runPlan(engine::Database& database, Plan& plan, std::span<const Field> parameters,
              ResultSet& result, engine::Error& error);
+
+// The rows of the table of a one-table plan that satisfy its condition, in table order.
+bool findRows(engine::Database& database, Plan& plan, std::span<const Field> parameters,
+              std::vector<std::uint32_t>& rows, engine::Error& error);
 
 }  // namespace odlex::query

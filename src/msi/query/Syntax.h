@@ -1,9 +1,10 @@
 #pragma once
-// The parsed form of a SELECT statement, before its names are looked up in a database.
+// The parsed form of a statement, before its names are looked up in a database.
 
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "msi/query/Diagnostics.h"
@@ -57,5 +58,62 @@ struct SelectStatement {
   std::vector<ColumnName> orderBy;
   std::uint32_t parameterCount = 0;
 };
+
+// A value to store: 'string' ('' is null), integer or ?.
+using Value = Operand;
+
+struct InsertStatement {
+  TableName table;
+  std::vector<ColumnName> columns;
+  std::vector<Value> values;  // one per column
+  bool temporary = false;
+  std::uint32_t parameterCount = 0;
+};
+
+struct Assignment {
+  ColumnName column;
+  Value value;
+};
+
+struct UpdateStatement {
+  TableName table;
+  std::vector<Assignment> assignments;
+  std::optional<Condition> where;
+  std::uint32_t parameterCount = 0;
+};
+
+struct DeleteStatement {
+  TableName table;
+  std::optional<Condition> where;
+  std::uint32_t parameterCount = 0;
+};
+
+// A column as CREATE TABLE and ALTER TABLE ADD declare it.
+struct ColumnDefinition {
+  ColumnName name;
+  std::uint16_t type = 0;  // the type word: size, text/integer/binary, nullable, flags
+  bool hold = false;       // ALTER TABLE ... ADD ... HOLD
+};
+
+struct CreateStatement {
+  TableName table;
+  std::vector<ColumnDefinition> columns;  // as declared
+  std::vector<ColumnName> primaryKey;
+  bool hold = false;
+};
+
+struct DropStatement {
+  TableName table;
+};
+
+struct AlterStatement {
+  enum class Kind { kAddColumn, kHold, kFree };
+  Kind kind = Kind::kHold;
+  TableName table;
+  ColumnDefinition column;  // kAddColumn
+};
+
+using Statement = std::variant<SelectStatement, InsertStatement, UpdateStatement, DeleteStatement,
+                               CreateStatement, DropStatement, AlterStatement>;
 
 }  // namespace odlex::query

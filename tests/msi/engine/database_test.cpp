@@ -162,7 +162,8 @@ TEST(DatabaseTables, CreateTableRefusesBadDefinitions) {
       u"Late", {Column{u"A", kText | kKey}, Column{u"B", kText}, Column{u"C", kText | kKey}},
       error));
   EXPECT_FALSE(db->createTable(u"Odd", {Column{u"A", kValid | kKey | 3}}, error));
-  EXPECT_FALSE(db->createTable(u"TempKey", {Column{u"A", kText | kKey | kTemporary}}, error))
+  EXPECT_FALSE(db->createTable(
+      u"TempKey", {Column{u"A", kText | kKey | kTemporary}, Column{u"B", kText}}, error))
       << "a temporary key is never written, so the saved table would have none";
   EXPECT_FALSE(db->createTable(u"_Columns", {Column{u"A", kText | kKey}}, error));
   EXPECT_FALSE(db->createTable(std::u16string(70, u'T'), {Column{u"A", kText | kKey}}, error));

@@ -15,6 +15,16 @@ std::u16string utf16(std::string_view ascii) {
   return std::u16string(ascii.begin(), ascii.end());
 }
 
+// Parses `text`, keeping the statement when it is a SELECT.
+bool parseSelect(std::u16string_view text, SelectStatement& select, engine::Error& error) {
+  Statement statement;
+  if (!parseStatement(text, statement, error))
+    return false;
+  if (const auto* parsed = std::get_if<SelectStatement>(&statement))
+    select = *parsed;
+  return true;
+}
+
 SelectStatement parsed(std::string_view text) {
   SelectStatement statement;
   engine::Error error;
@@ -52,7 +62,9 @@ TEST(QueryParser, KeywordsIgnoreCaseQuotedNamesMayBeKeywordsAndOrRunsAreFlat) {
 }
 
 TEST(QueryParser, ErrorsGiveLineColumnAndToken) {
-  EXPECT_EQ(parseError("").text, "line 1, column 1: expected SELECT, found end of query");
+  EXPECT_EQ(parseError("").text,
+            "line 1, column 1: expected SELECT, INSERT, UPDATE, DELETE, CREATE, DROP or ALTER, "
+            "found end of query");
   EXPECT_EQ(parseError("SELECT `Key` FORM Item").text,
             "line 1, column 14: expected FROM, found 'FORM'");
   EXPECT_EQ(parseError("SELECT * FROM T WHERE A = 1 1").text,
