@@ -76,7 +76,7 @@ void runChange(const Options& options) {
   if (options.output.empty()) {
     db = openPackage(options.package, OpenMode::kUpdate);
   } else {
-    db = engine::Database::openInto(storage::FileSystem::real(), options.package, options.output,
+    db = engine::Database::openInto(storage::FileSystem::current(), options.package, options.output,
                                     error);
     if (!db)
       throw Failure(error);
