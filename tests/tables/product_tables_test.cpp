@@ -1,0 +1,159 @@
+// The product's own tables, the change log's switches, the GUI property list and the removal of
+// a package's user interface.
+
+#include <optional>
+
+#include "common/DatabaseTest.h"
+#include "tables/TableTestSupport.h"
+
+namespace odlex::test {
+namespace {
+
+const TalString kShippedCatalog = TalString::FromUtf8(ODLEX_SOURCE_DIR "/share/odlex/messages.txt");
+
+class ProductTablesTest : public DatabaseTest {
+ protected:
+  void TearDown() override {
+    ODLEXDatabase::SetChangeLogging(false);
+    DatabaseTest::TearDown();
+  }
+
+  void setKeyword(ODLEXDatabase& db, const char16_t* keyword, const char16_t* value) {
+    MSIEZrKeyword row(keyword, 0);
+    row.SetValue(value);
+    db.GetZrKeyword().Add(row);
+  }
+};
+
+TEST_F(ProductTablesTest, ChangeLogFollowsTheSwitchAndThePackagesKeyword) {
+  const struct {
+    bool catalog;
+    bool switchOn;
+    const char16_t* keyword;  // null: no ChangeLog keyword
+    bool written;
+  } cases[] = {
+      {false, true, u"ENABLED", false}, {true, false, nullptr, false},
+      {true, false, u"enabled", true},  {true, true, nullptr, true},
+      {true, true, u"Disabled", false}, {true, false, u"DISABLED", false},
+      {true, true, u"other", true},
+  };
+  for (std::size_t i = 0; i < std::size(cases); ++i) {
+    SCOPED_TRACE(testing::Message() << "case #" << i);
+    const std::string name = "log" + std::to_string(i) + ".msi";
+    ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(copyPackage(name)));
+    ODLEXDatabase::SetResources(cases[i].catalog ? kShippedCatalog : text(file("missing.txt")));
+    ODLEXDatabase::SetChangeLogging(cases[i].switchOn);
+    if (cases[i].keyword)
+      setKeyword(db, u"ChangeLog", cases[i].keyword);
+    db.UpdateChangeLog(0x400D0074, {u"Feature"}, u"Feature");
+    RWBTree& rows = db.GetZrChangeLog().GetEntries();
+    ASSERT_EQ(rows.entries(), cases[i].written ? 1u : 0u);
+    if (cases[i].written) {
+      const auto& row = static_cast<const MSIEZrChangeLog&>(**rows.begin());
+      EXPECT_EQ(row.GetMessage(), u"Table Feature was changed.");
+      EXPECT_EQ(row.GetTable(), u"Feature");
+      EXPECT_EQ(row.GetMessageId(), 0x400D0074);
+    }
+  }
+}
+
+TEST_F(ProductTablesTest, VersionRangesIncludeBothEnds) {
+  writeFileBytes(file("idt/_ZrActionInformation.idt"),
+                 "Action\tVerFirst\tVerLast\tSequence\tDescription\r\n"
+                 "s72\ti2\ti2\tI2\tL255\r\n"
+                 "_ZrActionInformation\tAction\r\n"
+                 "Old\t100\t200\t\t\r\nMid\t200\t300\t\t\r\nNew\t300\t500\t\t\r\n"
+                 "Gone\t100\t500\t\t\r\n");
+  {
+    MSIDatabase lower(text(package()), MSIDatabase::ePersistDirect);
+    ASSERT_EQ(lower.Import(text(file("idt/_ZrActionInformation.idt"))), 0u);
+    ASSERT_EQ(lower.commit(), 0u);
+  }
+  ODLEXT_ZrActionInformation& table = openPackage().Get_ZrActionInformation();
+  for (RWCollectable* item : table.GetEntries()) {
+    auto& row = static_cast<MSIE_ZrActionInformation&>(*item);
+    if (row.GetAction() == u"Gone")
+      row.Delete();
+  }
+  const struct {
+    eSchemaVersion version;
+    std::set<std::u16string> actions;
+  } cases[] = {{eSchema30, {}},
+               {eSchema100, {u"Old"}},
+               {eSchema200, {u"Old", u"Mid"}},
+               {eSchema300, {u"Mid", u"New"}},
+               {eSchema500, {u"New"}}};
+  for (const auto& query : cases) {
+    SCOPED_TRACE(static_cast<int>(query.version));
+    RWBTree out;
+    std::set<std::u16string> actions;
+    for (RWCollectable* item : table.GetEntries(out, query.version))
+      actions.insert(static_cast<const MSIE_ZrActionInformation&>(*item).GetAction().u16());
+    EXPECT_EQ(actions, query.actions);
+  }
+}
+
+TEST_F(ProductTablesTest, RemovingTheUserInterfaceTwiceChangesNothingMore) {
+  ODLEXDatabase& db = openPackage();
+  db.GetDialog().Add(MSIEDialog(u"Welcome"));
+  db.GetTextStyle().Add(MSIETextStyle(u"Bold"));
+  ASSERT_TRUE(db.SaveChanges());
+  const std::vector<std::string> before = msiinfoPersistentTables(package());
+  ASSERT_TRUE(std::find(before.begin(), before.end(), "Dialog") != before.end());
+
+  db.RemoveGUI();
+  EXPECT_TRUE(db.IsModified());
+  ASSERT_TRUE(db.SaveChanges());
+  const std::vector<std::string> once = msiinfoPersistentTables(package());
+  std::vector<std::string> expected = before;
+  std::erase_if(expected, [](const std::string& t) { return t == "Dialog" || t == "TextStyle"; });
+  EXPECT_EQ(once, expected);
+  EXPECT_TRUE(db.GetDialog().GetEntries().isEmpty());
+
+  db.RemoveGUI();
+  ASSERT_TRUE(db.SaveChanges());
+  EXPECT_EQ(msiinfoPersistentTables(package()), once);
+}
+
+TEST_F(ProductTablesTest, QueryDialogsGiveTheirPromptAndTitle) {
+  ODLEXDatabase& db = openPackage();
+  for (const char16_t* dialog : {u"ZrQueryX", u"Welcome", u"MyZrQueryName"})
+    db.GetDialog().Add(MSIEDialog(dialog));
+  db.GetProperty().SetValue(u"ZrQueryXPrompt", u"Your name?");
+  db.GetProperty().SetValue(u"ZrQueryXTitle", u"Name");
+  db.GetProperty().SetValue(u"MyZrQueryNamePrompt", u"Which?");
+  db.AddGUIProperty(u"Added", u"P", nullptr);
+
+  void* handle = db.OpenGUIProperties();
+  std::vector<std::array<std::u16string, 3>> triples;
+  TalString key, prompt, title;
+  while (db.GetNextGUIProperty(key, prompt, title, handle))
+    triples.push_back({key.u16(), prompt.u16(), title.u16()});
+  EXPECT_TRUE(key.isNull() && prompt.isNull() && title.isNull());
+  db.CloseGUIProperties(handle);
+  const std::vector<std::array<std::u16string, 3>> expected = {
+      {u"Added", u"P", u""}, {u"MyName", u"Which?", u""}, {u"X", u"Your name?", u"Name"}};
+  EXPECT_EQ(triples, expected);
+}
+
+TEST_F(ProductTablesTest, KeywordLookups) {
+  ODLEXDatabase& db = openPackage();
+  ODLEXTZrKeyword& keywords = db.GetZrKeyword();
+  MSIEZrKeyword& first = addRow(keywords, MSIEZrKeyword(u"Path", 0));
+  MSIEZrKeyword& second = addRow(keywords, MSIEZrKeyword(u"Path", 1));
+  addRow(keywords, MSIEZrKeyword(u"Other", 0));
+  const Lookup lookups[] = {
+      {[&] { return &keywords.GetEntry(u"Path", 1); }, [&] { keywords.GetEntry(u"Path", 2); }, 65,
+       &second},
+  };
+  expectLookups(lookups);
+  RWBTree rows;
+  EXPECT_EQ(keywords.GetWithKeyword(rows, u"Path"), 2u);
+  EXPECT_EQ(itemsOf(rows), (std::set<RWCollectable*>{&first, &second}));
+  keywords.Delete(u"Path");
+  RWBTree left;
+  EXPECT_EQ(keywords.GetWithKeyword(left, u"Path"), 0u);
+}
+
+}  // namespace
+}  // namespace odlex::test
