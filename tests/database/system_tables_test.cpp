@@ -68,5 +68,20 @@ TEST_F(SystemTablesTest, LookupsOfSystemTables) {
   EXPECT_EQ(db.Get_Tables().GetTableWithID(u"Property").GetName(), u"Property");
 }
 
+// A stream takes any file; a storage only a compound file. What is added is written on save.
+TEST_F(SystemTablesTest, StreamsAndStoragesAddedFromFiles) {
+  writeFileBytes(file("data.bin"), "stream data");
+  ODLEXDatabase& db = openPackage();
+  db.Get_Streams().Add(u"Extra", text(file("data.bin")));
+  EXPECT_EQ(db.Get_Streams().GetTempEntries().entries(), 1u);
+  db.Get_Storages().Add(u"NotAStorage", text(file("data.bin")), false);
+  EXPECT_TRUE(db.Get_Storages().GetTempEntries().isEmpty());
+  db.Get_Storages().Add(u"Embedded", text(copyPackage("embedded.msi")), false);
+  EXPECT_EQ(db.Get_Storages().GetTempEntries().entries(), 1u);
+  ASSERT_TRUE(db.SaveChanges());
+  EXPECT_EQ(msiinfoExtract(package(), "Extra").out, "stream data");
+  EXPECT_EQ(db.Get_Storages().Get_StoragesWithID(u"Embedded").GetName(), u"Embedded");
+}
+
 }  // namespace
 }  // namespace odlex::test
