@@ -136,6 +136,82 @@ TEST_F(ProductTablesTest, QueryDialogsGiveTheirPromptAndTitle) {
   EXPECT_EQ(triples, expected);
 }
 
+// The text-file rows of a component are collected by component, and deleting the component
+// deletes them; the rows of other components stay.
+TEST_F(ProductTablesTest, TextFileRowsFollowTheirComponent) {
+  ODLEXDatabase& db = openPackage();
+  ODLEXTZrTextFile& edits = db.GetZrTextFile();
+  ODLEXTZrRemoveTextFile& removals = db.GetZrRemoveTextFile();
+  auto edit = [&](const char16_t* key, const char16_t* component) -> RWCollectable* {
+    MSIEZrTextFile row(key);
+    row.SetComponent(component);
+    row.SetFileName(u"app.ini");
+    return &addRow(edits, row);
+  };
+  auto removal = [&](const char16_t* key, const char16_t* component) -> RWCollectable* {
+    MSIEZrRemoveTextFile row(key);
+    row.SetComponent(component);
+    return &addRow(removals, row);
+  };
+  RWCollectable* mainEdit = edit(u"E1", u"MainExe");
+  RWCollectable* docsEdit = edit(u"E2", u"Docs");
+  RWCollectable* mainRemoval = removal(u"R1", u"MainExe");
+  RWCollectable* docsRemoval = removal(u"R2", u"Docs");
+  ODLEXTComponent& components = db.GetComponent();
+  MSIEComponent& main = components.GetComponentWithID(u"MainExe");
+  const Collector before[] = {
+      {[&](RWBTree& out) { edits.GetZrTextFiles(out, main); }, {mainEdit}},
+      {[&](RWBTree& out) { removals.GetZrRemoveTextFiles(out, main); }, {mainRemoval}},
+      {[&](RWBTree& out) {
+         ODLEXTZrTextFile::GetZrTextFiles(out, edits.GetEntries(), u"app.ini", u"");
+       },
+       {mainEdit, docsEdit}},
+  };
+  expectCollectors(before);
+  components.Delete(main);
+  const Collector after[] = {
+      {[&](RWBTree& out) { edits.GetZrTextFiles(out, main); }, {}},
+      {[&](RWBTree& out) { removals.GetZrRemoveTextFiles(out, main); }, {}},
+      {[&](RWBTree& out) { edits.GetZrTextFiles(out, components.GetComponentWithID(u"Docs")); },
+       {docsEdit}},
+      {[&](RWBTree& out) {
+         removals.GetZrRemoveTextFiles(out, components.GetComponentWithID(u"Docs"));
+       },
+       {docsRemoval}},
+  };
+  expectCollectors(after);
+}
+
+TEST_F(ProductTablesTest, TextFileActionBitsAndChangesOfManyRows) {
+  ODLEXDatabase& db = openPackage();
+  ODLEXTZrTextFile& edits = db.GetZrTextFile();
+  MSIEZrTextFile values(u"E1");
+  values.SetAction(msidbZrTextFileActionReplace | msidbZrTextFileActionCreate);
+  MSIEZrTextFile& row = addRow(edits, values);
+  RWBTree rows;
+  rows.insert(&row);
+  const struct {
+    void (*apply)(RWBTree&, msidbZrTextFileAction);
+    msidbZrTextFileAction bits;
+    long action;
+  } steps[] = {
+      {ODLEXTZrTextFile::SetEntriesAction, msidbZrTextFileActionUndoOnRemove, 13},
+      {ODLEXTZrTextFile::ResetEntriesAction, msidbZrTextFileActionReplace, 12},
+      {ODLEXTZrTextFile::ResetEntriesAction, msidbZrTextFileActionAppend, 12},
+  };
+  for (const auto& step : steps) {
+    step.apply(rows, step.bits);
+    EXPECT_EQ(row.GetAction(), step.action);
+  }
+  MSIEZrTextFile changed(u"E1");
+  changed.SetFileName(u"new.ini");
+  RWBTree newValues;
+  newValues.insert(&changed);
+  EXPECT_TRUE(edits.Change(rows, newValues));
+  EXPECT_EQ(row.GetFileName(), u"new.ini");
+  EXPECT_FALSE(edits.Change(rows, newValues));
+}
+
 TEST_F(ProductTablesTest, KeywordLookups) {
   ODLEXDatabase& db = openPackage();
   ODLEXTZrKeyword& keywords = db.GetZrKeyword();

@@ -308,9 +308,11 @@ class ODLEXDatabase : public RWCollectable {
   // --- Class-wide settings --------------------------------------------------------------------
   static void INIT();
   // Loads the message catalog the change log is written with: a Windows module (DLL) with a
-  // message table, read as data, or a UTF-8 text catalog (src/database/MessageCatalog.h). A
-  // file that is neither, or cannot be read, is reported to the debug output ("ODLEX: ...") and
-  // leaves no catalog loaded; nothing is thrown. KillDatabaseList releases the catalog.
+  // message table, read as data (nothing in it is run), or a UTF-8 text file with one
+  // "ID = text" line per message (decimal or 0x hex IDs; empty lines and "#" lines skipped).
+  // The library ships one, share/odlex/messages.txt. A file that is neither, or cannot be
+  // read, is reported to the debug output ("ODLEX: SetResources: ...") and leaves no catalog
+  // loaded; nothing is thrown. KillDatabaseList releases the catalog.
   static void SetResources(TalString path);
   static void SetSchemaCAB(const TalString& path);
   static void SetProgramDir(const TalString& path);
