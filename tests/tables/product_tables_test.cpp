@@ -115,6 +115,32 @@ TEST_F(ProductTablesTest, RemovingTheUserInterfaceTwiceChangesNothingMore) {
   EXPECT_EQ(msiinfoPersistentTables(package()), once);
 }
 
+// The source of an import is listed afterwards only when the host had it open; importing from
+// the package itself changes nothing.
+TEST_F(ProductTablesTest, ImportingDialogsLeavesTheListAsItWas) {
+  const TalString source = text(copyPackage("source.msi"));
+  {
+    ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(source);
+    db.GetDialog().Add(MSIEDialog(u"Branded"));
+    ASSERT_TRUE(db.SaveChanges());
+    db.RemoveFromList(false);
+  }
+  for (const bool openBefore : {false, true}) {
+    SCOPED_TRACE(openBefore);
+    if (openBefore)
+      ODLEXDatabase::AddDatabaseToList(source);
+    ODLEXDatabase& db = openPackage();
+    db.GetDialog().Add(MSIEDialog(u"Welcome"));
+    db.ImportGUI(source);
+    EXPECT_EQ(ODLEXDatabase::IsDatabaseFilePathLoaded(source), openBefore);
+    EXPECT_NE(db.GetDialog().Lookup(TalString(u"Branded")), nullptr);
+    EXPECT_EQ(db.GetDialog().Lookup(TalString(u"Welcome")), nullptr);
+    db.ImportGUI(text(package()));
+    EXPECT_NE(db.GetDialog().Lookup(TalString(u"Branded")), nullptr);
+    ODLEXDatabase::KillDatabaseList();
+  }
+}
+
 TEST_F(ProductTablesTest, QueryDialogsGiveTheirPromptAndTitle) {
   ODLEXDatabase& db = openPackage();
   for (const char16_t* dialog : {u"ZrQueryX", u"Welcome", u"MyZrQueryName"})
