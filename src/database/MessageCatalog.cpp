@@ -187,7 +187,7 @@ std::u16string FormatMessageText(std::u16string_view text,
     }
     out += inserts[number - 1];
     i = after - 1;
-    // A conversion spec "!...!" after the insert is dropped; an unclosed one stays as text.
+    // A printf conversion "!...!" after the insert is dropped; an unclosed one stays as text.
     if (after < text.size() && text[after] == u'!') {
       const std::size_t close = text.find(u'!', after + 1);
       if (close != std::u16string_view::npos)

@@ -47,7 +47,7 @@ class MessageCatalog {
 std::optional<std::string> readCatalogFile(const TalString& path, std::string& why);
 
 // `text` with its escapes replaced, following the installer platform's message rules:
-//   %1 .. %99        the insert of that number (1-based), not formatted again; a "!spec!" that
+//   %1 .. %99        the insert of that number (1-based), not formatted again; a "!fmt!" that
 //                    follows (a printf conversion) is dropped, as every insert is a text. An
 //                    insert number beyond those given stays as written.
 //   %0               ends the message here;
