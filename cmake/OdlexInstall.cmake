@@ -34,6 +34,11 @@ install(DIRECTORY include/odlex DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
 install(FILES ${ODLEX_GENERATED_DIR}/odlex/msi/MSIRows.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/odlex/msi)
 
+# The message catalog of the change log, beside the library's other shared files; the build tree
+# gets a copy at the same place relative to the tool, so the tool finds it in either.
+install(FILES share/odlex/messages.txt DESTINATION ${CMAKE_INSTALL_DATADIR}/odlex)
+configure_file(share/odlex/messages.txt ${PROJECT_BINARY_DIR}/share/odlex/messages.txt COPYONLY)
+
 set(odlex_cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/odlex)
 install(EXPORT odlexTargets NAMESPACE odlex:: DESTINATION ${odlex_cmake_dir})
 configure_package_config_file(cmake/odlexConfig.cmake.in

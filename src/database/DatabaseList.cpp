@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "database/DatabaseFiles.h"
+#include "database/MessageCatalog.h"
 #include "odlex/database/ODLEXDatabase.h"
 #include "odlex/support/DebugOutput.h"
 #include "odlex/tables/ODLEXDatabaseError.h"
@@ -153,4 +154,5 @@ void ODLEXDatabase::KillDatabaseList() {
     delete static_cast<ODLEXDatabase*>(item);
   singleProgress.reset();
   dualProgress.reset();
+  messageCatalog.reset();
 }

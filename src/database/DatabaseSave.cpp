@@ -28,7 +28,7 @@ void ODLEXDatabase::SetCreatingTransform(bool creating) {
 
 bool ODLEXDatabase::SaveChanges() {
   if (modified_) {
-    DeclareSummaryModified();
+    Get_SummaryInformation().DeclareModified();
     const bool newPackageCode =
         info_.packageCodePolicy == ODLEXDatabaseInfo::ePackageCodeAlways ||
         (info_.packageCodePolicy == ODLEXDatabaseInfo::ePackageCodeAskHost &&
@@ -43,14 +43,6 @@ bool ODLEXDatabase::SaveChanges() {
   // A failed commit (a full disk, the file changed by another program) leaves its reason in
   // the lower layer's error list and the file as it was.
   return database_.commit() == 0;
-}
-
-// The summary table object has no operation of its own for this yet, so its row is marked
-// modified through the lower-layer table.
-void ODLEXDatabase::DeclareSummaryModified() {
-  auto* summary = LowerTableOf<MSIT_SummaryInformation>(Get_SummaryInformation());
-  if (MSIE_SummaryInformation* row = summary ? summary->FindFirst() : nullptr)
-    row->Modify();
 }
 
 // Each modified table object is written after the members of its table set. After an

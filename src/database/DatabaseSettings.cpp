@@ -2,9 +2,12 @@
 // host's callbacks and progress sinks.
 
 #include <algorithm>
+#include <span>
 
+#include "database/MessageCatalog.h"
 #include "odlex/database/ODLEXDatabase.h"
 #include "odlex/package/ODLEXMergeErrors.h"
+#include "odlex/support/DebugOutput.h"
 #include "odlex/tables/ODLEXDatabaseError.h"
 #include "tables/TableRegistry.h"
 
@@ -16,7 +19,6 @@ unsigned ODLEXDatabase::nonODLEXRWCollectables = 0;
 TalString ODLEXDatabase::programDirectory;
 TalString ODLEXDatabase::currentDirectory;
 TalString ODLEXDatabase::schemaPath;
-TalString ODLEXDatabase::resourcePath;
 TalString ODLEXDatabase::orvaneCustomActionDLL;
 std::unique_ptr<SingleProgress> ODLEXDatabase::singleProgress;
 std::unique_ptr<DualProgress> ODLEXDatabase::dualProgress;
@@ -48,11 +50,20 @@ void ODLEXDatabase::INIT() {
     factory->resize(factory->buckets() * (nonODLEXRWCollectables + totalODLEXTObjects));
 }
 
-// The message catalog that change-log texts are formatted from is only recorded here: reading
-// a catalog file is not supported yet, so no catalog is ever loaded and the change log records
-// nothing (see UpdateChangeLog).
 void ODLEXDatabase::SetResources(TalString path) {
-  resourcePath = std::move(path);
+  messageCatalog.reset();
+  std::string why;
+  std::optional<std::string> bytes = odlex::database::readCatalogFile(path, why);
+  if (bytes) {
+    const std::span<const unsigned char> data(reinterpret_cast<const unsigned char*>(bytes->data()),
+                                              bytes->size());
+    if (auto catalog = odlex::database::MessageCatalog::Parse(data, why)) {
+      messageCatalog = std::make_unique<odlex::database::MessageCatalog>(std::move(*catalog));
+      return;
+    }
+  }
+  odlex::DebugOutput::write(u"ODLEX: SetResources: " + path + u": " + TalString::FromUtf8(why) +
+                            u"\r\n");
 }
 
 void ODLEXDatabase::SetSchemaCAB(const TalString& path) {

@@ -2,6 +2,7 @@
 
 #include "signature/PeImage.h"
 
+#include <algorithm>
 #include <memory>
 
 namespace odlex::signature {
@@ -13,35 +14,52 @@ constexpr std::size_t kCertificateDirectory = 4;  // index of the certificate ta
 constexpr std::uint16_t kPkcsSignedData = 2;      // WIN_CERTIFICATE type
 
 std::uint32_t le(std::span<const unsigned char> bytes, std::size_t at, std::size_t width) {
+  return peLittleEndian(bytes, at, width);
+}
+
+}  // namespace
+
+std::uint32_t peLittleEndian(std::span<const unsigned char> bytes, std::size_t at,
+                             std::size_t width) {
   std::uint32_t value = 0;
   for (std::size_t i = width; i-- > 0;)
     value = value << 8 | bytes[at + i];
   return value;
 }
 
-}  // namespace
-
-std::optional<PeSignatureLayout> peSignatureLayout(std::span<const unsigned char> image) {
+std::optional<PeHeaders> peHeaders(std::span<const unsigned char> image) {
   if (image.size() < 0x40 || image[0] != 'M' || image[1] != 'Z')
     return std::nullopt;
   const std::size_t pe = le(image, 0x3c, 4);
   if (pe > image.size() || image.size() - pe < 24 || le(image, pe, 4) != 0x00004550)
     return std::nullopt;
   const std::size_t coff = pe + 4;
-  const std::size_t optionalSize = le(image, coff + 16, 2);
-  const std::size_t optional = coff + 20;
-  if (image.size() - optional < optionalSize || optionalSize < 2)
+  PeHeaders headers;
+  headers.optionalSize = le(image, coff + 16, 2);
+  headers.optionalHeader = coff + 20;
+  if (image.size() - headers.optionalHeader < headers.optionalSize || headers.optionalSize < 2)
     return std::nullopt;
-  const std::uint16_t magic = static_cast<std::uint16_t>(le(image, optional, 2));
+  const std::uint16_t magic = static_cast<std::uint16_t>(le(image, headers.optionalHeader, 2));
   if (magic != kPe32 && magic != kPe32Plus)
     return std::nullopt;
-  const std::size_t directories = optional + (magic == kPe32 ? 96 : 112);
-  PeSignatureLayout layout;
-  layout.checksumOffset = optional + 64;
-  layout.certificateEntryOffset = directories + 8 * kCertificateDirectory;
-  if (layout.certificateEntryOffset + 8 > optional + optionalSize ||
-      le(image, directories - 4, 4) <= kCertificateDirectory)
+  const std::size_t optionalEnd = headers.optionalHeader + headers.optionalSize;
+  headers.directories = headers.optionalHeader + (magic == kPe32 ? 96 : 112);
+  if (headers.directories <= optionalEnd) {
+    const std::size_t declared = le(image, headers.directories - 4, 4);
+    headers.directoryCount = std::min(declared, (optionalEnd - headers.directories) / 8);
+  }
+  headers.sections = optionalEnd;
+  headers.sectionCount = le(image, coff + 2, 2);
+  return headers;
+}
+
+std::optional<PeSignatureLayout> peSignatureLayout(std::span<const unsigned char> image) {
+  const std::optional<PeHeaders> headers = peHeaders(image);
+  if (!headers || headers->directoryCount <= kCertificateDirectory)
     return std::nullopt;
+  PeSignatureLayout layout;
+  layout.checksumOffset = headers->optionalHeader + 64;
+  layout.certificateEntryOffset = headers->directories + 8 * kCertificateDirectory;
   layout.tableOffset = le(image, layout.certificateEntryOffset, 4);
   layout.tableSize = le(image, layout.certificateEntryOffset + 4, 4);
   if (layout.tableOffset == 0 || layout.tableSize == 0) {

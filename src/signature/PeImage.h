@@ -11,6 +11,24 @@
 
 namespace odlex::signature {
 
+// Where the headers of a PE file lie (offsets into the file).
+struct PeHeaders {
+  std::size_t optionalHeader = 0;
+  std::size_t optionalSize = 0;
+  std::size_t directories = 0;     // the data directory
+  std::size_t directoryCount = 0;  // its entries that lie inside the optional header
+  std::size_t sections = 0;        // the section table (not checked against the file's size)
+  std::size_t sectionCount = 0;
+};
+
+// The headers of `image`; nothing when it is no PE file (no "MZ" and "PE\0\0" headers, an
+// optional header of unknown kind or outside the file).
+std::optional<PeHeaders> peHeaders(std::span<const unsigned char> image);
+
+// The little-endian number of `width` bytes at `at`. REQUIRES: the bytes lie inside `bytes`.
+std::uint32_t peLittleEndian(std::span<const unsigned char> bytes, std::size_t at,
+                             std::size_t width);
+
 struct PeSignatureLayout {
   std::size_t checksumOffset = 0;          // the optional header's CheckSum field
   std::size_t certificateEntryOffset = 0;  // the certificate table's data-directory entry

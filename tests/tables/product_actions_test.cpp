@@ -212,3 +212,40 @@ TEST_F(ProductActionsTest, PlacedByBaseActionInAMergeModule) {
 
 }  // namespace
 }  // namespace odlex::test
+
+namespace odlex::test {
+namespace {
+
+// A text-file table that holds a live row schedules its actions when it is written; an empty
+// one schedules nothing.
+TEST_F(ProductActionsTest, TextFileTablesScheduleTheirActionsWhenWritten) {
+  const struct {
+    std::function<void(ODLEXDatabase&)> addRow;
+    const char16_t* action;  // null: none scheduled
+  } cases[] = {
+      {[](ODLEXDatabase& db) { db.GetZrTextFile().Add(MSIEZrTextFile(u"Edit")); },
+       u"ZrTextFileInstallChanges"},
+      {[](ODLEXDatabase& db) { db.GetZrRemoveTextFile().Add(MSIEZrRemoveTextFile(u"Undo")); },
+       u"ZrRemoveTextFileInstallChanges"},
+      {[](ODLEXDatabase& db) {
+         db.GetZrTextFile().Add(MSIEZrTextFile(u"Edit"));
+         db.GetZrTextFile().Delete(*db.GetZrTextFile().Lookup(TalString(u"Edit")));
+       },
+       nullptr},
+  };
+  useDll();
+  for (std::size_t i = 0; i < std::size(cases); ++i) {
+    SCOPED_TRACE(testing::Message() << "case #" << i);
+    ODLEXDatabase& db = openCopy(PackageKind::kWixl, "text" + std::to_string(i) + ".msi");
+    cases[i].addRow(db);
+    ASSERT_TRUE(db.SaveChanges());
+    ODLEXTInstallExecuteSequence& sequence = db.GetInstallExecuteSequence();
+    EXPECT_EQ(numberOf(sequence, u"ZrTextFileInitialize") > 0, cases[i].action != nullptr);
+    if (cases[i].action) {
+      EXPECT_GT(numberOf(sequence, cases[i].action), 0);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace odlex::test

@@ -73,6 +73,9 @@ void addInfoCommands(Commands& commands);
 void addGuidCommands(Commands& commands);
 void addAdminInstallCommand(Commands& commands);
 void addSignatureCommands(Commands& commands);
+void addSummaryCommands(Commands& commands);
+void addSearchCommands(Commands& commands);
+void addProductTableCommands(Commands& commands);
 // The manual and shell completion, made from the commands of `app`.
 void addManualCommands(Commands& commands, const CLI::App& app);
 

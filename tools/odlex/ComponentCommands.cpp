@@ -124,19 +124,6 @@ std::vector<MSIEntry*> liveRows(ODLEXDatabase& db) {
   return rows;
 }
 
-// The key of a row: its key columns' values joined by '/'.
-std::string keyOf(const MSIEntry& row) {
-  std::string key;
-  for (const auto& column : row.GetSchema().columns) {
-    if (!column.key())
-      continue;
-    MSIRecordColumn value;
-    row.GetColumn(TalString(std::u16string(column.name)), value);
-    key += (key.empty() ? "" : "/") + value.GetString().ToUtf8();
-  }
-  return key;
-}
-
 void addShow(Commands& commands) {
   struct Options {
     std::string package;

@@ -2,8 +2,13 @@
 
 #include "LibraryDatabase.h"
 
+#include <filesystem>
+
 #include <odlex/database/ODLEXDatabase.h>
+#include <odlex/msi/MSIEntry.h>
 #include <odlex/tables/ODLEXDatabaseError.h>
+
+#include "msi/schema/Schema.h"
 
 namespace odlex::cli {
 
@@ -18,10 +23,28 @@ ODLEXDatabase& open(const std::string& package, Open how) {
   }
 }
 
+// The change log's message catalog shipped with the tool: share/odlex beside the installed
+// tool's bin folder, or in the build tree two levels above it; empty when neither has it.
+std::filesystem::path shippedMessageCatalog() {
+  std::error_code failed;
+  const std::filesystem::path tool = std::filesystem::read_symlink("/proc/self/exe", failed);
+  if (failed)
+    return {};
+  for (const char* up : {"..", "../.."}) {
+    const std::filesystem::path catalog =
+        tool.parent_path() / up / "share" / "odlex" / "messages.txt";
+    if (std::filesystem::is_regular_file(catalog, failed))
+      return catalog;
+  }
+  return {};
+}
+
 }  // namespace
 
 LibrarySession::LibrarySession() {
   ODLEXDatabase::INIT();
+  if (const std::filesystem::path catalog = shippedMessageCatalog(); !catalog.empty())
+    ODLEXDatabase::SetResources(TalString::FromUtf8(catalog.string()));
 }
 
 LibrarySession::~LibrarySession() {
@@ -59,6 +82,18 @@ ODLEXTObject& tableNamed(ODLEXDatabase& db, const std::string& table) {
 #include "odlex/tables/TableTypes.def"
 #undef ODLEX_TABLE_TYPE
   throw Failure(ODLEXDatabaseError::eTableNotFound, "no table " + table);
+}
+
+std::string keyOf(const MSIEntry& row) {
+  std::string key;
+  for (const auto& column : row.GetSchema().columns) {
+    if (!column.key())
+      continue;
+    MSIRecordColumn value;
+    row.GetColumn(TalString(std::u16string(column.name)), value);
+    key += (key.empty() ? "" : "/") + value.GetString().ToUtf8();
+  }
+  return key;
 }
 
 }  // namespace odlex::cli

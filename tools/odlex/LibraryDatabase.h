@@ -11,11 +11,14 @@
 
 #include "Cli.h"
 
+class MSIEntry;
 class ODLEXDatabase;
 class ODLEXTObject;
 
 namespace odlex::cli {
 
+// A session also loads the change log's message catalog shipped with the tool, so that edits
+// of packages whose keyword "ChangeLog" is ENABLED are logged.
 class LibrarySession {
  public:
   LibrarySession();
@@ -34,5 +37,8 @@ class LibrarySession {
 // The table object of the table called `table` (exact case); Failure (error 32) when no table
 // has that name.
 ODLEXTObject& tableNamed(ODLEXDatabase& db, const std::string& table);
+
+// The key of a row: its key columns' values joined by '/'.
+std::string keyOf(const MSIEntry& row);
 
 }  // namespace odlex::cli

@@ -63,6 +63,9 @@ int main(int argc, char** argv) {
   odlex::cli::addGuidCommands(commands);
   odlex::cli::addAdminInstallCommand(commands);
   odlex::cli::addSignatureCommands(commands);
+  odlex::cli::addSummaryCommands(commands);
+  odlex::cli::addSearchCommands(commands);
+  odlex::cli::addProductTableCommands(commands);
   odlex::cli::addManualCommands(commands, app);
   std::vector<std::string> helpWords;
   CLI::App* help = app.add_subcommand("help", "show the use of a command and an example");

@@ -57,6 +57,11 @@ class MSIE_Storages;
 class MSIE_Streams;
 class MSITranslate;
 class ODLEXMergeErrors;
+namespace odlex::database {
+class MessageCatalog;
+}
+class ODLEXBaseChecker;
+struct ODLEXSearchMatch;
 
 class ODLEXDatabase : public RWCollectable {
  public:
@@ -240,14 +245,74 @@ class ODLEXDatabase : public RWCollectable {
   bool IsTableValid(ODLEXTObject::typeID type) const;
   static std::multimap<eTableSets, ODLEXTObject::typeID> related_tables;
 
+  // --- Search and replace over the whole package -------------------------------------------
+  // The tables searched: every table of the package (and every table object made since it was
+  // opened), except the tables the database keeps about itself (names starting with "_") and
+  // the change log, which records what was done and is never rewritten. Each table's rows are
+  // searched or replaced as ODLEXTObject::Search / SearchAndReplace do it.
+  struct TableCount {
+    TalString table;
+    unsigned count;
+  };
+  // The tables with matching rows, in name order, with how many rows matched.
+  std::vector<TableCount> Search(const ODLEXBaseChecker& checker,
+                                 std::vector<ODLEXSearchMatch>* matches = nullptr);
+  // The tables in which replacements were made, in name order, with how many.
+  std::vector<TableCount> SearchAndReplace(const TalString& find, const TalString& replace,
+                                           unsigned long flags);
+
   // --- Change log -----------------------------------------------------------------------------
-  // Records message `messageId` with `inserts` in the package's change log, when a message
-  // catalog is loaded (SetResources) and logging is on; otherwise does nothing.
+  // Whether every database logs its edits. The package's keyword "ChangeLog" (index 0) of the
+  // ZrKeyword table decides over this switch: "ENABLED" turns logging on for the package even
+  // when the switch is off, "DISABLED" turns it off even when the switch is on (both ignoring
+  // case). Off at start.
+  static void SetChangeLogging(bool on);
+  static bool GetChangeLogging();
+  // When a message catalog is loaded (SetResources) and logging is on for this package (see
+  // above), formats message `messageId` of the catalog with `inserts` (%1 is the first) and
+  // appends it to the package's ZrChangeLog table (made when missing), naming `table` unless it
+  // is empty; the table is written to the database at once. Otherwise, and for a read-only
+  // database, does nothing. A message the catalog lacks is recorded with an empty text.
   void UpdateChangeLog(unsigned long messageId, const std::vector<std::u16string>& inserts,
                        const TalString& table);
 
+  // --- User interface -------------------------------------------------------------------------
+  // Drops the 20 user-interface tables (AdminUISequence, AdvtUISequence, BBControl, Billboard,
+  // CheckBox, ComboBox, Control, ControlCondition, ControlEvent, Dialog, EventMapping,
+  // InstallUISequence, ListBox, ListView, ModuleAdminUISequence, ModuleAdvtUISequence,
+  // ModuleInstallUISequence, RadioButton, TextStyle, UIText) from the database, whichever it
+  // has, and marks the database modified. Their table objects are replaced by fresh, unloaded
+  // ones: rows of them held by the caller are gone. A second call changes nothing more.
+  void RemoveGUI();
+  // Replaces this package's dialogs by those of the package at `path`: the rows of Dialog,
+  // Control and ControlEvent, in that order, each table emptied and then given copies of the
+  // source's rows. The product's query dialog "ZrQueryX" (compared ignoring case) is never
+  // copied from the source, and this package's own rows of it are kept, so that the query the
+  // product asks survives an import. The other user-interface tables (text styles, bitmaps,
+  // sequences, ...) and the GUI property list stay as they are. The source is opened
+  // read-only and never written; it is taken out of the list of open databases afterwards
+  // unless it was open before. Importing from this package itself does nothing. Throws as
+  // GetDatabaseWithFilePath when the source cannot be opened.
+  void ImportGUI(const TalString& path);
+  // The GUI property list: triples of (key, prompt, title). OpenGUIProperties appends one triple
+  // for each dialog whose name contains "ZrQuery" (name D, key D without its first "ZrQuery",
+  // prompt and title the values of the properties D + "Prompt" and D + "Title") and returns a
+  // new handle that walks the whole list from its start. GetNextGUIProperty gives the next
+  // triple (false, with the three texts emptied, at the end); CloseGUIProperties frees the
+  // handle. AddGUIProperty appends a triple. Each Open appends the dialogs' triples again.
+  void* OpenGUIProperties();
+  bool GetNextGUIProperty(TalString& key, TalString& prompt, TalString& title, void* handle);
+  void CloseGUIProperties(void* handle);
+  void AddGUIProperty(const char16_t* key, const char16_t* prompt, const char16_t* title);
+
   // --- Class-wide settings --------------------------------------------------------------------
   static void INIT();
+  // Loads the message catalog the change log is written with: a Windows module (DLL) with a
+  // message table, read as data (nothing in it is run), or a UTF-8 text file with one
+  // "ID = text" line per message (decimal or 0x hex IDs; empty lines and "#" lines skipped).
+  // The library ships one, share/odlex/messages.txt. A file that is neither, or cannot be
+  // read, is reported to the debug output ("ODLEX: SetResources: ...") and leaves no catalog
+  // loaded; nothing is thrown. KillDatabaseList releases the catalog.
   static void SetResources(TalString path);
   static void SetSchemaCAB(const TalString& path);
   static void SetProgramDir(const TalString& path);
@@ -298,13 +363,14 @@ class ODLEXDatabase : public RWCollectable {
   // Refused for every storage: making a file of a sub-storage is not supported (code 81).
   void CreateStoragesFile(MSIE_Storages& storage, const TalString& path);
   static TalString ChangeFilePathToExt(const TalString& path, const TalString& extension);
+  // Calls visit(table object, table name) for each table Search and SearchAndReplace cover.
+  template <class Visit>
+  void ForEachSearchedTable(Visit visit);
 
   // Adds copies of `rows` to the lower-layer table of `table`, each marked modified (the
   // source's streams and sub-storages after an output-file open).
   template <class Row>
   static void CarryRows(ODLEXTObject& table, const std::vector<std::unique_ptr<Row>>& rows);
-  // Marks the summary information modified, so that persisting writes it.
-  void DeclareSummaryModified();
   // Writes the values of `info` that differ from the cached record to the summary information
   // and the Property table.
   void WriteChangedInfo(const ODLEXDatabaseInfo& info);
@@ -339,8 +405,9 @@ class ODLEXDatabase : public RWCollectable {
   static TalString programDirectory;
   static TalString currentDirectory;
   static TalString schemaPath;
-  // The message catalog named by SetResources; not loaded yet (see SetResources).
-  static TalString resourcePath;
+  // The message catalog loaded by SetResources; null when none is.
+  static std::unique_ptr<odlex::database::MessageCatalog> messageCatalog;
+  static bool changeLogging;
   static TalString orvaneCustomActionDLL;
   static TalString installerProgram;
   static std::unique_ptr<SingleProgress> singleProgress;
@@ -368,6 +435,12 @@ class ODLEXDatabase : public RWCollectable {
   MSIDatabase database_;
   int mergeModuleState_ = 0;  // 0 not known yet, 1 merge module, 2 not
   TalString reserved_;
+  struct GUIProperty {
+    TalString key;
+    TalString prompt;
+    TalString title;
+  };
+  std::vector<GUIProperty> guiProperties_;
   void* storage_ = nullptr;
   TalError takenError_;  // the error GetTalError returned last
 };

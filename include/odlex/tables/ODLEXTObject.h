@@ -21,6 +21,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "odlex/support/RWBTree.h"
 #include "odlex/support/RWCollectable.h"
@@ -31,6 +32,7 @@ class MSIEntry;
 class MSITable;
 class ODLEXDatabase;
 class ODLEXBaseChecker;
+struct ODLEXSearchMatch;
 
 class ODLEXTObject : public RWCollectable {
  public:
@@ -73,6 +75,20 @@ class ODLEXTObject : public RWCollectable {
   virtual bool IsLoaded();
   // Search and replace leave out rows for which this is true; no row by default.
   virtual bool SARExcludeEntry(const MSIEntry* entry);
+  // How many live rows, not left out by SARExcludeEntry, have a column `checker` matches
+  // (ODLEXCheckers.h); the temp entries become those rows. Each matching column is appended
+  // to `matches` when given. 0 for a table without a lower-layer table.
+  unsigned Search(const ODLEXBaseChecker& checker,
+                  std::vector<ODLEXSearchMatch>* matches = nullptr);
+  // Replaces `find` by `replace` in the searchable columns (ODLEXCheckers.h) of the live rows
+  // not left out by SARExcludeEntry: every occurrence inside a value, or with
+  // eSearchWholeValue only values equal to `find` as a whole; eSearchIgnoreCase compares under
+  // case folding. A replacement the column cannot hold (too long, an empty value where one is
+  // required, characters outside the database's code page) is not made. Returns how many
+  // replacements were made; rows changed are marked modified, and the table when any was.
+  // Nothing for a read-only table, a not-in-merge-module table of a merge module, or an empty
+  // `find`.
+  unsigned SearchAndReplace(const TalString& find, const TalString& replace, unsigned long flags);
   virtual eTableSets GetTableSet();
 
   bool IsModified();

@@ -14,10 +14,12 @@
 #include "odlex/tables/ODLEXTLocatorTables.h"
 #include "odlex/tables/ODLEXTODBCTables.h"
 #include "odlex/tables/ODLEXTPatchTables.h"
+#include "odlex/tables/ODLEXTProductTables.h"
 #include "odlex/tables/ODLEXTProperty.h"
 #include "odlex/tables/ODLEXTRegistry.h"
 #include "odlex/tables/ODLEXTRowTable.h"
 #include "odlex/tables/ODLEXTSignatureTables.h"
+#include "odlex/tables/ODLEXTSystemTables.h"
 #include "odlex/tables/ODLEXTUITables.h"
 
 #define ODLEX_SIMPLE_TABLE(Table) \
@@ -45,18 +47,5 @@ ODLEX_SIMPLE_TABLE(SFPCatalog)
 ODLEX_SIMPLE_TABLE(TextStyle)
 ODLEX_SIMPLE_TABLE(UIText)
 ODLEX_SIMPLE_TABLE(Upgrade)
-ODLEX_SIMPLE_TABLE(ZrChangeLog)
-ODLEX_SIMPLE_TABLE(ZrKeyword)
-ODLEX_SIMPLE_TABLE(ZrRemoveTextFile)
-ODLEX_SIMPLE_TABLE(ZrTextFile)
-ODLEX_SIMPLE_TABLE(_Columns)
-ODLEX_SIMPLE_TABLE(_Storages)
-ODLEX_SIMPLE_TABLE(_Streams)
-ODLEX_SIMPLE_TABLE(_SummaryInformation)
-ODLEX_SIMPLE_TABLE(_Tables)
-ODLEX_SIMPLE_TABLE(_TransformView)
-ODLEX_SIMPLE_TABLE(_Validation)
-ODLEX_SIMPLE_TABLE(_ZrActionInformation)
-ODLEX_SIMPLE_TABLE(_ZrPropertyInformation)
 
 #undef ODLEX_SIMPLE_TABLE

@@ -1,0 +1,188 @@
+// The gui, changelog, keyword, search, replace and summary commands on a package with a user
+// interface built by msibuild from .idt text: what gui remove and gui import leave in the file
+// (read back with msitools), a change-log round trip, and the plumbing of the other commands
+// (exit status, JSON keys, nothing written on failure). The rules are the library's and are
+// tested there.
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+
+#include "common/Oracle.h"
+#include "common/Packages.h"
+#include "common/TempDir.h"
+
+namespace odlex::test {
+namespace {
+
+using nlohmann::json;
+
+const char* const kUserInterfaceTables[] = {"AdminUISequence",
+                                            "AdvtUISequence",
+                                            "BBControl",
+                                            "Billboard",
+                                            "CheckBox",
+                                            "ComboBox",
+                                            "Control",
+                                            "ControlCondition",
+                                            "ControlEvent",
+                                            "Dialog",
+                                            "EventMapping",
+                                            "InstallUISequence",
+                                            "ListBox",
+                                            "ListView",
+                                            "ModuleAdminUISequence",
+                                            "ModuleAdvtUISequence",
+                                            "ModuleInstallUISequence",
+                                            "RadioButton",
+                                            "TextStyle",
+                                            "UIText"};
+
+// The .idt text of a package whose dialogs are `dialogs` (name, title), each with an OK button
+// that ends the dialog.
+std::map<std::string, std::string> userInterface(
+    const std::vector<std::pair<std::string, std::string>>& dialogs) {
+  std::string dialog =
+      "Dialog\tHCentering\tVCentering\tWidth\tHeight\tAttributes\tTitle\tControl_First\t"
+      "Control_Default\tControl_Cancel\r\ns72\ti2\ti2\ti2\ti2\tI4\tL128\ts50\tS50\tS50\r\n"
+      "Dialog\tDialog\r\n";
+  std::string control =
+      "Dialog_\tControl\tType\tX\tY\tWidth\tHeight\tAttributes\tProperty\tText\tControl_Next\t"
+      "Help\r\ns72\ts50\ts20\ti2\ti2\ti2\ti2\tI4\tS72\tL0\tS50\tL50\r\nControl\tDialog_"
+      "\tControl\r\n";
+  std::string event =
+      "Dialog_\tControl_\tEvent\tArgument\tCondition\tOrdering\r\n"
+      "s72\ts50\ts50\ts255\tS255\tI2\r\nControlEvent\tDialog_\tControl_\tEvent\tArgument\t"
+      "Condition\r\n";
+  for (const auto& [name, title] : dialogs) {
+    dialog += name + "\t50\t50\t370\t270\t3\t" + title + "\tOK\tOK\tOK\r\n";
+    control += name + "\tOK\tPushButton\t300\t243\t56\t17\t3\t\tOK\t\t\r\n";
+    event += name + "\tOK\tEndDialog\tReturn\t1\t1\r\n";
+  }
+  return {
+      {"Dialog.idt", dialog},
+      {"Control.idt", control},
+      {"ControlEvent.idt", event},
+      {"InstallUISequence.idt",
+       "Action\tCondition\tSequence\r\ns72\tS255\tI2\r\nInstallUISequence\tAction\r\n"
+       "CostInitialize\t\t800\r\n"},
+      {"TextStyle.idt",
+       "TextStyle\tFaceName\tSize\tColor\tStyleBits\r\ns72\ts32\ti2\tI4\tI2\r\n"
+       "TextStyle\tTextStyle\r\nDefault\tTahoma\t8\t\t\r\n"},
+      {"UIText.idt", "Key\tText\r\ns72\tL255\r\nUIText\tKey\r\nbytes\tbytes\r\n"},
+      {"Property.idt",
+       "Property\tValue\r\ns72\tl0\r\nProperty\tProperty\r\nProductName\tExample Product\r\n"
+       "ProductCode\t{6D3F1E2A-4B5C-4D7E-8F90-A1B2C3D4E5F6}\r\n"},
+  };
+}
+
+class OdlexProductCommands : public ::testing::Test {
+ protected:
+  std::filesystem::path build(const std::string& name,
+                              const std::vector<std::pair<std::string, std::string>>& dialogs) {
+    const std::filesystem::path idts = dir_ / (name + "-idt");
+    std::vector<std::filesystem::path> files;
+    for (const auto& [file, text] : userInterface(dialogs)) {
+      writeFileBytes(idts / file, text);
+      files.push_back(idts / file);
+    }
+    EXPECT_TRUE(msibuildImport(dir_ / name, files));
+    return dir_ / name;
+  }
+
+  std::filesystem::path package() {
+    return build("ui.msi", {{"Welcome", "Hello"}, {"ZrQueryX", "Own query"}});
+  }
+
+  TempDir dir_;
+};
+
+TEST_F(OdlexProductCommands, GuiRemoveDropsTheUserInterfaceTablesOnly) {
+  const std::filesystem::path input = package();
+  const std::string bytes = readFileBytes(input);
+  const std::filesystem::path output = dir_ / "quiet.msi";
+  odlexOutput({"gui", "remove", input.string(), "-o", output.string()});
+
+  std::vector<std::string> expected = msiinfoPersistentTables(input);
+  std::erase_if(expected, [](const std::string& table) {
+    return std::find(std::begin(kUserInterfaceTables), std::end(kUserInterfaceTables), table) !=
+           std::end(kUserInterfaceTables);
+  });
+  EXPECT_EQ(msiinfoPersistentTables(output), expected);
+  EXPECT_EQ(msiinfoRows(output, "Property"), msiinfoRows(input, "Property"));
+  EXPECT_EQ(readFileBytes(input), bytes);
+}
+
+TEST_F(OdlexProductCommands, GuiImportCopiesTheDialogsButNotTheQueryDialog) {
+  const std::filesystem::path target = package();
+  const std::filesystem::path source =
+      build("branded.msi", {{"Branded", "Brand"}, {"ZrQueryX", "Their query"}});
+  odlexOutput({"gui", "import", target.string(), source.string()});
+
+  const std::vector<std::string> dialogs = sortedLines([&] {
+    std::string rows;
+    for (const std::string& row : msiinfoRows(target, "Dialog"))
+      rows += row.substr(0, row.find('\t')) + "\t" +
+              row.substr(row.find("\t3\t") + 3, row.find("\tOK") - row.find("\t3\t") - 3) + "\n";
+    return rows;
+  }());
+  EXPECT_EQ(dialogs, (std::vector<std::string>{"Branded\tBrand", "ZrQueryX\tOwn query"}));
+  for (const char* table : {"Control", "ControlEvent"}) {
+    std::vector<std::string> owners;
+    for (const std::string& row : msiinfoRows(target, table))
+      owners.push_back(row.substr(0, row.find('\t')));
+    std::sort(owners.begin(), owners.end());
+    EXPECT_EQ(owners, (std::vector<std::string>{"Branded", "ZrQueryX"})) << table;
+  }
+}
+
+TEST_F(OdlexProductCommands, ChangeLogRoundTrip) {
+  const std::filesystem::path input = package();
+  odlexOutput({"keyword", "set", input.string(), "ChangeLog", "ENABLED"});
+  odlexOutput({"replace", input.string(), "Example", "Sample", "--table", "Property"});
+  const json log = json::parse(odlexOutput({"changelog", input.string(), "--json"}));
+  const auto& entries = log.at("entries");
+  const bool logged = std::any_of(entries.begin(), entries.end(), [](const json& entry) {
+    return entry.at("table") == "Property" && entry.at("message") == "Table Property was changed.";
+  });
+  EXPECT_TRUE(logged) << log.dump();
+  for (const auto& entry : entries)
+    for (const char* key : {"entry", "time", "author", "table", "messageId", "message"})
+      EXPECT_TRUE(entry.contains(key)) << key;
+}
+
+TEST_F(OdlexProductCommands, Plumbing) {
+  const std::filesystem::path input = package();
+  const std::string bytes = readFileBytes(input);
+  const std::string path = input.string();
+  const struct {
+    std::vector<std::string> args;
+    int exitCode;
+    std::string out;  // a line the output must hold; empty: none checked
+  } cases[] = {
+      {{"search", path, "--regex", "Example", "--json"}, 0, "\"column\": \"Value\","},
+      {{"search", path, "--regex", "Example"}, 0, "Property\tProductName\tValue\tExample Product"},
+      {{"search", path}, 2, ""},
+      {{"search", path, "--regex", "("}, 1, ""},
+      {{"replace", path, "Example", "Sample", "--dry-run"}, 0, "Property\t1"},
+      {{"replace", path, "Example", "Sample", "--dry-run", "--json"}, 0, "\"total\": 1"},
+      {{"summary", "set", path, "NoSuchField=1"}, 2, ""},
+      {{"summary", "show", path, "--json"}, 0, "\"summary\": {"},
+      {{"keyword", "delete", path, "Missing"}, 1, ""},
+      {{"keyword", "list", path, "--json"}, 0, "\"keywords\": []"},
+  };
+  for (const auto& c : cases) {
+    const ProcessResult result = runOdlex(c.args);
+    SCOPED_TRACE(c.args[0] + " " + c.args.back() + ": " + result.describe());
+    EXPECT_EQ(result.exitCode, c.exitCode);
+    if (!c.out.empty()) {
+      EXPECT_NE(result.out.find(c.out), std::string::npos) << result.out;
+    }
+    EXPECT_EQ(readFileBytes(input), bytes);
+  }
+}
+
+}  // namespace
+}  // namespace odlex::test

@@ -1,0 +1,236 @@
+// Commands on the product's own tables and the user interface: gui remove (drop the 20
+// user-interface tables), gui import (take another package's dialogs), changelog (the package's
+// change log, oldest first) and keyword list|set|delete (the named settings of ZrKeyword).
+
+#include <odlex/database/ODLEXDatabase.h>
+#include <odlex/tables/ODLEXTables.h>
+
+#include "LibraryDatabase.h"
+
+namespace odlex::cli {
+
+namespace {
+
+using nlohmann::json;
+
+// Runs `edit`, turning a library error into a failure that names what was asked.
+template <class Edit>
+void library(const std::string& what, Edit edit) {
+  try {
+    edit();
+  } catch (const ODLEXDatabaseError& error) {
+    throw Failure(static_cast<ODLEXDatabaseError::eCodeMeaning>(error), what);
+  }
+}
+
+void addGuiRemove(Commands& commands) {
+  struct Options {
+    std::string package;
+    std::string output;
+  };
+  auto options = std::make_shared<Options>();
+  CLI::App& command = commands.add(
+      "gui remove",
+      "drop the package's user interface: the dialogs, controls, their events and conditions, "
+      "billboards, text styles, UI texts and the UI sequences",
+      "odlex gui remove product.msi -o quiet.msi", [options] {
+        LibrarySession session;
+        ODLEXDatabase& db = session.openForEdit(options->package, options->output);
+        db.RemoveGUI();
+        session.save(db);
+        return 0;
+      });
+  addPackageArgument(command, options->package);
+  addOutputOption(command, options->output, "write the result to this file, not the package");
+}
+
+void addGuiImport(Commands& commands) {
+  struct Options {
+    std::string package;
+    std::string source;
+    std::string output;
+  };
+  auto options = std::make_shared<Options>();
+  CLI::App& command = commands.add(
+      "gui import",
+      "replace the package's dialogs, controls and control events by those of another package "
+      "(the product's query dialog ZrQueryX is kept, never copied)",
+      "odlex gui import product.msi branded.msi -o out.msi", [options] {
+        LibrarySession session;
+        ODLEXDatabase& db = session.openForEdit(options->package, options->output);
+        library("cannot import the dialogs of " + options->source,
+                [&] { db.ImportGUI(TalString::FromUtf8(options->source)); });
+        session.save(db);
+        return 0;
+      });
+  addPackageArgument(command, options->package);
+  command.add_option("SOURCE", options->source, "the package to take the dialogs from")
+      ->required()
+      ->check(CLI::ExistingFile);
+  addOutputOption(command, options->output, "write the result to this file, not the package");
+}
+
+void addChangeLog(Commands& commands) {
+  struct Options {
+    std::string package;
+    bool json = false;
+  };
+  auto options = std::make_shared<Options>();
+  CLI::App& command = commands.add(
+      "changelog", "the package's change log, oldest first: entry, time, author, table, message",
+      "odlex changelog product.msi", [options] {
+        LibrarySession session;
+        ODLEXDatabase& db = session.openReadOnly(options->package);
+        json entries = json::array();
+        for (RWCollectable* item : db.GetZrChangeLog().GetEntries()) {
+          const auto& row = static_cast<const MSIEZrChangeLog&>(*item);
+          if (options->json) {
+            entries.push_back({{"entry", row.GetEntry().ToUtf8()},
+                               {"time", row.GetTime().ToUtf8()},
+                               {"author", row.GetAuthor().ToUtf8()},
+                               {"table", row.GetTable().ToUtf8()},
+                               {"messageId", row.GetMessageId()},
+                               {"message", row.GetMessage().ToUtf8()}});
+            continue;
+          }
+          printFields({row.GetEntry().u16(), row.GetTime().u16(), row.GetAuthor().u16(),
+                       row.GetTable().u16(), row.GetMessage().u16()});
+        }
+        if (options->json)
+          printJson({{"entries", entries}});
+        return 0;
+      });
+  addPackageArgument(command, options->package);
+  addJsonFlag(command, options->json,
+              R"({"entries": [{"entry", "time", "author", "table", "messageId", "message"}]})");
+}
+
+void addKeywordList(Commands& commands) {
+  struct Options {
+    std::string package;
+    std::string keyword;
+    bool json = false;
+  };
+  auto options = std::make_shared<Options>();
+  CLI::App& command = commands.add(
+      "keyword list", "the package's keywords: keyword, index, operator, value",
+      "odlex keyword list product.msi ChangeLog", [options] {
+        LibrarySession session;
+        ODLEXTZrKeyword& keywords = session.openReadOnly(options->package).GetZrKeyword();
+        RWBTree rows;
+        if (options->keyword.empty()) {
+          for (RWCollectable* item : keywords.GetEntries()) {
+            if (!static_cast<const MSIEntry*>(item)->IsDeleted())
+              rows.insert(item);
+          }
+        } else {
+          keywords.GetWithKeyword(rows, TalString::FromUtf8(options->keyword));
+        }
+        json list = json::array();
+        for (RWCollectable* item : rows) {
+          const auto& row = static_cast<const MSIEZrKeyword&>(*item);
+          const NullableSignedShort op = row.GetOperator();
+          if (options->json) {
+            list.push_back({{"keyword", row.GetKeyword().ToUtf8()},
+                            {"index", row.GetIndex()},
+                            {"operator", op.IsNull() ? json(nullptr) : json(op.Get())},
+                            {"value", row.GetValue().ToUtf8()}});
+            continue;
+          }
+          printFields({row.GetKeyword().u16(), TalString::FromInt(row.GetIndex()).u16(),
+                       op.IsNull() ? u"" : TalString::FromInt(op.Get()).u16(),
+                       row.GetValue().u16()});
+        }
+        if (options->json)
+          printJson({{"keywords", list}});
+        return 0;
+      });
+  addPackageArgument(command, options->package);
+  command.add_option("KEYWORD", options->keyword, "list only this keyword's rows");
+  addJsonFlag(command, options->json,
+              R"({"keywords": [{"keyword", "index", "operator" (null when none), "value"}]})");
+}
+
+void addKeywordSet(Commands& commands) {
+  struct Options {
+    std::string package;
+    std::string keyword;
+    std::string value;
+    short index = 0;
+    std::string output;
+  };
+  auto options = std::make_shared<Options>();
+  CLI::App& command =
+      commands.add("keyword set", "set a keyword's value, adding the keyword when missing",
+                   "odlex keyword set product.msi ChangeLog ENABLED", [options] {
+                     LibrarySession session;
+                     ODLEXDatabase& db = session.openForEdit(options->package, options->output);
+                     ODLEXTZrKeyword& keywords = db.GetZrKeyword();
+                     const TalString keyword = TalString::FromUtf8(options->keyword);
+                     MSIEZrKeyword values(keyword, options->index);
+                     values.SetValue(TalString::FromUtf8(options->value));
+                     if (MSIEZrKeyword* row = keywords.Lookup(keyword, options->index)) {
+                       values.SetOperator(row->GetOperator());
+                       keywords.Change(*row, values);
+                     } else {
+                       keywords.Add(values);
+                     }
+                     session.save(db);
+                     return 0;
+                   });
+  addPackageArgument(command, options->package);
+  command.add_option("KEYWORD", options->keyword, "the keyword")->required();
+  command.add_option("VALUE", options->value, "its value")->required();
+  command.add_option("--index", options->index, "the row of the keyword (default 0)")
+      ->check(CLI::Range(0, 32767));
+  addOutputOption(command, options->output, "write the result to this file, not the package");
+}
+
+void addKeywordDelete(Commands& commands) {
+  struct Options {
+    std::string package;
+    std::string keyword;
+    std::optional<short> index;
+    std::string output;
+  };
+  auto options = std::make_shared<Options>();
+  CLI::App& command =
+      commands.add("keyword delete", "delete a keyword: all its rows, or the one of --index",
+                   "odlex keyword delete product.msi ChangeLog", [options] {
+                     LibrarySession session;
+                     ODLEXDatabase& db = session.openForEdit(options->package, options->output);
+                     ODLEXTZrKeyword& keywords = db.GetZrKeyword();
+                     const TalString keyword = TalString::FromUtf8(options->keyword);
+                     library("no keyword " + options->keyword, [&] {
+                       if (options->index) {
+                         keywords.Delete(keywords.GetEntry(
+                             keyword, static_cast<unsigned short>(*options->index)));
+                         return;
+                       }
+                       RWBTree rows;
+                       if (keywords.GetWithKeyword(rows, keyword) == 0)
+                         throw ODLEXDatabaseError(ODLEXDatabaseError::eKeywordNotFound);
+                       keywords.Delete(keyword);
+                     });
+                     session.save(db);
+                     return 0;
+                   });
+  addPackageArgument(command, options->package);
+  command.add_option("KEYWORD", options->keyword, "the keyword")->required();
+  command.add_option("--index", options->index, "delete only this row of the keyword")
+      ->check(CLI::Range(0, 32767));
+  addOutputOption(command, options->output, "write the result to this file, not the package");
+}
+
+}  // namespace
+
+void addProductTableCommands(Commands& commands) {
+  addGuiRemove(commands);
+  addGuiImport(commands);
+  addChangeLog(commands);
+  addKeywordList(commands);
+  addKeywordSet(commands);
+  addKeywordDelete(commands);
+}
+
+}  // namespace odlex::cli
