@@ -117,8 +117,12 @@ int ODLEXTRegistry::OpenTreeChildIterator(const TalString& keyPath) {
   std::u16string key = normalPath(keyPath.u16()).second;
   if (!tree_.contains(key))
     return -1;
-  iterators_[nextIterator_] = {std::move(key), 0};
-  return nextIterator_++;
+  // The smallest handle not open: handles stay small however many are opened and closed.
+  int handle = 0;
+  while (iterators_.contains(handle))
+    ++handle;
+  iterators_[handle] = {std::move(key), 0};
+  return handle;
 }
 
 bool ODLEXTRegistry::GetNextTreeChild(int iterator, TalString& child) {

@@ -53,7 +53,8 @@ class ODLEXTRegistry : public ODLEXTRowTable<ODLEXTRegistry, ODLEXTObject::eRegi
   // Sets `child` to the path of the iterator's next child and returns true; false at the end
   // and for a handle that is not open.
   bool GetNextTreeChild(int iterator, TalString& child);
-  // Closes the iterator; nothing for a handle that is not open.
+  // Closes the iterator; nothing for a handle that is not open. A closed handle may be given
+  // out again by a later OpenTreeChildIterator.
   void CloseTreeChildIterator(int iterator);
 
  private:
@@ -74,5 +75,4 @@ class ODLEXTRegistry : public ODLEXTRowTable<ODLEXTRegistry, ODLEXTObject::eRegi
   TalString currentUserBaseName = u"HKCU/HKLM";
   std::map<std::u16string, TreeKey> tree_;  // by folded path
   std::map<int, ChildIterator> iterators_;
-  int nextIterator_ = 0;
 };
