@@ -124,4 +124,19 @@ void rewrite(const std::filesystem::path& source, const std::filesystem::path& t
   check(libmsi_database_commit(database.get(), &error), error, "commit " + target.string());
 }
 
+void deleteComponents(const std::filesystem::path& source, const std::filesystem::path& target,
+                      const std::vector<std::string>& components) {
+  GError* error = nullptr;
+  Owned<LibmsiDatabase> database(libmsi_database_new(source.c_str(), 0, target.c_str(), &error));
+  check(database != nullptr, error, "open " + source.string());
+  for (const std::string& component : components) {
+    for (const char* table : {"File", "Registry", "Shortcut"}) {
+      runQuery(database.get(),
+               std::string("DELETE FROM `") + table + "` WHERE `Component_` = '" + component + "'");
+    }
+    runQuery(database.get(), "DELETE FROM `Component` WHERE `Component` = '" + component + "'");
+  }
+  check(libmsi_database_commit(database.get(), &error), error, "commit " + target.string());
+}
+
 }  // namespace odlex::bench::libmsi_peer

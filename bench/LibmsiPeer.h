@@ -3,6 +3,8 @@
 // public C API the way a host program would use it.
 
 #include <filesystem>
+#include <string>
+#include <vector>
 
 #include "ReadTotals.h"
 
@@ -12,5 +14,10 @@ namespace odlex::bench::libmsi_peer {
 ReadTotals readAll(const std::filesystem::path& package);
 // Opens `source` and commits the whole database to `target`.
 void rewrite(const std::filesystem::path& source, const std::filesystem::path& target);
+// Opens `source` to be saved as `target`, deletes the components `components` with their
+// files, registry values and shortcuts by SQL (one DELETE per table and component), and
+// commits.
+void deleteComponents(const std::filesystem::path& source, const std::filesystem::path& target,
+                      const std::vector<std::string>& components);
 
 }  // namespace odlex::bench::libmsi_peer

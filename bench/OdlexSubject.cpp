@@ -3,6 +3,9 @@
 #include <memory>
 #include <stdexcept>
 
+#include <odlex/database/ODLEXDatabase.h>
+#include <odlex/tables/ODLEXTables.h>
+
 #include "msi/engine/Database.h"
 
 namespace odlex::bench::odlex_subject {
@@ -54,6 +57,24 @@ void rewrite(const std::filesystem::path& source, const std::filesystem::path& t
   if (database->saveAs(target, error) != engine::kSuccess) {
     throw std::runtime_error("odlex: save " + target.string() + ": " + error.text);
   }
+}
+
+void deleteComponents(const std::filesystem::path& source, const std::filesystem::path& target,
+                      const std::vector<std::string>& components) {
+  static const bool initialized = (ODLEXDatabase::INIT(), true);
+  (void)initialized;
+  const TalString output = TalString::FromUtf8(target.string());
+  ODLEXOpenType intoOutput(output.u16().c_str());
+  ODLEXDatabase& database =
+      ODLEXDatabase::AddDatabaseToList(TalString::FromUtf8(source.string()), intoOutput);
+  ODLEXTComponent& table = database.GetComponent();
+  for (const std::string& component : components)
+    table.Delete(table.GetComponentWithID(TalString::FromUtf8(component)));
+  const bool saved = database.SaveChanges();
+  // Closing with save writes the output file's streams and summary information last.
+  database.RemoveFromList(saved);
+  if (!saved)
+    throw std::runtime_error("odlex: save " + target.string());
 }
 
 }  // namespace odlex::bench::odlex_subject

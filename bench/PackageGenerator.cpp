@@ -161,29 +161,61 @@ void writeProperties(const std::filesystem::path& dir) {
   idt.close();
 }
 
+// One registry value per component, and a shortcut to the file of every tenth one.
+void writeRegistryAndShortcuts(const std::filesystem::path& dir, std::size_t files) {
+  IdtFile registry(dir / "Registry.idt", "Registry\tRoot\tKey\tName\tValue\tComponent_",
+                   "s72\ti2\tl255\tL255\tL0\ts72", "Registry\tRegistry");
+  IdtFile shortcuts(dir / "Shortcut.idt",
+                    "Shortcut\tDirectory_\tName\tComponent_\tTarget\tArguments\tDescription\t"
+                    "Hotkey\tIcon_\tIconIndex\tShowCmd\tWkDir",
+                    "s72\ts72\tl128\ts72\ts72\tS255\tL255\tI2\tS72\tI2\tI2\tS72",
+                    "Shortcut\tShortcut");
+  for (std::size_t i = 0; i < files; ++i) {
+    const std::string component = numbered("cmp%05zu", i);
+    registry.row({numbered("reg%05zu", i), "2", "Software\\Odlex Bench\\" + component, "Installed",
+                  numbered("#%zu", i), component});
+    if (i % 10 == 0) {
+      shortcuts.row({numbered("sc%05zu", i), directoryOf(i),
+                     numbered("SHORT~%zu|", i % 9 + 1) + numbered("Shortcut %zu", i), component,
+                     "[" + directoryOf(i) + "]", "", "", "", "", "", "", ""});
+    }
+  }
+  registry.close();
+  shortcuts.close();
+}
+
 }  // namespace
 
-std::filesystem::path ensurePackage(const std::filesystem::path& cacheDir, std::size_t fileCount) {
-  const std::filesystem::path package = cacheDir / numbered("files-%zu.msi", fileCount);
+std::filesystem::path ensurePackage(const std::filesystem::path& cacheDir, std::size_t fileCount,
+                                    PackageContents contents) {
+  const bool withModel = contents == PackageContents::kWithRegistryAndShortcuts;
+  const std::filesystem::path package =
+      cacheDir / numbered(withModel ? "model-%zu.msi" : "files-%zu.msi", fileCount);
   if (std::filesystem::exists(package)) {
     return package;
   }
-  const std::filesystem::path idtDir = cacheDir / numbered("idt-%zu", fileCount);
+  const std::filesystem::path idtDir =
+      cacheDir / numbered(withModel ? "model-idt-%zu" : "idt-%zu", fileCount);
   std::filesystem::create_directories(idtDir);
   writeDirectory(idtDir, fileCount);
   writeFeatures(idtDir, fileCount);
   writeComponentsAndFiles(idtDir, fileCount);
   writeMedia(idtDir, fileCount);
   writeProperties(idtDir);
+  std::vector<std::string> tables = {"Directory", "Feature", "Component", "FeatureComponents",
+                                     "File",      "Media",   "Property"};
+  if (withModel) {
+    writeRegistryAndShortcuts(idtDir, fileCount);
+    tables.insert(tables.end(), {"Registry", "Shortcut"});
+  }
 
   // Built under a temporary name, so an interrupted build is never taken for a cached package.
   const std::filesystem::path partial = package.string() + ".partial";
   std::filesystem::remove(partial);
   std::vector<std::string> argv = {"msibuild", partial.string()};
-  for (const char* table :
-       {"Directory", "Feature", "Component", "FeatureComponents", "File", "Media", "Property"}) {
+  for (const std::string& table : tables) {
     argv.push_back("-i");
-    argv.push_back((idtDir / (std::string(table) + ".idt")).string());
+    argv.push_back((idtDir / (table + ".idt")).string());
   }
   // msibuild takes the summary information's optional arguments up to the end of the line,
   // so it goes last.

@@ -1,6 +1,8 @@
 // Compares the odlex engine with libmsi on generated packages of growing size: reading every
-// row of every table, rewriting the package to a new file, and odlex's peak memory while
-// reading. Both libraries work on the same file in the same run; times are medians.
+// row of every table, rewriting the package to a new file, odlex's peak memory while reading,
+// and deleting 1% of the components (with their files, registry values and shortcuts) and
+// saving, which odlex does through its class library and libmsi by SQL. Both libraries work on
+// the same file in the same run; times are medians.
 //
 //   odlex_bench [--cache DIR] [--sizes 0,1000,10000,100000] [--reps N]
 
@@ -26,6 +28,9 @@ namespace {
 constexpr double kReadSpeedupTarget = 10;
 constexpr double kRewriteSpeedupTarget = 5;
 constexpr double kPeakPerFileSizeTarget = 3;
+constexpr double kDeleteSpeedupTarget = 20;
+// One component in this many is deleted.
+constexpr std::size_t kDeletedEvery = 100;
 
 struct Options {
   std::filesystem::path cacheDir = "bench-packages";
@@ -44,6 +49,7 @@ struct SizeResult {
   std::uint64_t fileBytes = 0;
   Comparison read;
   Comparison rewrite;
+  Comparison deletion;
   std::optional<std::uint64_t> odlexPeakBytes;
   std::vector<std::string> problems;
 };
@@ -104,6 +110,41 @@ void checkCopy(SizeResult& result, const std::string& writer, const std::filesys
   });
 }
 
+// Deletes every hundredth component of the package with registry values and shortcuts; both
+// results must read the same.
+void measureDeletion(const Options& options, SizeResult& result) {
+  const std::size_t files = result.files;
+  if (files == 0) {
+    return;  // no component to delete
+  }
+  std::fprintf(stderr, "[%zu files] delete 1%% of the components\n", files);
+  const std::filesystem::path model =
+      ensurePackage(options.cacheDir, files, PackageContents::kWithRegistryAndShortcuts);
+  std::vector<std::string> components;
+  for (std::size_t i = 0; i < files; i += kDeletedEvery) {
+    char name[32];
+    std::snprintf(name, sizeof name, "cmp%05zu", i);
+    components.emplace_back(name);
+  }
+  const std::filesystem::path libmsiOut = model.string() + ".libmsi-deleted.msi";
+  const std::filesystem::path odlexOut = model.string() + ".odlex-deleted.msi";
+  result.deletion.libmsiMs = medianTime(result, "libmsi delete", options.repetitions, [&] {
+    std::filesystem::remove(libmsiOut);
+    libmsi_peer::deleteComponents(model, libmsiOut, components);
+  });
+  result.deletion.odlexMs = medianTime(result, "odlex delete", options.repetitions, [&] {
+    std::filesystem::remove(odlexOut);
+    odlex_subject::deleteComponents(model, odlexOut, components);
+  });
+  if (result.deletion.libmsiMs && result.deletion.odlexMs) {
+    attempt(result, "compare the deletions", [&] {
+      if (!(libmsi_peer::readAll(libmsiOut) == libmsi_peer::readAll(odlexOut))) {
+        throw std::runtime_error("the two packages after deleting differ");
+      }
+    });
+  }
+}
+
 SizeResult measure(const Options& options, std::size_t files) {
   SizeResult result;
   result.files = files;
@@ -150,6 +191,7 @@ SizeResult measure(const Options& options, std::size_t files) {
   if (result.rewrite.odlexMs) {
     checkCopy(result, "odlex", odlexCopy, expected);
   }
+  measureDeletion(options, result);
   return result;
 }
 
@@ -182,21 +224,27 @@ std::string peakPerFile(const SizeResult& result) {
 }
 
 void printTable(const std::vector<SizeResult>& results) {
-  std::printf("\n%8s %9s | %11s %9s %8s | %11s %9s %8s | %s\n", "files", "file MiB", "read libmsi",
-              "odlex", "ratio", "rewr libmsi", "odlex", "ratio", "odlex peak memory / file size");
+  std::printf("\n%8s %9s | %11s %9s %8s | %11s %9s %8s | %11s %9s %8s | %s\n", "files", "file MiB",
+              "read libmsi", "odlex", "ratio", "rewr libmsi", "odlex", "ratio", "del1% libmsi",
+              "odlex", "ratio", "odlex peak memory / file size");
   for (const SizeResult& r : results) {
-    std::printf("%8zu %9.2f | %11s %9s %8s | %11s %9s %8s | %s\n", r.files, r.fileBytes / 1048576.0,
-                milliseconds(r.read.libmsiMs).c_str(), milliseconds(r.read.odlexMs).c_str(),
-                speedup(r.read, kReadSpeedupTarget).c_str(),
+    std::printf("%8zu %9.2f | %11s %9s %8s | %11s %9s %8s | %11s %9s %8s | %s\n", r.files,
+                r.fileBytes / 1048576.0, milliseconds(r.read.libmsiMs).c_str(),
+                milliseconds(r.read.odlexMs).c_str(), speedup(r.read, kReadSpeedupTarget).c_str(),
                 milliseconds(r.rewrite.libmsiMs).c_str(), milliseconds(r.rewrite.odlexMs).c_str(),
-                speedup(r.rewrite, kRewriteSpeedupTarget).c_str(), peakPerFile(r).c_str());
+                speedup(r.rewrite, kRewriteSpeedupTarget).c_str(),
+                milliseconds(r.deletion.libmsiMs).c_str(), milliseconds(r.deletion.odlexMs).c_str(),
+                speedup(r.deletion, kDeleteSpeedupTarget).c_str(), peakPerFile(r).c_str());
   }
   std::printf(
       "\nTimes are medians in ms; ratio = libmsi time / odlex time. Targets: read >= %.0fx, "
-      "rewrite >= %.0fx, peak memory <= %.0fx the file size; '!' marks a missed target.\n"
+      "rewrite >= %.0fx, delete 1%% >= %.0fx, peak memory <= %.0fx the file size; '!' marks a\n"
+      "missed target. Delete 1%%: every hundredth component of the package with a registry value\n"
+      "per component and a shortcut per ten, with its file, registry value and shortcut, then a\n"
+      "save to a new file (libmsi: DELETE statements per table and component, then commit).\n"
       "Peak memory is measured after the same work on the 0-file package, so it counts the\n"
       "data, not the code and converter tables every run faults in once.\n",
-      kReadSpeedupTarget, kRewriteSpeedupTarget, kPeakPerFileSizeTarget);
+      kReadSpeedupTarget, kRewriteSpeedupTarget, kDeleteSpeedupTarget, kPeakPerFileSizeTarget);
   for (const SizeResult& r : results) {
     for (const std::string& problem : r.problems) {
       std::printf("problem [%zu files]: %s\n", r.files, problem.c_str());

@@ -4,7 +4,9 @@
 
 #include <set>
 #include <string>
+#include <vector>
 
+#include "msi/schema/Schema.h"
 #include "odlex/database/ODLEXDatabase.h"
 #include "odlex/tables/ODLEXDatabaseError.h"
 #include "odlex/tables/ODLEXTObject.h"
@@ -38,6 +40,12 @@ constexpr Reference kReferences[] = {
      u"DataSource_"},
 };
 
+// The tables of rows that belong to a component which the File step clears too: the
+// component's other work on the file system and its publication, which no step names.
+constexpr ODLEXTObject::typeID kFileStepCompanions[] = {
+    ODLEXTObject::eCreateFolder, ODLEXTObject::eDuplicateFile, ODLEXTObject::eMoveFile,
+    ODLEXTObject::ePublishComponent};
+
 using Keys = std::set<std::u16string>;
 
 std::u16string textOf(const MSIEntry& row, const char16_t* column) {
@@ -63,6 +71,26 @@ ODLEXTObject* tableObject(ODLEXDatabase& db, ODLEXTObject::typeID type) {
   }
 }
 
+// The catalog position of the column `name` of `table`.
+std::size_t columnOf(const MSITable& table, std::u16string_view name) {
+  const auto& columns = table.GetSchema().columns;
+  for (std::size_t i = 0; i < columns.size(); ++i)
+    if (columns[i].name == name)
+      return i;
+  return columns.size();
+}
+
+// Appends to `rows` the live rows of `table` whose column `column` holds `value`, found by the
+// lower layer's index of the column (built once, kept while rows are only marked deleted).
+void appendRowsWith(ODLEXTObject& table, std::size_t column, const std::u16string& value,
+                    std::vector<MSIEntry*>& rows) {
+  const MSITable* lower = table.GetLowerTable();
+  if (!lower || column >= lower->GetSchema().columns.size() || value.empty())
+    return;
+  for (MSIEntry* row : lower->FindEntriesBy(column, MSIRecordColumn::String(TalString(value))))
+    rows.push_back(row);
+}
+
 void deleteReferringRows(ODLEXDatabase& db, ODLEXTObject::typeID type, const Keys& removed);
 
 // The key column of `type` that other tables refer to, or null when none does.
@@ -73,19 +101,17 @@ const char16_t* referredKeyOf(ODLEXTObject::typeID type) {
   return nullptr;
 }
 
-// Deletes the live rows of `table` for which `matches(row)` holds, then follows them.
-template <class Matches>
-void deleteRowsAndDependants(ODLEXTObject& table, Matches matches) {
+// Deletes those of `rows` (rows of `table`) that are live, then follows them.
+void deleteRowsAndDependants(ODLEXTObject& table, const std::vector<MSIEntry*>& rows) {
   const auto type = static_cast<ODLEXTObject::typeID>(table.isA());
   const char16_t* referredKey = referredKeyOf(type);
   Keys removed;
-  for (RWCollectable* item : table.GetEntries()) {
-    auto& row = static_cast<MSIEntry&>(*item);
-    if (row.IsDeleted() || !matches(row))
+  for (MSIEntry* row : rows) {
+    if (row->IsDeleted())
       continue;
-    deleteRow(table, row);
+    deleteRow(table, *row);
     if (referredKey)
-      removed.insert(textOf(row, referredKey));
+      removed.insert(textOf(*row, referredKey));
   }
   if (!removed.empty())
     deleteReferringRows(table.GetDatabase(), type, removed);
@@ -94,34 +120,46 @@ void deleteRowsAndDependants(ODLEXTObject& table, Matches matches) {
 // Follows the keys `removed` of rows of table `type` into the tables that refer to them.
 void deleteReferringRows(ODLEXDatabase& db, ODLEXTObject::typeID type, const Keys& removed) {
   // Keys still held by a live row of the referred table keep their dependants.
-  const char16_t* referredKey = referredKeyOf(type);
-  Keys gone = removed;
-  for (RWCollectable* item : db.GetTableObject(type).GetEntries()) {
-    const auto& row = static_cast<const MSIEntry&>(*item);
-    if (!row.IsDeleted())
-      gone.erase(textOf(row, referredKey));
+  ODLEXTObject& referred = db.GetTableObject(type);
+  const std::size_t keyColumn = columnOf(*referred.GetLowerTable(), referredKeyOf(type));
+  Keys gone;
+  for (const std::u16string& key : removed) {
+    std::vector<MSIEntry*> holders;
+    appendRowsWith(referred, keyColumn, key, holders);
+    if (holders.empty())
+      gone.insert(key);
   }
-  if (gone.empty())
-    return;
   for (const Reference& reference : kReferences) {
-    if (reference.parent != type)
+    if (reference.parent != type || gone.empty())
       continue;
-    if (ODLEXTObject* child = tableObject(db, reference.child))
-      deleteRowsAndDependants(*child, [&](const MSIEntry& row) {
-        return gone.contains(textOf(row, reference.column));
-      });
+    ODLEXTObject* child = tableObject(db, reference.child);
+    if (!child || !child->GetLowerTable())
+      continue;
+    const std::size_t column = columnOf(*child->GetLowerTable(), reference.column);
+    std::vector<MSIEntry*> rows;
+    for (const std::u16string& key : gone)
+      appendRowsWith(*child, column, key, rows);
+    deleteRowsAndDependants(*child, rows);
   }
 }
 
 }  // namespace
 
 void deleteRowsOfComponent(ODLEXTObject& table, const MSIEComponent& component) {
-  const std::u16string key = component.GetComponentID().u16();
-  const bool isolated = table.isA() == ODLEXTObject::eIsolatedComponent;
-  deleteRowsAndDependants(table, [&](const MSIEntry& row) {
-    return row.GetComponentKey().u16() == key ||
-           (isolated && textOf(row, u"Component_Application") == key);
-  });
+  // Every column that refers to a component counts (IsolatedComponent has two).
+  std::vector<MSIEntry*> rows;
+  if (const MSITable* lower = table.GetLowerTable()) {
+    const auto& columns = lower->GetSchema().columns;
+    for (std::size_t i = 0; i < columns.size(); ++i)
+      if (columns[i].keyTable == u"Component" && columns[i].keyColumn == 1)
+        appendRowsWith(table, i, component.GetComponentID().u16(), rows);
+  }
+  deleteRowsAndDependants(table, rows);
+  if (table.isA() != ODLEXTObject::eFile)
+    return;
+  for (ODLEXTObject::typeID companion : kFileStepCompanions)
+    if (ODLEXTObject* other = tableObject(table.GetDatabase(), companion))
+      deleteRowsOfComponent(*other, component);
 }
 
 }  // namespace odlex::tables

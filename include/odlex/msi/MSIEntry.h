@@ -130,7 +130,10 @@ class MSIEntry : public RWCollectable {
   // Stores a value; a key change of a row held by a table re-files it there (false when
   // another row of the table has the new key, leaving the row unchanged).
   bool store(std::size_t column, MSIRecordColumn value);
+  // Tells the owning table that the row's marks changed (modified, deleted), or that a value
+  // changed, which makes the table's lookups by column stale.
   void changed();
+  void valueChanged();
 
   const odlex::schema::TableSchema* schema_;
   MSITable* owner_ = nullptr;

@@ -102,6 +102,11 @@ class MSITable {
   MSIEntry* FindEntry(const MSIEntry& probe) const;
   // The first live row, in key order, whose catalog column `column` equals `value`, or null.
   MSIEntry* FindEntryBy(std::size_t column, const MSIRecordColumn& value) const;
+  // Every live row, in key order, whose catalog column `column` equals `value`. Like
+  // FindEntryBy it reads an index of the column, built on first use and kept while rows are
+  // only marked (modified, deleted or revived), so a run of lookups and deletions costs one pass
+  // over the table and then time in proportion to the rows found.
+  std::vector<MSIEntry*> FindEntriesBy(std::size_t column, const MSIRecordColumn& value) const;
 
  protected:
   // A new row of this table with every column null.
@@ -132,7 +137,13 @@ class MSITable {
   friend class MSIEntry;
 
   void clearRows();
+  // A row was added, removed or given another value: the column indexes are dropped.
   void rowChanged();
+  // A row was only marked (modified, deleted, revived): the indexes, which hold deleted rows
+  // too, stay valid.
+  void rowMarked();
+  // The index of `column`: every row held, deleted ones included, by value, in key order.
+  const std::multimap<std::u16string, MSIEntry*>& indexOf(std::size_t column) const;
   // Marks that rows were destroyed: a new epoch, unique in the process.
   void rowsDestroyed();
   // Starts an operation on the database: clears the last error and gives the engine, or
@@ -156,6 +167,6 @@ class MSITable {
   std::uint64_t rowEpoch_;
   TalString lastError_;
   unsigned long nextKeyNumber_ = 1;
-  // FindBy indexes, by catalog column: value key -> rows in key order.
+  // FindBy indexes, by catalog column: value key -> rows (deleted ones too) in key order.
   mutable std::map<std::size_t, std::multimap<std::u16string, MSIEntry*>> indexes_;
 };

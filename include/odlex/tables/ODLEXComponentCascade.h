@@ -3,7 +3,9 @@
 //
 // A table of the component cascade loses every live row that belongs to the component: the
 // row's component reference (MSIEntry::GetComponentKey) names it, or, for IsolatedComponent,
-// either of its two component columns does. The keys of the rows removed are then followed
+// either of its two component columns does. The File table's step also clears the
+// component's rows of CreateFolder, DuplicateFile, MoveFile and PublishComponent, which belong
+// to a component but have no step of their own. The keys of the rows removed are then followed
 // into the tables that refer to them, table by table:
 //
 //   File            -> MsiFileHash.File_, Font.File_, SelfReg.File_, BindImage.File_,
@@ -22,8 +24,10 @@
 // live on in another component). Rows removed in turn are followed the same way; a row already
 // deleted is never followed again, so a cycle of references (ProgId parents) ends.
 //
-// Cost: one pass over each table touched, plus one pass over a referred table to learn which
-// of the removed keys are still held; never a pass per removed row.
+// Cost: rows are found through the lower layer's index of the column that names the component
+// or the key (MSITable::FindEntriesBy), built by one pass over a table and kept while rows are
+// only marked deleted; so deleting many components in a row costs one pass per table touched
+// plus time in proportion to the rows removed, never a pass per component or per removed row.
 
 #include "odlex/msi/MSIRows.h"
 

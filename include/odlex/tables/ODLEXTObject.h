@@ -125,11 +125,13 @@ class ODLEXTObject : public RWCollectable {
   static typeID GetTableType(const TalString& name);
   static void _mapInit();
 
- protected:
-  // The lower-layer table, or null before a derived class made one.
+  // The lower-layer table, or null before a derived class made one: for the operations that
+  // look rows up by a column's index (MSITable::FindEntriesBy) across table objects.
   MSITable* GetLowerTable() const {
     return holder_->table.get();
   }
+
+ protected:
   void SetLowerTable(std::unique_ptr<MSITable> table);
   ODLEXTableAttributes& Attributes() {
     return attributes_;

@@ -127,6 +127,11 @@ void MSIEntry::Delete() {
 
 void MSIEntry::changed() {
   if (owner_)
+    owner_->rowMarked();
+}
+
+void MSIEntry::valueChanged() {
+  if (owner_)
     owner_->rowChanged();
 }
 
@@ -263,6 +268,7 @@ void MSIEntry::SetBinaryAt(std::size_t column, const MSIBinary& value) {
   } else {
     binaries_[column] = std::make_shared<MSIBinary>(value);
   }
+  valueChanged();
   Modify();
 }
 
@@ -273,6 +279,7 @@ bool MSIEntry::store(std::size_t column, MSIRecordColumn value) {
   } else {
     values_[column] = std::move(value);
   }
+  valueChanged();
   Modify();
   return true;
 }

@@ -74,8 +74,12 @@ void MSITable::clearRows() {
 }
 
 void MSITable::rowChanged() {
-  dirty_ = true;
+  rowMarked();
   indexes_.clear();
+}
+
+void MSITable::rowMarked() {
+  dirty_ = true;
   ++changes_;
 }
 
@@ -326,16 +330,31 @@ MSIEntry* MSITable::FindEntry(const MSIEntry& probe) const {
   return held && !held->IsDeleted() ? held : nullptr;
 }
 
-MSIEntry* MSITable::FindEntryBy(std::size_t column, const MSIRecordColumn& value) const {
+const std::multimap<std::u16string, MSIEntry*>& MSITable::indexOf(std::size_t column) const {
   auto [index, built] = indexes_.try_emplace(column);
   if (built) {
-    for (RWCollectable* item : rows_) {
-      if (!asEntry(item)->IsDeleted())
-        index->second.emplace(indexKey(asEntry(item)->values_[column]), asEntry(item));
-    }
+    for (RWCollectable* item : rows_)
+      index->second.emplace(indexKey(asEntry(item)->values_[column]), asEntry(item));
   }
-  auto found = index->second.find(indexKey(value));
-  return found == index->second.end() ? nullptr : found->second;
+  return index->second;
+}
+
+MSIEntry* MSITable::FindEntryBy(std::size_t column, const MSIRecordColumn& value) const {
+  auto [first, last] = indexOf(column).equal_range(indexKey(value));
+  for (auto at = first; at != last; ++at)
+    if (!at->second->IsDeleted())
+      return at->second;
+  return nullptr;
+}
+
+std::vector<MSIEntry*> MSITable::FindEntriesBy(std::size_t column,
+                                               const MSIRecordColumn& value) const {
+  std::vector<MSIEntry*> found;
+  auto [first, last] = indexOf(column).equal_range(indexKey(value));
+  for (auto at = first; at != last; ++at)
+    if (!at->second->IsDeleted())
+      found.push_back(at->second);
+  return found;
 }
 
 bool MSITable::rekey(MSIEntry& entry, std::size_t column, const MSIRecordColumn& value) {

@@ -95,6 +95,12 @@ TEST(RowsTable, FindByFollowsEditsAndKeyChangesRefileTheRow) {
   // Deleted rows are not found.
   a->Delete();
   EXPECT_EQ(files.FindByComponent(u"Comp1"), b);
+  // Every live row with the value; marks keep the index, so a revived row is found again.
+  const MSIRecordColumn comp1 = MSIRecordColumn::String(u"Comp1");
+  EXPECT_EQ(files.FindEntriesBy(1, comp1), std::vector<MSIEntry*>{b});
+  a->SetDeleted(false);
+  EXPECT_EQ(files.FindEntriesBy(1, comp1), (std::vector<MSIEntry*>{a, b}));
+  a->Delete();
 
   // Changing the key moves the row; a key another live row has is refused.
   b->SetFileID(u"c");
