@@ -1,3 +1,4 @@
+#include <odlex/database/ODLEXDatabase.h>
 #include <odlex/package/ODLEXPackageFiles.h>
 
 #include <gtest/gtest.h>
@@ -233,6 +234,22 @@ TEST(PackageFiles, HostileOrBrokenFilesAreReportedAndNothingLeavesTheFolder) {
   std::map<std::string, std::string> after = filesUnder(dir.path());
   EXPECT_EQ(after.erase("out/in/app/good.txt"), 1u);
   EXPECT_EQ(after, before);
+}
+
+TEST(PackageFiles, AdministrativeImageInstallsLikeTheOriginal) {
+  TempDir dir;
+  const fs::path original = test::testPackage(test::PackageKind::kWixl).file;
+  ASSERT_FALSE(original.empty());
+  ASSERT_TRUE(ODLEXDatabase::MakeAdministrativeImage(
+      TalString::FromUtf8(original.string()), TalString::FromUtf8((dir / "image").string())));
+  const fs::path image = dir / "image" / original.filename();
+  const std::vector<std::string> summary = test::splitLines(test::msiinfoSuminfo(image).out);
+  EXPECT_NE(std::find(summary.begin(), summary.end(), "Source: 4 (4)"), summary.end());
+  EXPECT_EQ(test::msiinfoRows(image, "Media"), std::vector<std::string>{"1\t5\t\t\t\t"});
+  EXPECT_EQ(test::msiinfoStreams(image).out.find("product.cab"), std::string::npos);
+  extractAll(original, dir / "from-original");
+  extractAll(image, dir / "from-image");
+  EXPECT_EQ(filesUnder(dir / "from-image"), filesUnder(dir / "from-original"));
 }
 
 }  // namespace

@@ -32,6 +32,19 @@ std::unique_ptr<ODLEXPackageFiles> openFiles(const std::string& package) {
   return files;
 }
 
+// Prints each problem as "odlex: FILE: TEXT (error N)" on stderr; their JSON list.
+nlohmann::json report(const std::vector<TalError>& problems) {
+  nlohmann::json reported = nlohmann::json::array();
+  for (const TalError& problem : problems) {
+    std::cerr << "odlex: " << problem.GetContext().ToUtf8() << ": " << problem.GetText().ToUtf8()
+              << " (error " << problem.GetCode() << ")\n";
+    reported.push_back({{"file", problem.GetContext().ToUtf8()},
+                        {"code", problem.GetCode()},
+                        {"text", problem.GetText().ToUtf8()}});
+  }
+  return reported;
+}
+
 void addList(Commands& commands) {
   struct Options {
     std::string package;
@@ -105,14 +118,7 @@ void addExtract(Commands& commands) {
         extract.binary = options->binary;
         std::vector<TalError> problems;
         const bool all = files->Extract(TalString::FromUtf8(options->directory), extract, problems);
-        nlohmann::json reported = nlohmann::json::array();
-        for (const TalError& problem : problems) {
-          std::cerr << "odlex: " << problem.GetContext().ToUtf8() << ": "
-                    << problem.GetText().ToUtf8() << " (error " << problem.GetCode() << ")\n";
-          reported.push_back({{"file", problem.GetContext().ToUtf8()},
-                              {"code", problem.GetCode()},
-                              {"text", problem.GetText().ToUtf8()}});
-        }
+        const nlohmann::json reported = report(problems);
         if (options->json)
           printJson({{"directory", options->directory}, {"problems", reported}});
         return all ? 0 : 1;
@@ -128,11 +134,40 @@ void addExtract(Commands& commands) {
   addJsonFlag(command, options->json, R"({"directory", "problems": [{"file", "code", "text"}]})");
 }
 
+void addAdminImage(Commands& commands) {
+  struct Options {
+    std::string package;
+    std::string directory;
+    bool json = false;
+  };
+  auto options = std::make_shared<Options>();
+  CLI::App& command = commands.add(
+      "admin-image",
+      "make an administrative image in DIR without the installer: the files uncompressed in "
+      "the source layout, and a copy of the package marked as an administrative image (summary "
+      "word count 4) without cabinets; problems are reported as extract reports them",
+      "odlex admin-image product.msi image", [options] {
+        std::unique_ptr<ODLEXPackageFiles> files = openFiles(options->package);
+        std::vector<TalError> problems;
+        const bool made =
+            files->MakeAdministrativeImage(TalString::FromUtf8(options->directory), problems);
+        const nlohmann::json reported = report(problems);
+        if (options->json)
+          printJson({{"directory", options->directory}, {"problems", reported}});
+        return made ? 0 : 1;
+      });
+  addPackageArgument(command, options->package);
+  command.add_option("DIR", options->directory, "the folder of the image (made when missing)")
+      ->required();
+  addJsonFlag(command, options->json, R"({"directory", "problems": [{"file", "code", "text"}]})");
+}
+
 }  // namespace
 
 void addFileCommands(Commands& commands) {
   addList(commands);
   addExtract(commands);
+  addAdminImage(commands);
 }
 
 }  // namespace odlex::cli

@@ -18,10 +18,16 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "odlex/support/TalError.h"
 #include "odlex/support/TalString.h"
+
+namespace odlex::package {
+class ExtractRoot;
+}
 
 enum class ODLEXFileSource {
   kEmbeddedCabinet,  // a cabinet stream inside the package
@@ -81,9 +87,27 @@ class ODLEXPackageFiles {
   bool Extract(const TalString& directory, const ODLEXExtractOptions& options,
                std::vector<TalError>& problems);
 
- private:
+  // Lays out an administrative image in `directory` (created when missing): every file
+  // uncompressed at its source path with long names (the source side of each DefaultDir below
+  // the root, then the file's long name), and beside them a copy of the package, under its own
+  // file name, whose summary word count is 4 (administrative image: bit 4 set; files uncompressed:
+  // bit 2 clear; long names: bit 1 clear; bit 8, no elevation, kept from the package), whose
+  // Media rows name no cabinet, whose File rows lose the Compressed attribute (0x4000), and
+  // without the embedded cabinet streams. The installer installs from such an image as from one
+  // it made itself. Files are written as Extract writes them (same checks, same problems); the
+  // package copy is written only when every file was. False when `problems` grew.
+  bool MakeAdministrativeImage(const TalString& directory, std::vector<TalError>& problems);
+
   struct State;
+
+ private:
   explicit ODLEXPackageFiles(std::unique_ptr<State> state);
+  // Writes each file at its relative path (an empty path: its directory did not resolve).
+  void writeFiles(odlex::package::ExtractRoot& root,
+                  const std::vector<std::pair<const ODLEXPackageFile*, std::u16string>>& chosen,
+                  std::vector<TalError>& problems);
+  void writeBinaryStreams(odlex::package::ExtractRoot& root, std::vector<TalError>& problems);
+
   std::unique_ptr<State> state_;
   std::vector<ODLEXPackageFile> files_;
 };

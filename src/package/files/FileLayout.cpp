@@ -102,7 +102,7 @@ int wordCountOf(const engine::Database& database) {
 }
 
 bool resolveFiles(const engine::Database& database, std::vector<ODLEXPackageFile>& files,
-                  engine::Error& error) {
+                  engine::Error& error, std::optional<int> layout) {
   files.clear();
   const engine::Table* table = database.findTable(u"File");
   if (!table)
@@ -114,7 +114,7 @@ bool resolveFiles(const engine::Database& database, std::vector<ODLEXPackageFile
       return false;
     }
   }
-  const int wordCount = wordCountOf(database);
+  const int wordCount = layout.value_or(wordCountOf(database));
   const bool shortSourceNames = (wordCount & kSourceShortNames) != 0;
   const bool module = !database.findTable(u"Media") && database.hasStream(kModuleCabinet);
   const directory::MemoryDirectoryModel model = directoryModel(database);

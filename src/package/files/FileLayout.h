@@ -2,6 +2,7 @@
 // Resolving the File table of a package: each file's target and source paths, and where its
 // bytes are (see odlex/package/ODLEXPackageFiles.h for the rules).
 
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -28,9 +29,10 @@ std::u16string_view shortNameOf(std::u16string_view name);
 // The summary's word count; 0 when the package has none.
 int wordCountOf(const engine::Database& database);
 
-// The files of `database` in File key order. A directory that cannot be resolved leaves the
-// file's paths empty. False with the error only when the File table lacks its columns.
+// The files of `database` in File key order, laid out as the word count `wordCount` says (the
+// package's own when not given). A directory that cannot be resolved leaves the file's paths
+// empty. False with the error only when the File table lacks its columns.
 bool resolveFiles(const engine::Database& database, std::vector<ODLEXPackageFile>& files,
-                  engine::Error& error);
+                  engine::Error& error, std::optional<int> wordCount = std::nullopt);
 
 }  // namespace odlex::package

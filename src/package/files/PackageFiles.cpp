@@ -10,12 +10,10 @@
 #include "package/cabinet/Cabinet.h"
 #include "package/files/ExtractRoot.h"
 #include "package/files/FileLayout.h"
+#include "package/files/PackageFilesState.h"
 #include "package/files/SafeName.h"
 
-struct ODLEXPackageFiles::State {
-  std::unique_ptr<odlex::engine::Database> database;
-  std::filesystem::path folder;  // where the package lies: external cabinets and sources
-};
+using odlex::package::problem;
 
 namespace {
 
@@ -23,10 +21,6 @@ using odlex::engine::Database;
 using odlex::package::ExtractRoot;
 namespace engine = odlex::engine;
 namespace storage = odlex::storage;
-
-TalError problem(unsigned code, const TalString& file, const std::string& text) {
-  return TalError(code, TalString::FromUtf8(text), file);
-}
 
 // A file to write and where.
 struct Claimed {
@@ -209,6 +203,7 @@ std::unique_ptr<ODLEXPackageFiles> ODLEXPackageFiles::Open(const TalString& pack
   state->database =
       Database::open(storage::FileSystem::current(), path, Database::OpenMode::kReadOnly, failure);
   if (state->database) {
+    state->path = path;
     state->folder = path.parent_path().empty() ? std::filesystem::path(".") : path.parent_path();
     std::unique_ptr<ODLEXPackageFiles> files(new ODLEXPackageFiles(std::move(state)));
     if (odlex::package::resolveFiles(*files->state_->database, files->files_, failure))
@@ -221,10 +216,16 @@ std::unique_ptr<ODLEXPackageFiles> ODLEXPackageFiles::Open(const TalString& pack
 bool ODLEXPackageFiles::Extract(const TalString& directory, const ODLEXExtractOptions& options,
                                 std::vector<TalError>& problems) {
   const std::size_t before = problems.size();
-  std::vector<const ODLEXPackageFile*> chosen;
+  std::vector<std::pair<const ODLEXPackageFile*, std::u16string>> chosen;
+  auto choose = [&](const ODLEXPackageFile& file) {
+    std::u16string relative = file.targetPath.u16();
+    if (options.flat && !relative.empty())
+      relative = relative.substr(relative.rfind(u'/') + 1);
+    chosen.emplace_back(&file, std::move(relative));
+  };
   if (options.fileKeys.empty()) {
     for (const ODLEXPackageFile& file : files_)
-      chosen.push_back(&file);
+      choose(file);
   } else {
     for (const TalString& key : options.fileKeys) {
       const auto found =
@@ -233,28 +234,41 @@ bool ODLEXPackageFiles::Extract(const TalString& directory, const ODLEXExtractOp
       if (found == files_.end())
         problems.push_back(problem(engine::kInvalidParameter, key, "no such file in the package"));
       else
-        chosen.push_back(&*found);
+        choose(*found);
     }
   }
   ExtractRoot root(directory.ToUtf8());
   std::string error;
-  Scratch scratch;
-  if (!root.create(error) || !scratch.create(root.path(), error)) {
+  if (!root.create(error)) {
     problems.push_back(problem(engine::kCreateFailed, directory, error));
     return false;
   }
+  writeFiles(root, chosen, problems);
+  if (options.binary)
+    writeBinaryStreams(root, problems);
+  return problems.size() == before;
+}
+
+void ODLEXPackageFiles::writeFiles(
+    odlex::package::ExtractRoot& root,
+    const std::vector<std::pair<const ODLEXPackageFile*, std::u16string>>& chosen,
+    std::vector<TalError>& problems) {
+  std::string error;
+  Scratch scratch;
+  if (!scratch.create(root.path(), error)) {
+    problems.push_back(
+        problem(engine::kCreateFailed, TalString::FromUtf8(root.path().string()), error));
+    return;
+  }
   std::map<std::pair<ODLEXFileSource, std::u16string>, std::vector<Claimed>> byCabinet;
   std::vector<Claimed> uncompressed;
-  for (const ODLEXPackageFile* file : chosen) {
-    std::u16string relative = file->targetPath.u16();
+  for (const auto& [file, relative] : chosen) {
     if (relative.empty()) {
       problems.push_back(
           problem(engine::kBadPathname, file->key,
                   "its directory " + file->directory.ToUtf8() + " cannot be resolved"));
       continue;
     }
-    if (options.flat)
-      relative = relative.substr(relative.rfind(u'/') + 1);
     Claimed claimed{file, {}};
     if (const std::uint32_t code = root.claim(relative, claimed.target, error)) {
       problems.push_back(problem(code, file->key, error));
@@ -277,21 +291,24 @@ bool ODLEXPackageFiles::Extract(const TalString& directory, const ODLEXExtractOp
   }
   for (const Claimed& claimed : uncompressed)
     extraction.uncompressed(claimed);
-  if (options.binary) {
-    for (const std::u16string& name : state_->database->streamNames()) {
-      for (std::u16string_view table : {u"Binary", u"Icon"}) {
-        const std::u16string prefix = std::u16string(table) + u".";
-        if (!name.starts_with(prefix))
-          continue;
-        std::filesystem::path target;
-        const std::uint32_t code =
-            root.claim(std::u16string(table) + u"/" + name.substr(prefix.size()), target, error);
-        if (code == engine::kSuccess)
-          extraction.stream(name, target);
-        else
-          problems.push_back(problem(code, TalString(name), error));
-      }
+}
+
+void ODLEXPackageFiles::writeBinaryStreams(odlex::package::ExtractRoot& root,
+                                           std::vector<TalError>& problems) {
+  Extraction extraction(*state_->database, state_->folder, problems);
+  std::string error;
+  for (const std::u16string& name : state_->database->streamNames()) {
+    for (std::u16string_view table : {u"Binary", u"Icon"}) {
+      const std::u16string prefix = std::u16string(table) + u".";
+      if (!name.starts_with(prefix))
+        continue;
+      std::filesystem::path target;
+      const std::uint32_t code =
+          root.claim(std::u16string(table) + u"/" + name.substr(prefix.size()), target, error);
+      if (code == engine::kSuccess)
+        extraction.stream(name, target);
+      else
+        problems.push_back(problem(code, TalString(name), error));
     }
   }
-  return problems.size() == before;
 }
