@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds the fuzz targets with clang in build-fuzz and runs the package target for SECONDS
 # (default 60, from the seeds in fuzz/corpus), and the formatted-text, table-text (.idt),
-# query, certificate, signature and message-catalog targets each for a tenth of that, at least 5 seconds (from fuzz/<name>-corpus). Exits non-zero when a fuzzer finds a crash, a
+# query, certificate, signature, message-catalog and cabinet targets each for a tenth of that,
+# at least 5 seconds (from fuzz/<name>-corpus). Exits non-zero when a fuzzer finds a crash, a
 # sanitizer report, a leak or a hang; the input that did it is left in build-fuzz/artifacts.
 #
 #   fuzz/run.sh [SECONDS]
@@ -14,7 +15,8 @@ cmake -S "$root" -B "$build" -DCMAKE_CXX_COMPILER=clang++ \
   -DCMAKE_BUILD_TYPE=RelWithDebInfo -DODLEX_BUILD_FUZZ=ON -DODLEX_BUILD_TESTS=OFF \
   -DODLEX_BUILD_TOOLS=OFF
 cmake --build "$build" --target odlex_fuzz_package odlex_fuzz_format odlex_fuzz_idt \
-  odlex_fuzz_query odlex_fuzz_certificate odlex_fuzz_signature odlex_fuzz_messages -j2
+  odlex_fuzz_query odlex_fuzz_certificate odlex_fuzz_signature odlex_fuzz_messages \
+  odlex_fuzz_cabinet -j2
 
 # Sanitizer reports with a stack, so a failure in CI can be read without rerunning it.
 export UBSAN_OPTIONS="print_stacktrace=1${UBSAN_OPTIONS:+:$UBSAN_OPTIONS}"
@@ -27,8 +29,8 @@ mkdir -p "$build/corpus" "$build/artifacts"
   -artifact_prefix="$build/artifacts/" -print_final_stats=1
 
 # Formatted text (nesting and escapes), table text files, queries, certificates, signed
-# files and message catalogs: short inputs.
-for target in format idt query certificate signature messages; do
+# files, message catalogs and cabinets: short inputs.
+for target in format idt query certificate signature messages cabinet; do
   mkdir -p "$build/$target-corpus"
   "$build/fuzz/odlex_fuzz_$target" "$build/$target-corpus" "$root/fuzz/$target-corpus" \
     -max_total_time="$(( seconds / 10 > 5 ? seconds / 10 : 5 ))" -rss_limit_mb=2048 \

@@ -21,6 +21,7 @@
 #include <odlex/msi/MSIView.h>
 #include <odlex/msi/Nullable.h>
 #include <odlex/msi/eSchemaVersion.h>
+#include <odlex/package/ODLEXPackageFiles.h>
 #include <odlex/signature/MsiDigitalFileSignatureInfo.h>
 #include <odlex/signature/MsiDigitalSignatureInfo.h>
 #include <odlex/support/CaseMapping.h>

@@ -76,6 +76,7 @@ void addSignatureCommands(Commands& commands);
 void addSummaryCommands(Commands& commands);
 void addSearchCommands(Commands& commands);
 void addProductTableCommands(Commands& commands);
+void addFileCommands(Commands& commands);
 // The manual and shell completion, made from the commands of `app`.
 void addManualCommands(Commands& commands, const CLI::App& app);
 

@@ -227,6 +227,10 @@ class ODLEXDatabase : public RWCollectable {
   // Each package of the ";"-separated list in turn (empty entries skipped), all of them even
   // after a failure; true when every one was true.
   static bool DoAdministrativeInstall(const TalString& packagePaths);
+  // Makes the administrative image of one package in `directory` by itself, with no installer
+  // program: what ODLEXPackageFiles::MakeAdministrativeImage writes. True when every file and
+  // the image's package were written. Part of the package operations (the odlex_package layer).
+  static bool MakeAdministrativeImage(const TalString& packagePath, const TalString& directory);
   // The installer's command-line program: a path, or a name looked up on PATH. "msiexec" until
   // set; an empty text restores that.
   static void SetInstallerProgram(const TalString& program);

@@ -76,6 +76,11 @@ class Database {
   std::shared_ptr<const storage::StreamSource> streamSource(std::u16string_view name,
                                                             Error& error) const;
   void setStream(std::u16string name, std::vector<std::uint8_t> data);
+  // Sets (adds or replaces) the stream `name` to the bytes of `source`, which are read only when
+  // the database is saved or the stream read: a large stream made elsewhere (a cabinet written
+  // to a file) joins the package without being held in memory. REQUIRES: `source` stays
+  // readable until the database has been saved or the stream replaced.
+  void setStreamSource(std::u16string name, std::shared_ptr<const storage::StreamSource> source);
   bool removeStream(std::u16string_view name);
 
   // Sub-storages of the _Storages table (embedded transforms and the like).
@@ -104,13 +109,14 @@ class Database {
 
  private:
   static constexpr std::uint32_t kNoEntry = UINT32_MAX;
-  // A stream of the _Streams table. Its contents are either still in the opened file (entry)
-  // or were set in memory (data).
+  // A stream of the _Streams table. Its contents are either still in the opened file (entry),
+  // were set in memory (data), or are read from a source set by the caller (source).
   struct StreamSlot {
     std::u16string name;        // decoded name, as the _Streams table shows it
     std::u16string storedName;  // name in the container; empty for a new stream
     std::uint32_t entry = kNoEntry;
     std::optional<std::vector<std::uint8_t>> data;
+    std::shared_ptr<const storage::StreamSource> source;  // set by setStreamSource
   };
   struct StorageSlot {
     std::u16string name;

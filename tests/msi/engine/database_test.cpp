@@ -85,6 +85,31 @@ TEST(DatabaseRoundTrip, TablesRowsStreamsAndNullsSurviveSaveAndReopen) {
   EXPECT_EQ(data, (std::vector<std::uint8_t>{1, 2, 3}));
 }
 
+TEST(DatabaseRoundTrip, AStreamSetFromAFileIsSavedWithTheFilesBytes) {
+  test::TempDir dir;
+  std::vector<std::uint8_t> bytes(300000);
+  for (std::size_t i = 0; i < bytes.size(); ++i)
+    bytes[i] = static_cast<std::uint8_t>(i * 7 % 253);
+  std::ofstream(dir / "cabinet", std::ios::binary)
+      .write(reinterpret_cast<const char*>(bytes.data()),
+             static_cast<std::streamsize>(bytes.size()));
+  auto db = openOrFail(dir / "new.msi", OpenMode::kCreate);
+  std::string reason;
+  // Replacing a stream set in memory, and adding a new one.
+  db->setStream(u"replaced.cab", {9});
+  for (const char16_t* name : {u"replaced.cab", u"added.cab"})
+    db->setStreamSource(name,
+                        storage::fileSource(storage::FileSystem::real(), dir / "cabinet", reason));
+  Error error;
+  ASSERT_EQ(db->commit(error), kSuccess) << error.text;
+  auto back = openOrFail(dir / "new.msi", OpenMode::kReadOnly);
+  for (const char16_t* name : {u"replaced.cab", u"added.cab"}) {
+    std::vector<std::uint8_t> data;
+    ASSERT_TRUE(back->readStream(name, data, error)) << error.text;
+    EXPECT_EQ(data, bytes);
+  }
+}
+
 TEST(DatabaseRoundTrip, UnchangedDatabaseIsWrittenIdentically) {
   test::TempDir dir;
   auto db = openOrFail(dir / "a.msi", OpenMode::kCreate);

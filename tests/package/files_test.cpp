@@ -1,0 +1,256 @@
+#include <odlex/database/ODLEXDatabase.h>
+#include <odlex/package/ODLEXPackageFiles.h>
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+#include "common/Oracle.h"
+#include "common/Packages.h"
+#include "common/TempDir.h"
+#include "package/cabinet/Cabinet.h"
+
+namespace odlex::package {
+namespace {
+
+namespace fs = std::filesystem;
+using test::readFileBytes;
+using test::runProcess;
+using test::TempDir;
+using test::writeFileBytes;
+
+// Every regular file under `dir` by its path relative to `dir`, with its bytes.
+std::map<std::string, std::string> filesUnder(const fs::path& dir) {
+  std::map<std::string, std::string> files;
+  for (const auto& entry : fs::recursive_directory_iterator(dir)) {
+    if (entry.is_regular_file())
+      files[fs::relative(entry.path(), dir).string()] = readFileBytes(entry.path());
+  }
+  return files;
+}
+
+// Extracts every file of `package` into `dir`; fails the test on any problem.
+void extractAll(const fs::path& package, const fs::path& dir) {
+  TalError error;
+  std::unique_ptr<ODLEXPackageFiles> files =
+      ODLEXPackageFiles::Open(TalString::FromUtf8(package.string()), error);
+  ASSERT_TRUE(files) << error.GetText().ToUtf8();
+  std::vector<TalError> problems;
+  EXPECT_TRUE(files->Extract(TalString::FromUtf8(dir.string()), {}, problems));
+  for (const TalError& problem : problems)
+    ADD_FAILURE() << problem.GetContext().ToUtf8() << ": " << problem.GetText().ToUtf8();
+}
+
+// A package imported by msibuild from the tables `idts` (name -> text) written into `dir`, with
+// the streams `streams` (name -> file).
+fs::path msibuildPackage(const fs::path& dir, const std::map<std::string, std::string>& idts,
+                         const std::map<std::string, fs::path>& streams = {}) {
+  std::vector<fs::path> files;
+  for (const auto& [name, text] : idts) {
+    writeFileBytes(dir / "idt" / (name + ".idt"), text);
+    files.push_back(dir / "idt" / (name + ".idt"));
+  }
+  const fs::path package = dir / "crafted.msi";
+  EXPECT_TRUE(test::msibuildImport(package, test::idtFilesIn(dir / "idt")));
+  for (const auto& [name, file] : streams) {
+    const test::ProcessResult run =
+        runProcess({"msibuild", package.string(), "-a", name, file.string()});
+    EXPECT_TRUE(run.ok()) << run.describe();
+  }
+  return package;
+}
+
+const char kDirectoryHeader[] =
+    "Directory\tDirectory_Parent\tDefaultDir\r\ns72\tS72\tl255\r\n"
+    "Directory\tDirectory\r\nTARGETDIR\t\tSourceDir\r\n";
+const char kComponentHeader[] =
+    "Component\tComponentId\tDirectory_\tAttributes\tCondition\tKeyPath\r\n"
+    "s72\tS38\ts72\ti2\tS255\tS72\r\nComponent\tComponent\r\n";
+const char kFileHeader[] =
+    "File\tComponent_\tFileName\tFileSize\tVersion\tLanguage\tAttributes\tSequence\r\n"
+    "s72\ts72\tl255\ti4\tS72\tS20\tI2\ti4\r\nFile\tFile\r\n";
+const char kMediaHeader[] =
+    "DiskId\tLastSequence\tDiskPrompt\tCabinet\tVolumeLabel\tSource\r\n"
+    "i2\ti4\tL64\tS255\tS32\tS72\r\nMedia\tDiskId\r\n";
+
+std::string summaryIdt(int wordCount) {
+  return "PropertyId\tValue\r\ni2\tl255\r\n_SummaryInformation\tPropertyId\r\n"
+         "7\tIntel;1033\r\n9\t{9C0B2A3D-1E4F-4A5B-8C6D-7E8F9A0B1C2D}\r\n14\t200\r\n15\t" +
+         std::to_string(wordCount) + "\r\n";
+}
+
+const char kExternalCabinetWxs[] = R"(<?xml version="1.0" encoding="utf-8"?>
+<Wix xmlns="http://schemas.microsoft.com/wix/2006/wi">
+  <Product Id="8E3B6C5A-3D1F-4C2B-9A11-6F0E2D4B7C20" Name="External" Language="1033"
+           Version="1.0.0" Manufacturer="Odlex" UpgradeCode="4A7F2C91-0B3E-4D6A-8C55-1E9F3A2B6D50">
+    <Package InstallerVersion="200" Compressed="yes" />
+    <Media Id="1" Cabinet="outside.cab" EmbedCab="no" />
+    <Directory Id="TARGETDIR" Name="SourceDir">
+      <Directory Id="Top" Name="A Long Folder Name">
+        <Component Id="C1" Guid="1F0C8C2E-7B64-4C2D-8E5A-2B9D3F4A6C21">
+          <File Id="F1" Name="A Long File Name.txt" Source="F1" />
+        </Component>
+        <Directory Id="Sub" Name="sub">
+          <Component Id="C2" Guid="1F0C8C2E-7B64-4C2D-8E5A-2B9D3F4A6C22">
+            <File Id="F2" Name="two.bin" Source="F2" />
+          </Component>
+        </Directory>
+      </Directory>
+    </Directory>
+    <Feature Id="F" Level="1"><ComponentRef Id="C1" /><ComponentRef Id="C2" /></Feature>
+  </Product>
+</Wix>
+)";
+
+// wixl refers to the external cabinet without writing it; gcab makes it from the files, which
+// are named after their keys as a package's cabinet names its members.
+fs::path wixlExternalCabinet(const fs::path& dir) {
+  writeFileBytes(dir / "F1", "one\r\n");
+  writeFileBytes(dir / "F2", std::string(70000, '\x02'));
+  writeFileBytes(dir / "external.wxs", kExternalCabinetWxs);
+  for (const std::vector<std::string>& argv :
+       {std::vector<std::string>{"wixl", "-o", "external.msi", "external.wxs"},
+        {"gcab", "-c", "-z", "-n", "outside.cab", "F1", "F2"}}) {
+    const test::ProcessResult run = runProcess(argv, dir);
+    EXPECT_TRUE(run.ok()) << run.describe();
+  }
+  return dir / "external.msi";
+}
+
+// Uncompressed: the files lie beside the package in the source layout (long names).
+fs::path msibuildUncompressed(const fs::path& dir) {
+  writeFileBytes(dir / "Long Dir" / "inner" / "Long Name.txt", "uncompressed one");
+  writeFileBytes(dir / "Long Dir" / "two.txt", "uncompressed two");
+  return msibuildPackage(
+      dir,
+      {{"Directory", std::string(kDirectoryHeader) + "Top\tTARGETDIR\tLONGDI~1|Long Dir\r\n"
+                                                     "Inner\tTop\tinner\r\n"},
+       {"Component", std::string(kComponentHeader) + "C1\t\tInner\t0\t\t\r\n"
+                                                     "C2\t\tTop\t0\t\t\r\n"},
+       {"File", std::string(kFileHeader) + "F1\tC1\tLONGNA~1.TXT|Long Name.txt\t16\t\t\t0\t1\r\n"
+                                           "F2\tC2\ttwo.txt\t16\t\t\t0\t2\r\n"},
+       {"Media", std::string(kMediaHeader) + "1\t2\t\t\t\t\r\n"},
+       {"_SummaryInformation", summaryIdt(0)}});
+}
+
+// The files msiextract takes out of `package` (from its cabinets).
+std::map<std::string, std::string> msiextractFiles(const fs::path& package, const fs::path& dir) {
+  const test::ProcessResult run = runProcess({"msiextract", "-C", dir.string(), package.string()});
+  EXPECT_TRUE(run.ok()) << run.describe();
+  return filesUnder(dir);
+}
+
+TEST(PackageFiles, ExtractGivesTheFilesOfEveryLayout) {
+  struct Case {
+    const char* name;
+    std::function<fs::path(const fs::path&)> build;
+    // What extraction must give; msiextract's files when not given (it skips uncompressed
+    // files, so those are checked against the sources beside the package).
+    std::map<std::string, std::string> expected;
+  };
+  const Case cases[] = {
+      {"wixl, embedded cabinet",
+       [](const fs::path&) { return test::testPackage(test::PackageKind::kWixl).file; },
+       {}},
+      {"wixl, external cabinet", wixlExternalCabinet, {}},
+      {"msibuild, uncompressed",
+       msibuildUncompressed,
+       {{"Long Dir/inner/Long Name.txt", "uncompressed one"},
+        {"Long Dir/two.txt", "uncompressed two"}}},
+  };
+  for (const Case& test : cases) {
+    SCOPED_TRACE(test.name);
+    TempDir dir;
+    const fs::path package = test.build(dir.path());
+    ASSERT_FALSE(package.empty());
+    const std::map<std::string, std::string> expected =
+        test.expected.empty() ? msiextractFiles(package, dir / "theirs") : test.expected;
+    EXPECT_FALSE(expected.empty());
+    extractAll(package, dir / "ours");
+    EXPECT_EQ(filesUnder(dir / "ours"), expected);
+  }
+}
+
+TEST(PackageFiles, HostileOrBrokenFilesAreReportedAndNothingLeavesTheFolder) {
+  TempDir dir;
+  // File key -> what extracting it gives: 0 written, else the problem's code.
+  const std::map<std::string, unsigned> expected = {
+      {"Good", 0},    {"Good2", 183},    {"UpDir", 161},    {"Backslash", 161}, {"Device", 161},
+      {"Drive", 161}, {"Absolute", 161}, {"WrongSize", 13}, {"NotInCab", 2},    {"Empty", 161},
+  };
+  std::string files = kFileHeader;
+  auto addFile = [&](const std::string& key, const std::string& component, const std::string& name,
+                     int size, int sequence) {
+    files += key + "\t" + component + "\t" + name + "\t" + std::to_string(size) + "\t\t\t0\t" +
+             std::to_string(sequence) + "\r\n";
+  };
+  addFile("Good", "App", "good.txt", 4, 1);
+  addFile("Good2", "App", "GOOD.TXT", 4, 2);
+  addFile("UpDir", "Up", "evil.txt", 4, 3);
+  addFile("Backslash", "App", "x\\..\\..\\evil.txt", 4, 4);
+  addFile("Device", "App", "CON.txt", 4, 5);
+  addFile("Drive", "Drive", "evil.txt", 4, 6);
+  addFile("Absolute", "Root", "evil.txt", 4, 7);
+  addFile("WrongSize", "App", "size.txt", 5, 8);
+  addFile("NotInCab", "App", "missing.txt", 4, 9);
+  addFile("Empty", "Blank", "evil.txt", 4, 10);
+  CabinetWriter cabinet;
+  writeFileBytes(dir / "payload", "data");
+  for (const auto& [key, code] : expected) {
+    if (key != "NotInCab")
+      cabinet.add(key, dir / "payload");
+  }
+  std::string error;
+  ASSERT_TRUE(cabinet.write(dir / "hostile.cab", error)) << error;
+  const fs::path package = msibuildPackage(
+      dir.path(),
+      {{"Directory", std::string(kDirectoryHeader) + "AppDir\tTARGETDIR\tapp\r\n"
+                                                     "UpDir\tTARGETDIR\t..\r\n"
+                                                     "DriveDir\tTARGETDIR\tC:\r\n"
+                                                     "RootDir\tAppDir\t/\r\n"
+                                                     "BlankDir\tAppDir\t|\r\n"},
+       {"Component", std::string(kComponentHeader) + "App\t\tAppDir\t0\t\t\r\n"
+                                                     "Up\t\tUpDir\t0\t\t\r\n"
+                                                     "Drive\t\tDriveDir\t0\t\t\r\n"
+                                                     "Root\t\tRootDir\t0\t\t\r\n"
+                                                     "Blank\t\tBlankDir\t0\t\t\r\n"},
+       {"File", files},
+       {"Media", std::string(kMediaHeader) + "1\t10\t\t#hostile.cab\t\t\r\n"},
+       {"_SummaryInformation", summaryIdt(2)}},
+      {{"hostile.cab", dir / "hostile.cab"}});
+  const auto before = filesUnder(dir.path());
+  TalError openError;
+  std::unique_ptr<ODLEXPackageFiles> opened =
+      ODLEXPackageFiles::Open(TalString::FromUtf8(package.string()), openError);
+  ASSERT_TRUE(opened) << openError.GetText().ToUtf8();
+  std::vector<TalError> problems;
+  EXPECT_FALSE(opened->Extract(TalString::FromUtf8((dir / "out" / "in").string()), {}, problems));
+  std::map<std::string, unsigned> outcome;
+  for (const auto& [key, code] : expected)
+    outcome[key] = 0;
+  for (const TalError& problem : problems)
+    outcome[problem.GetContext().ToUtf8()] = problem.GetCode();
+  EXPECT_EQ(outcome, expected);
+  std::map<std::string, std::string> after = filesUnder(dir.path());
+  EXPECT_EQ(after.erase("out/in/app/good.txt"), 1u);
+  EXPECT_EQ(after, before);
+}
+
+TEST(PackageFiles, AdministrativeImageInstallsLikeTheOriginal) {
+  TempDir dir;
+  const fs::path original = test::testPackage(test::PackageKind::kWixl).file;
+  ASSERT_FALSE(original.empty());
+  ASSERT_TRUE(ODLEXDatabase::MakeAdministrativeImage(
+      TalString::FromUtf8(original.string()), TalString::FromUtf8((dir / "image").string())));
+  const fs::path image = dir / "image" / original.filename();
+  const std::vector<std::string> summary = test::splitLines(test::msiinfoSuminfo(image).out);
+  EXPECT_NE(std::find(summary.begin(), summary.end(), "Source: 4 (4)"), summary.end());
+  EXPECT_EQ(test::msiinfoRows(image, "Media"), std::vector<std::string>{"1\t5\t\t\t\t"});
+  EXPECT_EQ(test::msiinfoStreams(image).out.find("product.cab"), std::string::npos);
+  extractAll(original, dir / "from-original");
+  extractAll(image, dir / "from-image");
+  EXPECT_EQ(filesUnder(dir / "from-image"), filesUnder(dir / "from-original"));
+}
+
+}  // namespace
+}  // namespace odlex::package

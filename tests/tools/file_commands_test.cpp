@@ -1,0 +1,55 @@
+// The plumbing of files list and extract: output shapes, exit statuses and the problem report.
+// What the files are and where they go is checked by the library's tests.
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "common/Oracle.h"
+#include "common/Packages.h"
+#include "common/TempDir.h"
+
+namespace odlex::test {
+namespace {
+
+std::string wixlPackage() {
+  const BuiltPackage& built = testPackage(PackageKind::kWixl);
+  EXPECT_FALSE(built.file.empty()) << built.error;
+  return built.file.string();
+}
+
+TEST(OdlexFiles, ListGivesEightFieldsPerFileAndTheDocumentedJsonKeys) {
+  const std::vector<std::string> lines = splitLines(odlexOutput({"files", wixlPackage()}));
+  ASSERT_EQ(lines.size(), 5u);
+  for (const std::string& line : lines)
+    EXPECT_EQ(std::count(line.begin(), line.end(), '\t'), 7) << line;
+  const nlohmann::json document =
+      nlohmann::json::parse(odlexOutput({"files", "list", wixlPackage(), "--json"}));
+  ASSERT_EQ(document.at("files").size(), 5u);
+  std::vector<std::string> keys;
+  for (const auto& [key, value] : document["files"][0].items())
+    keys.push_back(key);
+  EXPECT_EQ(keys, (std::vector<std::string>{"attributes", "component", "directory", "key",
+                                            "language", "location", "path", "sequence", "size",
+                                            "source", "version"}));
+}
+
+TEST(OdlexFiles, ExtractReportsEachFileItCannotWriteAndFails) {
+  TempDir dir;
+  const std::string out = (dir / "out").string();
+  EXPECT_TRUE(runOdlex({"extract", wixlPackage(), out, "--file", "Readme"}).ok());
+  // Again: the file is there now and is not overwritten.
+  const ProcessResult again =
+      runOdlex({"extract", wixlPackage(), out, "--file", "Readme", "--json"});
+  EXPECT_EQ(again.exitCode, 1);
+  EXPECT_TRUE(again.err.starts_with("odlex: Readme: ")) << again.err;
+  EXPECT_NE(again.err.find("(error 183)\n"), std::string::npos) << again.err;
+  const nlohmann::json document = nlohmann::json::parse(again.out);
+  ASSERT_EQ(document.at("problems").size(), 1u);
+  EXPECT_EQ(document["problems"][0].at("file"), "Readme");
+  EXPECT_EQ(document["problems"][0].at("code"), 183);
+  EXPECT_EQ(runOdlex({"extract", wixlPackage()}).exitCode, 2);
+}
+
+}  // namespace
+}  // namespace odlex::test
