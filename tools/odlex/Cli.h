@@ -70,6 +70,7 @@ void addInfoCommands(Commands& commands);
 void addGuidCommands(Commands& commands);
 void addAdminInstallCommand(Commands& commands);
 void addSignatureCommands(Commands& commands);
+void addMergeCommands(Commands& commands);
 // The manual and shell completion, made from the commands of `app`.
 void addManualCommands(Commands& commands, const CLI::App& app);
 
