@@ -19,8 +19,10 @@ add_library(odlex_static STATIC ${odlex_objects})
 set_target_properties(odlex_shared PROPERTIES OUTPUT_NAME odlex EXPORT_NAME odlex
   VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
 set_target_properties(odlex_static PROPERTIES OUTPUT_NAME odlex EXPORT_NAME odlex_static)
-target_link_libraries(odlex_shared PRIVATE PkgConfig::PCRE2 OpenSSL::Crypto)
-target_link_libraries(odlex_static INTERFACE $<INSTALL_INTERFACE:pcre2-16> $<INSTALL_INTERFACE:crypto>)
+target_link_libraries(odlex_shared PRIVATE PkgConfig::PCRE2 OpenSSL::Crypto PkgConfig::GCAB)
+target_link_libraries(odlex_static INTERFACE $<INSTALL_INTERFACE:pcre2-16> $<INSTALL_INTERFACE:crypto>
+  $<INSTALL_INTERFACE:gcab-1.0> $<INSTALL_INTERFACE:gio-2.0> $<INSTALL_INTERFACE:gobject-2.0>
+  $<INSTALL_INTERFACE:glib-2.0>)
 foreach(library odlex_shared odlex_static)
   target_include_directories(${library} INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
   target_compile_features(${library} INTERFACE cxx_std_20)

@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
   cmake make g++ pkg-config           # build
-  libpcre2-dev libssl-dev             # product dependencies
+  libpcre2-dev libssl-dev libgcab-dev # product dependencies
   libcli11-dev nlohmann-json3-dev     # the tool's command line and JSON output
   ninja-build                         # faster builds where CMake can use it
   libgtest-dev libgmock-dev           # tests

@@ -52,6 +52,11 @@ class StreamSource {
 // A source over bytes held in memory.
 std::shared_ptr<const StreamSource> memorySource(std::vector<std::uint8_t> bytes);
 
+// A source over the file `path` as it is now, read a piece at a time while the source lives;
+// null with the reason when the file cannot be opened.
+std::shared_ptr<const StreamSource> fileSource(FileSystem& fs, const std::filesystem::path& path,
+                                               std::string& error);
+
 // Writes all of `source` to a new file `path` (replacing what is there), a piece at a time.
 bool writeStreamToFile(FileSystem& fs, const std::filesystem::path& path,
                        const StreamSource& source, const NewFileOptions& options,

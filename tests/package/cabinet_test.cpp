@@ -1,0 +1,160 @@
+#include "package/cabinet/Cabinet.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+#include "common/Oracle.h"
+#include "common/TempDir.h"
+
+namespace odlex::package {
+namespace {
+
+namespace fs = std::filesystem;
+using test::readFileBytes;
+using test::TempDir;
+using test::writeFileBytes;
+
+// Bytes that compress poorly, so a member spans several of the cabinet's 32 KiB data blocks.
+std::string noise(std::size_t length, std::uint32_t seed) {
+  std::string bytes(length, '\0');
+  for (char& byte : bytes) {
+    seed = seed * 1103515245 + 12345;
+    byte = static_cast<char>(seed >> 16);
+  }
+  return bytes;
+}
+
+std::shared_ptr<const storage::StreamSource> sourceOf(const fs::path& file) {
+  const std::string bytes = readFileBytes(file);
+  return storage::memorySource(std::vector<std::uint8_t>(bytes.begin(), bytes.end()));
+}
+
+// Every member of the cabinet `file` by name, with its bytes; fails the test when it cannot be
+// read.
+std::map<std::string, std::string> extractAll(const fs::path& file) {
+  std::string error;
+  std::unique_ptr<CabinetReader> reader = CabinetReader::open(sourceOf(file), error);
+  EXPECT_TRUE(reader) << error;
+  std::map<std::string, std::string> contents;
+  if (!reader)
+    return contents;
+  TempDir scratch;
+  const bool extracted = reader->extract(
+      scratch.path(), [](std::size_t) { return true; },
+      [&](std::size_t member, const fs::path& path, std::string&) {
+        contents[reader->members()[member].name] = readFileBytes(path);
+        return true;
+      },
+      error);
+  EXPECT_TRUE(extracted) << error;
+  return contents;
+}
+
+TEST(Cabinet, WrittenMembersReadBackByteForByte) {
+  const std::vector<std::map<std::string, std::string>> cases = {
+      {{"one", "hello"}},
+      {{"empty", ""}, {"after.empty", "x"}},
+      {{"large", noise(200000, 1)}, {"small", "abc"}, {"repeated", std::string(100000, 'z')}},
+  };
+  for (const auto& members : cases) {
+    TempDir dir;
+    CabinetWriter writer;
+    for (const auto& [name, bytes] : members) {
+      writeFileBytes(dir / ("in-" + name), bytes);
+      writer.add(name, dir / ("in-" + name));
+    }
+    std::string error;
+    ASSERT_TRUE(writer.write(dir / "out.cab", error)) << error;
+    EXPECT_EQ(extractAll(dir / "out.cab"), members);
+  }
+}
+
+TEST(Cabinet, ReadsCabinetsOfAnotherWriter) {
+  for (const std::vector<std::string>& options : {std::vector<std::string>{}, {"-z"}}) {
+    TempDir dir;
+    const std::map<std::string, std::string> members = {{"a.txt", "alpha"},
+                                                        {"b.bin", noise(70000, 7)}};
+    for (const auto& [name, bytes] : members)
+      writeFileBytes(dir / name, bytes);
+    std::vector<std::string> argv = {"gcab", "-c", "-n"};
+    argv.insert(argv.end(), options.begin(), options.end());
+    argv.insert(argv.end(), {"made.cab", "a.txt", "b.bin"});
+    const test::ProcessResult run = test::runProcess(argv, dir.path());
+    ASSERT_TRUE(run.ok()) << run.describe();
+    EXPECT_EQ(extractAll(dir / "made.cab"), members);
+  }
+}
+
+TEST(Cabinet, StoredNamesNeverBecomePaths) {
+  TempDir dir;
+  writeFileBytes(dir / "in", "payload");
+  CabinetWriter writer;
+  for (const char* name : {"../escape", "/absolute", "sub\\dir\\name", "CON", "a/b"})
+    writer.add(name, dir / "in");
+  std::string error;
+  ASSERT_TRUE(writer.write(dir / "hostile.cab", error)) << error;
+  const fs::path scratch = dir / "scratch";
+  fs::create_directory(scratch);
+  std::unique_ptr<CabinetReader> reader = CabinetReader::open(sourceOf(dir / "hostile.cab"), error);
+  ASSERT_TRUE(reader) << error;
+  ASSERT_TRUE(reader->extract(
+      scratch, [](std::size_t) { return true; },
+      [](std::size_t, const fs::path&, std::string&) { return true; }, error))
+      << error;
+  std::vector<std::string> made;
+  for (const auto& entry : fs::recursive_directory_iterator(dir.path()))
+    made.push_back(fs::relative(entry.path(), dir.path()).string());
+  std::sort(made.begin(), made.end());
+  EXPECT_EQ(made, (std::vector<std::string>{"hostile.cab", "in", "scratch", "scratch/0",
+                                            "scratch/1", "scratch/2", "scratch/3", "scratch/4"}));
+}
+
+TEST(Cabinet, OnlyWantedMembersAreDecompressed) {
+  TempDir dir;
+  CabinetWriter writer;
+  for (const char* name : {"first", "second", "third"}) {
+    writeFileBytes(dir / name, name);
+    writer.add(name, dir / name);
+  }
+  std::string error;
+  ASSERT_TRUE(writer.write(dir / "three.cab", error)) << error;
+  std::unique_ptr<CabinetReader> reader = CabinetReader::open(sourceOf(dir / "three.cab"), error);
+  ASSERT_TRUE(reader) << error;
+  std::vector<std::string> taken;
+  ASSERT_TRUE(reader->extract(
+      dir.path(), [](std::size_t member) { return member == 1; },
+      [&](std::size_t member, const fs::path& file, std::string&) {
+        taken.push_back(reader->members()[member].name + "=" + readFileBytes(file));
+        return true;
+      },
+      error))
+      << error;
+  EXPECT_EQ(taken, std::vector<std::string>{"second=second"});
+}
+
+TEST(Cabinet, DamagedCabinetsAreRefusedWithAReason) {
+  TempDir dir;
+  writeFileBytes(dir / "in", noise(100000, 3));
+  CabinetWriter writer;
+  writer.add("member", dir / "in");
+  std::string error;
+  ASSERT_TRUE(writer.write(dir / "good.cab", error)) << error;
+  const std::string good = readFileBytes(dir / "good.cab");
+  // Header cut short, file entry cut short, data cut short, not a cabinet at all.
+  for (const std::string& bytes : {good.substr(0, 20), good.substr(0, 50),
+                                   good.substr(0, good.size() - 100), std::string(4096, 'M')}) {
+    writeFileBytes(dir / "bad.cab", bytes);
+    error.clear();
+    std::unique_ptr<CabinetReader> reader = CabinetReader::open(sourceOf(dir / "bad.cab"), error);
+    const bool extracted =
+        reader && reader->extract(
+                      dir.path(), [](std::size_t) { return true; },
+                      [](std::size_t, const fs::path&, std::string&) { return true; }, error);
+    EXPECT_FALSE(extracted) << bytes.size();
+    EXPECT_FALSE(error.empty()) << bytes.size();
+  }
+}
+
+}  // namespace
+}  // namespace odlex::package
