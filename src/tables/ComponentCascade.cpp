@@ -38,6 +38,12 @@ constexpr Reference kReferences[] = {
      u"DataSource_"},
 };
 
+// The tables of rows that belong to a component which the File step clears too: the
+// component's other work on the file system and its publication, which no step names.
+constexpr ODLEXTObject::typeID kFileStepCompanions[] = {
+    ODLEXTObject::eCreateFolder, ODLEXTObject::eDuplicateFile, ODLEXTObject::eMoveFile,
+    ODLEXTObject::ePublishComponent};
+
 using Keys = std::set<std::u16string>;
 
 std::u16string textOf(const MSIEntry& row, const char16_t* column) {
@@ -122,6 +128,11 @@ void deleteRowsOfComponent(ODLEXTObject& table, const MSIEComponent& component) 
     return row.GetComponentKey().u16() == key ||
            (isolated && textOf(row, u"Component_Application") == key);
   });
+  if (table.isA() != ODLEXTObject::eFile)
+    return;
+  for (ODLEXTObject::typeID companion : kFileStepCompanions)
+    if (ODLEXTObject* other = tableObject(table.GetDatabase(), companion))
+      deleteRowsOfComponent(*other, component);
 }
 
 }  // namespace odlex::tables

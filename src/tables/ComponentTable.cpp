@@ -28,13 +28,6 @@ bool isValidGuid(const TalString& guid) {
   return true;
 }
 
-// The long part of a "short|long" name.
-TalString longName(const TalString& name) {
-  const std::u16string& text = name.u16();
-  const std::size_t bar = text.find(u'|');
-  return bar == std::u16string::npos ? name : TalString(text.substr(bar + 1));
-}
-
 }  // namespace
 
 ODLEXComponentInfo::ODLEXComponentInfo(const MSIEComponent& row)
@@ -244,7 +237,7 @@ TalString ODLEXTComponent::GetKeyPathString(const MSIEComponent& c) {
     return TalString();
   try {
     if (IsKeyPathForFiles(c))
-      return longName(static_cast<MSIEFile&>(GetKeyPath(c)).GetFileName());
+      return ODLEXTFile::GetLongFileName(static_cast<MSIEFile&>(GetKeyPath(c)).GetFileName());
     return GetDatabase().GetRegistry().GetKeyPath(c.GetKeyPath());
   } catch (const ODLEXDatabaseError& error) {
     throw ODLEXDatabaseErrorWithEntry(kType, c, error);
@@ -338,12 +331,7 @@ void ODLEXTComponent::GetComponentsWithKeyRegistries(RWBTree& out, const RWBTree
 }
 
 bool ODLEXTComponent::DoesComponentHaveFiles(const MSIEComponent& c) {
-  for (RWCollectable* item : GetDatabase().GetFile().GetEntries()) {
-    const auto& file = static_cast<const MSIEFile&>(*item);
-    if (!file.IsDeleted() && file.GetComponent() == c.GetComponentID())
-      return true;
-  }
-  return false;
+  return GetDatabase().GetFile().DoesComponentHaveFiles(c);
 }
 
 void ODLEXTComponent::SetToComponentInfo(MSIEComponent& c, const ODLEXComponentInfo& info) {

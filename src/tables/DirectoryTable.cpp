@@ -1,6 +1,7 @@
 // The Directory table object: folders added by path, their paths in each form, the folder
 // properties paths start with, walks of the tree and short names set from a path.
 
+#include <algorithm>
 #include <map>
 #include <set>
 #include <string>
@@ -71,6 +72,11 @@ void insertBelow(const std::multimap<std::u16string, MSIEDirectory*>& children, 
 }
 
 }  // namespace
+
+bool ODLEXTDirectory::isPredefinedFolder(const TalString& key) {
+  const std::u16string bracketed = u"[" + key.u16() + u"]";
+  return std::ranges::find(kFolderProperties, bracketed) != std::end(kFolderProperties);
+}
 
 void ODLEXTDirectory::init() {
   if (!needsInit_)

@@ -6,6 +6,7 @@
 
 #include "odlex/database/ODLEXDatabase.h"
 #include "odlex/tables/ODLEXTables.h"
+#include "tables/RowQueries.h"
 
 namespace {
 
@@ -28,6 +29,63 @@ RWBTree& insertPermitted(ODLEXTObject& table, RWBTree& found, RWBTree& out, bool
 
 MSIEFeature& ODLEXTFeature::GetFeatureWithID(const TalString& id) {
   return FindOrThrow(GetTable().Find(id), ODLEXDatabaseError::eFeatureNotFound);
+}
+
+ODLEXFeatureInfo::ODLEXFeatureInfo(const MSIEFeature& row)
+    : parent(parentOf(row)),
+      title(row.GetTitle()),
+      description(row.GetDescription()),
+      display(row.GetDisplay()),
+      level(row.GetLevel()),
+      directory(row.GetDirectory()),
+      attributes(row.GetAttributes()) {}
+
+RWBTree& ODLEXTFeature::GetFeatures(RWBTree& out) {
+  return odlex::tables::collectLiveRows<MSIEFeature>(GetEntries(), out,
+                                                     [](const MSIEFeature&) { return true; });
+}
+
+ODLEXFeatureInfo ODLEXTFeature::GetFeatureInfoWithFeatureId(const TalString& id) {
+  return ODLEXFeatureInfo(GetFeatureWithID(id));
+}
+
+bool ODLEXTFeature::SetToFeatureInfo(MSIEFeature& feature, const ODLEXFeatureInfo& info) {
+  if (GetFeatureInfo(feature) == info)
+    return false;
+  if (!info.parent.u16().empty()) {
+    MSIEFeature* parent = Lookup(info.parent);
+    if (!parent)
+      return false;
+    RWBTree ancestors;
+    if (GetParents(ancestors, *parent, true).contains(&feature))
+      return false;
+  }
+  feature.SetFeatureParent(info.parent);
+  feature.SetTitle(info.title);
+  feature.SetDescription(info.description);
+  feature.SetDisplay(info.display);
+  feature.SetLevel(info.level);
+  feature.SetDirectory(info.directory);
+  feature.SetAttributes(info.attributes);
+  Revive(feature);
+  return true;
+}
+
+bool ODLEXTFeature::IsValid(const MSIEFeature& feature, unsigned int& code) {
+  const TalString parent(parentOf(feature));
+  if (!parent.u16().empty()) {
+    if (MSIEFeature* row = Lookup(parent)) {
+      RWBTree ancestors;
+      if (GetParents(ancestors, *row, false).contains(const_cast<MSIEFeature*>(&feature)))
+        code += 2;
+    } else {
+      code += 1;
+    }
+  }
+  if (!feature.GetDirectory().u16().empty() &&
+      !GetDatabase().GetDirectory().Lookup(feature.GetDirectory()))
+    code += 4;
+  return code == 0;
 }
 
 MSIEFeature& ODLEXTFeature::GetRoot() {

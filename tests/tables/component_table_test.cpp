@@ -1,7 +1,5 @@
-// The Component table object: deleting a component from the wixl package (with rows of the
-// other component tables added for two of its components) leaves no row naming it or its
-// file, and leaves the other components whole; adding, validity, change and the attribute
-// record.
+// The Component table object: deleting a component removes exactly its rows and what hangs
+// off them; adding, validity, change, the attribute record and the schema gates.
 
 #include <algorithm>
 #include <string>
@@ -9,98 +7,79 @@
 #include <vector>
 
 #include "common/DatabaseTest.h"
+#include "common/IdtText.h"
+#include "common/Oracle.h"
+#include "common/Packages.h"
 #include "tables/TableTestSupport.h"
 
 namespace odlex::test {
 namespace {
 
-using Cells = std::vector<std::pair<const char16_t*, const char16_t*>>;
+class ComponentTableTest : public DatabaseTest {};
 
-// Adds `row` with the text of `cells` (decimal text for integer columns) through `table`.
-template <class Table, class Row>
-void addWith(Table& table, Row row, const Cells& cells) {
-  for (const auto& [column, value] : cells)
-    ASSERT_TRUE(row.SetColumn(column, MSIRecordColumn::String(value)))
-        << TalString(column).ToUtf8();
-  addRow(table, row);
+// The first cell of each row of `table` in `package`, sorted; none when the table is not there.
+std::vector<std::string> firstCells(const std::filesystem::path& package, const std::string& table,
+                                    const std::vector<std::string>& tables) {
+  std::vector<std::string> cells;
+  if (std::ranges::count(tables, table) == 0)
+    return cells;
+  for (const std::string& line : msiinfoRows(package, table))
+    cells.push_back(splitCells(line).front());
+  std::ranges::sort(cells);
+  return cells;
 }
 
-// Rows of the component MainExecutable (file MainExe) and of ReadmeDoc (file Readme) in the
-// tables that refer to components and files, beside those wixl wrote (the files' MsiFileHash
-// rows among them).
-void addComponentRows(ODLEXDatabase& db) {
-  addWith(db.GetFont(), MSIEFont(u"MainExe"), {});
-  addWith(db.GetFont(), MSIEFont(u"Readme"), {});
-  addWith(db.GetSelfReg(), MSIESelfReg(u"MainExe"), {});
-  // A copy of MainExe made by another component goes with the file.
-  addWith(db.GetDuplicateFile(), MSIEDuplicateFile(u"CopyOfMain"),
-          {{u"Component_", u"ReadmeDoc"}, {u"File_", u"MainExe"}});
-  const char16_t* clsid = u"{11111111-2222-3333-4444-555555555555}";
-  addWith(db.GetClass(), MSIEClass(clsid, u"LocalServer32", u"MainExecutable"),
-          {{u"Feature_", u"Complete"}});
-  addWith(db.GetProgId(), MSIEProgId(u"Odlex.App.1"), {{u"Class_", clsid}});
-  addWith(db.GetProgId(), MSIEProgId(u"Odlex.App"), {{u"ProgId_Parent", u"Odlex.App.1"}});
-  addWith(db.GetExtension(), MSIEExtension(u"odx", u"MainExecutable"),
-          {{u"ProgId_", u"Odlex.App.1"}, {u"Feature_", u"Complete"}});
-  addWith(db.GetExtension(), MSIEExtension(u"odt", u"ReadmeDoc"),
-          {{u"Feature_", u"Documentation"}});
-  addWith(db.GetVerb(), MSIEVerb(u"odx", u"open"), {});
-  addWith(db.GetVerb(), MSIEVerb(u"odt", u"open"), {});
-  addWith(db.GetODBCDriver(), MSIEODBCDriver(u"Driver"),
-          {{u"Component_", u"MainExecutable"}, {u"Description", u"d"}, {u"File_", u"MainExe"}});
-  addWith(db.GetODBCAttribute(), MSIEODBCAttribute(u"Driver", u"CPTimeout"), {});
-  addWith(db.GetEnvironment(), MSIEEnvironment(u"MainPath"),
-          {{u"Name", u"PATH"}, {u"Component_", u"MainExecutable"}});
-  addWith(db.GetEnvironment(), MSIEEnvironment(u"DocPath"),
-          {{u"Name", u"DOCS"}, {u"Component_", u"ReadmeDoc"}});
-  addWith(db.GetTypeLib(),
-          MSIETypeLib(u"{66666666-7777-8888-9999-000000000000}", 0, u"MainExecutable"),
-          {{u"Feature_", u"Complete"}});
-}
-
-class ComponentTableTest : public DatabaseTest {
- protected:
-  std::filesystem::path wixl_ = file("wixl.msi");
-};
-
-std::vector<std::string> fieldsOf(const std::string& line) {
-  std::vector<std::string> fields;
-  std::size_t start = 0;
-  for (std::size_t tab; (tab = line.find('\t', start)) != std::string::npos; start = tab + 1)
-    fields.push_back(line.substr(start, tab - start));
-  fields.push_back(line.substr(start));
-  return fields;
-}
-
-TEST_F(ComponentTableTest, DeleteLeavesNoRowNamingTheComponentOrItsFiles) {
-  ODLEXDatabase& db = openWixl();
-  addComponentRows(db);
+// The package of tests/oracle/fixtures/cascade, built by msibuild: components App (files AppExe
+// and AppDll), Docs (DocFile) and Tools (ToolExe), each with rows in the tables of the cascade
+// and rows hanging off those; App is in features Main and Manuals. Deleting App leaves exactly
+// the rows of the others, which the saved file shows to msiinfo. A copy of AppExe that Docs
+// makes goes with the file; App's FeatureComponents rows stay.
+TEST_F(ComponentTableTest, DeleteRemovesExactlyTheComponentsRows) {
+  const std::filesystem::path package = file("cascade.msi");
+  ASSERT_TRUE(msibuildImport(package, idtFilesIn(fixturePath("cascade"))));
+  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package));
   ODLEXTComponent& components = db.GetComponent();
-  components.Delete(components.GetComponentWithID(u"MainExecutable"));
+  components.Delete(components.GetComponentWithID(u"App"));
   ASSERT_TRUE(db.SaveChanges());
 
-  // Only FeatureComponents still names the component: unlinking is left to that table.
-  for (const std::string& table : msiinfoPersistentTables(wixl_)) {
-    for (const std::string& line : msiinfoRows(wixl_, table)) {
-      const std::vector<std::string> fields = fieldsOf(line);
-      const bool namesIt =
-          std::ranges::count(fields, "MainExecutable") + std::ranges::count(fields, "MainExe") > 0;
-      EXPECT_TRUE(!namesIt || table == "FeatureComponents") << table << ": " << line;
-    }
-  }
-  EXPECT_EQ(std::ranges::count(msiinfoRows(wixl_, "FeatureComponents"), "Complete\tMainExecutable"),
-            1);
-  // What belongs to the other components stays; a table left without rows is not written.
-  const std::vector<std::pair<std::string, std::size_t>> survivors = {
-      {"Component", 4}, {"File", 4},          {"Registry", 1},          {"Font", 1},
-      {"Extension", 1}, {"Verb", 1},          {"Environment", 1},       {"ProgId", 0},
-      {"Class", 0},     {"ODBCAttribute", 0}, {"FeatureComponents", 5},
+  using Keys = std::vector<std::string>;
+  const std::pair<std::string, Keys> survivors[] = {
+      {"Component", {"Docs", "Tools"}},
+      {"File", {"DocFile", "ToolExe"}},
+      {"Registry", {"DocReg", "ToolReg"}},
+      {"Shortcut", {"DocShortcut"}},
+      {"ServiceInstall", {"DocSvc"}},
+      {"ServiceControl", {}},
+      {"Environment", {"DocEnv", "ToolEnv"}},
+      {"IniFile", {"DocIni"}},
+      {"RemoveIniFile", {}},
+      {"ODBCDriver", {}},
+      {"ODBCAttribute", {}},
+      {"ODBCDataSource", {"DocDS"}},
+      {"ODBCSourceAttribute", {"DocDS"}},
+      {"ODBCTranslator", {}},
+      {"Class", {"{BBBBBBBB-0000-4000-8000-000000000002}"}},
+      {"ProgId", {"Doc.File"}},
+      {"Extension", {"docx"}},
+      {"Verb", {"docx"}},
+      {"MIME", {}},
+      {"TypeLib", {"{BBBBBBBB-2222-4222-8222-222222222222}"}},
+      {"SelfReg", {}},
+      {"Font", {}},
+      {"MsiFileHash", {"DocFile"}},
+      {"BindImage", {}},
+      {"DuplicateFile", {"DocCopy"}},
+      {"MoveFile", {}},
+      {"CreateFolder", {"DocDir"}},
+      {"PublishComponent", {"{F0000000-0000-4000-8000-000000000002}"}},
+      {"RemoveFile", {}},
+      {"RemoveRegistry", {}},
+      {"ReserveCost", {}},
+      {"FeatureComponents", {"Main", "Main", "Manuals", "Manuals"}},
   };
-  const std::vector<std::string> tables = msiinfoPersistentTables(wixl_);
-  for (const auto& [table, rows] : survivors) {
-    const bool written = std::ranges::count(tables, table) > 0;
-    EXPECT_EQ(written ? msiinfoRows(wixl_, table).size() : 0u, rows) << table;
-  }
+  const std::vector<std::string> tables = msiinfoPersistentTables(package);
+  for (const auto& [table, keys] : survivors)
+    EXPECT_EQ(firstCells(package, table, tables), keys) << table;
 }
 
 TEST_F(ComponentTableTest, AddSeveralIntoADirectory) {

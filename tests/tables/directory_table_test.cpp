@@ -83,5 +83,35 @@ TEST_F(DirectoryTableTest, AddedPathsWalksAndShortNames) {
   EXPECT_EQ(folders.GetTempEntries().entries(), 0u);
 }
 
+MSIEDirectory folder(const char16_t* key, const char16_t* parent, const char16_t* defaultDir) {
+  MSIEDirectory row(key);
+  row.SetDirectoryParent(parent);
+  row.SetDefaultDir(defaultDir);
+  return row;
+}
+
+// The idt package (INSTALLDIR "IDTPROD|Idt Product" > BinDir "bin", DocDir
+// "DOKUME~1|Dokumentation") against a copy of itself as a module, changed so that one key and
+// one path conflict, beside changes that must not.
+TEST_F(DirectoryTableTest, ConflictsWithAModule) {
+  ODLEXTDirectory& ours = openPackage().GetDirectory();
+  ODLEXDatabase& module = ODLEXDatabase::AddDatabaseToList(text(copyPackage("module.msm")));
+  EXPECT_EQ(utf8(ours.CheckDirectoryPaths(module, u"{DIR}")), "") << "the same folders";
+
+  ODLEXTDirectory& theirs = module.GetDirectory();
+  theirs.GetDirectoryWithID(u"BinDir").SetDefaultDir(u"binaries");
+  theirs.GetDirectoryWithID(u"ProgramFilesFolder").SetDefaultDir(u"PFiles");
+  theirs.Add(folder(u"ModDocs", u"INSTALLDIR", u"DOCUME~1|dokumentation"));
+  theirs.Add(folder(u"SameDocs", u"INSTALLDIR", u"dokume~1|DOKUMENTATION"));
+  std::vector<TalString> packageKeys, moduleKeys;
+  EXPECT_TRUE(ours.CheckForConflictingPaths(module, packageKeys, moduleKeys));
+  EXPECT_EQ(packageKeys, (std::vector<TalString>{u"BinDir", u"DocDir"}));
+  EXPECT_EQ(moduleKeys, (std::vector<TalString>{u"BinDir", u"ModDocs"}));
+  EXPECT_EQ(
+      utf8(ours.CheckDirectoryPaths(module, u"{DIR} ({DEFAULT}) / {MOD_DIR} ({MOD_DEFAULT})")),
+      "BinDir (bin) / BinDir (binaries)\n"
+      "DocDir (DOKUME~1|Dokumentation) / ModDocs (DOCUME~1|dokumentation)");
+}
+
 }  // namespace
 }  // namespace odlex::test

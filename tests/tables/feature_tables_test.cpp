@@ -65,5 +65,42 @@ TEST_F(FeatureTablesTest, WalksLinksAndUnlinking) {
   ODLEXDatabase::SetUserPermitsFunction(nullptr);
 }
 
+// An edit of a feature's attributes never breaks the tree; IsValid names what a damaged row
+// breaks.
+TEST_F(FeatureTablesTest, InfoEditsAndValidity) {
+  ODLEXTFeature& features = openWixl().GetFeature();
+  MSIEFeature& complete = features.GetRoot();
+  MSIEFeature& docs = features.GetFeatureWithID(u"Documentation");
+  ODLEXFeatureInfo info = features.GetFeatureInfoWithFeatureId(u"Documentation");
+  EXPECT_EQ(info.parent.ToUtf8(), "Complete");
+  EXPECT_FALSE(features.SetToFeatureInfo(docs, info)) << "nothing differs";
+  for (const char16_t* parent : {u"Documentation", u"Complete", u"NoSuchFeature"}) {
+    ODLEXFeatureInfo moved = features.GetFeatureInfo(complete);
+    moved.parent = parent;
+    EXPECT_FALSE(features.SetToFeatureInfo(complete, moved)) << TalString(parent).ToUtf8();
+  }
+  EXPECT_FALSE(complete.IsModified());
+  info.parent = u"Data";
+  info.title = u"Handbücher";
+  ASSERT_TRUE(features.SetToFeatureInfo(docs, info));
+  EXPECT_EQ(ODLEXFeatureInfo(docs), info);
+  EXPECT_TRUE(docs.IsModified());
+  EXPECT_EQ(thrownCode([&] { features.GetFeatureInfoWithFeatureId(u"NoSuchFeature"); }),
+            ODLEXDatabaseError::eFeatureNotFound);
+
+  MSIEFeature unknownParent(u"Loose");
+  unknownParent.SetFeatureParent(u"NoSuchFeature");
+  unknownParent.SetDirectory(u"NoSuchDir");
+  MSIEFeature& circular = complete;
+  circular.SetFeatureParent(u"Documentation");  // Documentation is below Data, below Complete
+  const std::pair<const MSIEFeature*, unsigned int> codes[] = {
+      {&unknownParent, 1 + 4}, {&circular, 2}, {&features.GetFeatureWithID(u"Data"), 2}};
+  for (const auto& [feature, expected] : codes) {
+    unsigned int code = 0;
+    EXPECT_EQ(features.IsValid(*feature, code), expected == 0);
+    EXPECT_EQ(code, expected) << feature->GetFeature().ToUtf8();
+  }
+}
+
 }  // namespace
 }  // namespace odlex::test

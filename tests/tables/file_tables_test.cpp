@@ -1,7 +1,10 @@
-// The operations of the Font, SelfReg, MoveFile, DuplicateFile, RemoveFile, IsolatedComponent
-// and Binary table objects, on a copy of the idt package: files MainExe (component
-// MainExe), Readme (Docs), Handbuch (GermanDocs) and HelperDll (Helpers); binaries SmallData
+// The operations of the File, Font, SelfReg, MoveFile, DuplicateFile, RemoveFile,
+// IsolatedComponent and Binary table objects, on a copy of the idt package: files MainExe
+// (component MainExe, version 2.0.1.0, in BinDir), Readme (Docs, in DocDir), Handbuch
+// (GermanDocs, in LocaleDir) and HelperDll (Helpers, 1.0.0.0, in BinDir); binaries SmallData
 // and LargeData.
+
+#include <tuple>
 
 #include "common/DatabaseTest.h"
 #include "tables/TableTestSupport.h"
@@ -105,6 +108,108 @@ TEST_F(FileTablesTest, RowsByKeyAndByOwner) {
   moves.GetMoveFiles(both, mainExe);
   removes.GetRemoveFiles(both, mainExe);
   EXPECT_EQ(itemsOf(both), (std::set<RWCollectable*>{&move, &remove})) << "added to the tree";
+}
+
+TEST_F(FileTablesTest, FileNames) {
+  const std::tuple<const char16_t*, const char*, const char*> names[] = {
+      {u"IDTAPP~1.EXE|idt app.exe", "IDTAPP~1.EXE", "idt app.exe"},
+      {u"readme.txt", "readme.txt", "readme.txt"},
+  };
+  for (const auto& [name, shortName, longName] : names) {
+    EXPECT_EQ(ODLEXTFile::GetShortFileName(name).ToUtf8(), shortName);
+    EXPECT_EQ(ODLEXTFile::GetLongFileName(name).ToUtf8(), longName);
+  }
+  const std::tuple<const char16_t*, const char16_t*, const char*> combined[] = {
+      {u"README.TXT", u"readme.txt", "README.TXT|readme.txt"},
+      {u"readme.txt", u"readme.txt", "readme.txt"},
+      {u"README.TXT", u"", "README.TXT"},
+  };
+  for (const auto& [shortName, longName, name] : combined)
+    EXPECT_EQ(ODLEXTFile::GetCombinedFile(shortName, longName).ToUtf8(), name);
+  EXPECT_EQ(ODLEXTFile::GetFilenameFromPath(u"C:\\in\\a.txt").ToUtf8(), "a.txt");
+  EXPECT_EQ(ODLEXTFile::GetFilenameFromPath(u"in/b.txt").ToUtf8(), "b.txt");
+  EXPECT_EQ(ODLEXTFile::GetFilenameFromPath(u"c.txt").ToUtf8(), "c.txt");
+}
+
+// The version shown follows companions; a Version that is no file's key and no version, and a
+// circle of companions, are errors naming the file asked about.
+TEST_F(FileTablesTest, VersionsThroughCompanions) {
+  ODLEXTFile& files = openPackage().GetFile();
+  MSIEFile& main = files.GetFileWithID(u"MainExe");
+  MSIEFile& readme = files.GetFileWithID(u"Readme");
+  MSIEFile& handbuch = files.GetFileWithID(u"Handbuch");
+  MSIEFile& helper = files.GetFileWithID(u"HelperDll");
+  EXPECT_FALSE(files.SetCompanionFile(main, main));
+  EXPECT_FALSE(files.SetCompanionFile(main, MSIEFile(u"NotInTheTable")));
+  ASSERT_TRUE(files.SetCompanionFile(readme, main));
+  ASSERT_TRUE(files.SetCompanionFile(handbuch, readme));
+  EXPECT_TRUE(readme.IsModified());
+  const std::pair<MSIEFile*, const char*> shown[] = {
+      {&main, "2.0.1.0"}, {&readme, "2.0.1.0"}, {&handbuch, "2.0.1.0"}, {&helper, "1.0.0.0"}};
+  for (const auto& [file, version] : shown)
+    EXPECT_EQ(files.GetVersionToDisplay(*file).ToUtf8(), version) << file->GetFileID().ToUtf8();
+  helper.SetVersion(u"");
+  EXPECT_EQ(files.GetVersionToDisplay(helper).ToUtf8(), "");
+
+  // Handbuch -> Readme -> MainExe -> a name that is no file, then back to Handbuch.
+  for (const char16_t* mainVersion : {u"NoSuchFile", u"Handbuch"}) {
+    main.SetVersion(mainVersion);
+    expectErrorWithEntry([&] { files.GetVersionToDisplay(handbuch); },
+                         ODLEXDatabaseError::eFileVersionFailed, ODLEXTObject::eFile, handbuch);
+  }
+}
+
+TEST_F(FileTablesTest, FilesPathsAndWhatDescribesThem) {
+  ODLEXDatabase& db = openPackage();
+  ODLEXTFile& files = db.GetFile();
+  MSIEFile& main = files.GetFileWithID(u"MainExe");
+  MSIEFile& handbuch = files.GetFileWithID(u"Handbuch");
+  MSIEFile& helper = files.GetFileWithID(u"HelperDll");
+  MSIEFile& orphan = addRow(files, [] {
+    MSIEFile row(u"Orphan");
+    row.SetComponent(u"NoSuchComponent");
+    return row;
+  }());
+  const Lookup lookups[] = {
+      {[&] { return &files.GetFileWithID(u"Readme"); }, [&] { files.GetFileWithID(u"readme"); },
+       20},
+      {[&] { return &files.GetComponent(main); }, [&] { files.GetComponent(orphan); }, 21,
+       db.GetComponent().Lookup(u"MainExe")},
+      {[&] { return &files.GetDirectory(helper); }, [&] { files.GetDirectory(orphan); }, 21,
+       db.GetDirectory().Lookup(u"BinDir")},
+  };
+  expectLookups(lookups);
+  expectErrorWithEntry([&] { files.GetBindImage(main); }, ODLEXDatabaseError::eBindImageNotFound,
+                       ODLEXTObject::eFile, main);
+
+  EXPECT_EQ(files.GetTargetPath(files.GetFileWithID(u"Readme")).ToUtf8(),
+            "[ProgramFilesFolder]Idt Product\\Dokumentation\\readme.txt");
+  EXPECT_EQ(files.GetSourcePath(handbuch).ToUtf8(),
+            "[SourceDir]IDTPROD\\DOKUME~1\\de\\HANDBU~1.TXT");
+  EXPECT_EQ(files.GetKeyPath(u"MainExe").ToUtf8(), "idt app.exe");
+
+  EXPECT_TRUE(files.IsFileInComponentKeyPath(main));
+  EXPECT_FALSE(files.IsFileInComponentKeyPath(helper));
+  files.SetFileAutoRegister(helper, true);
+  EXPECT_TRUE(files.IsFileAutoRegister(helper));
+  files.SetFileAutoRegister(helper, false);
+  EXPECT_FALSE(files.IsFileAutoRegister(helper));
+
+  MSIELockPermissions grant(u"x", u"x", u"", u"Administrators");
+  grant.SetPermission(0x10000000);
+  RWBTree grants;
+  grants.insert(&grant);
+  files.SetPermissions(main, grants);
+  RWBTree held;
+  ASSERT_EQ(files.GetPermissions(held, main).entries(), 1u);
+  EXPECT_EQ(static_cast<MSIELockPermissions*>(*held.begin())->GetTable().ToUtf8(), "File");
+
+  EXPECT_EQ(files.GetLastSequence(), 4);
+  MSIEFile next(u"Next");
+  files.init(next, *db.GetComponent().Lookup(u"Docs"));
+  EXPECT_EQ(next.GetSequence(), 5);
+  EXPECT_EQ(next.GetComponent().ToUtf8(), "Docs");
+  EXPECT_FALSE(files.IsEmpty());
 }
 
 }  // namespace

@@ -3,7 +3,9 @@
 //
 // A table of the component cascade loses every live row that belongs to the component: the
 // row's component reference (MSIEntry::GetComponentKey) names it, or, for IsolatedComponent,
-// either of its two component columns does. The keys of the rows removed are then followed
+// either of its two component columns does. The File table's step also clears the
+// component's rows of CreateFolder, DuplicateFile, MoveFile and PublishComponent, which belong
+// to a component but have no step of their own. The keys of the rows removed are then followed
 // into the tables that refer to them, table by table:
 //
 //   File            -> MsiFileHash.File_, Font.File_, SelfReg.File_, BindImage.File_,

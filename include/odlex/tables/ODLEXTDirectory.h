@@ -3,6 +3,8 @@
 // path (the lower layer makes the chain of rows a path needs), and read back as long or short,
 // source or target paths.
 
+#include <vector>
+
 #include "odlex/tables/ODLEXTRowTable.h"
 
 class ODLEXTDirectory : public ODLEXTRowTable<ODLEXTDirectory, ODLEXTObject::eDirectory> {
@@ -63,6 +65,31 @@ class ODLEXTDirectory : public ODLEXTRowTable<ODLEXTDirectory, ODLEXTObject::eDi
   // that are not valid 8.3 names, and names beyond the path's folders, change nothing.
   void SetShortPath(MSIEDirectory& row, const TalString& shortPath, const bool& withParents);
 
+  // Merging a merge module copies its Directory rows into this package. Two rows conflict
+  // when the merged package would hold one folder in two ways:
+  //   - by key: the module has a row with the key of a live row here, with another DefaultDir
+  //     or another parent (exact comparison). The merge keeps one row, so the other
+  //     database's files would land elsewhere. Rows named after a folder property that the
+  //     installer sets itself (TARGETDIR, ProgramFilesFolder, ... the predefined folder
+  //     properties) never conflict by key: their DefaultDir is not where they install.
+  //   - by path: the module has a row with another key whose long target path equals that of
+  //     a live row here (ignoring case, as the file system does) while their short target
+  //     paths differ (ignoring case): the folder would get two 8.3 names.
+  // Paths are read as GetLongTarget and GetShortTarget give them, each in its own database.
+  //
+  // Appends each conflicting pair to `packageKeys` (the key here) and `moduleKeys` (the
+  // module's key), one entry each, in the order of the module's rows and, for one module row,
+  // of this table's rows; returns whether there was any.
+  bool CheckForConflictingPaths(ODLEXDatabase& module, std::vector<TalString>& packageKeys,
+                                std::vector<TalString>& moduleKeys);
+  // The conflicts as text: `message` once per pair, with "{DIR}" and "{DEFAULT}" replaced by
+  // the key and DefaultDir of the row here and "{MOD_DIR}" and "{MOD_DEFAULT}" by those of the
+  // module's row (every occurrence), the lines joined by "\n"; empty when there is none.
+  TalString CheckDirectoryPaths(ODLEXDatabase& module, const TalString& message);
+
  private:
+  // Whether `key` names a folder property the installer sets itself ("ProgramFilesFolder").
+  static bool isPredefinedFolder(const TalString& key);
+
   bool needsInit_ = true;
 };

@@ -7,10 +7,38 @@
 
 #include "odlex/tables/ODLEXTRowTable.h"
 
+// A feature's editable attributes (not its key), in one value to show in an editor and write
+// back with ODLEXTFeature::SetToFeatureInfo.
+struct ODLEXFeatureInfo {
+  explicit ODLEXFeatureInfo(const MSIEFeature& row);
+  bool operator==(const ODLEXFeatureInfo& other) const = default;
+
+  TalString parent;
+  TalString title;
+  TalString description;
+  NullableSignedShort display;
+  short level = 0;
+  TalString directory;
+  short attributes = 0;
+};
+
 class ODLEXTFeature : public ODLEXTRowTable<ODLEXTFeature, ODLEXTObject::eFeature> {
  public:
   // The row `id`; code 22 when there is none.
   MSIEFeature& GetFeatureWithID(const TalString& id);
+  // Inserts the live features into `out`; returns `out`.
+  RWBTree& GetFeatures(RWBTree& out);
+  // The attributes of `feature`, or of the feature `id` (code 22 when there is none).
+  ODLEXFeatureInfo GetFeatureInfo(const MSIEFeature& feature) { return ODLEXFeatureInfo(feature); }
+  ODLEXFeatureInfo GetFeatureInfoWithFeatureId(const TalString& id);
+  // Writes `info` into `feature`, marking the row and the table modified, and returns true;
+  // false, changing nothing, when they are equal already or when info's parent would break
+  // the tree: a parent that is no live feature, or `feature` itself or a feature below it (a
+  // circle). An empty parent makes the feature a root.
+  bool SetToFeatureInfo(MSIEFeature& feature, const ODLEXFeatureInfo& info);
+  // `code` sums 1 (the parent names no live feature), 2 (the feature is its own ancestor
+  // through other features), 4 (Directory_ names no Directory row); true when it stays 0.
+  bool IsValid(const MSIEFeature& feature, unsigned int& code);
   // The first live feature, in key order, that has no parent (or names itself); code 11 when
   // there is none.
   MSIEFeature& GetRoot();

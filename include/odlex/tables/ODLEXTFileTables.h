@@ -8,15 +8,93 @@
 
 class MSIEFile;
 
+// A File row names its file "short|long" (or by one name used as both), belongs to one
+// component and so lies in that component's folder; its Version column holds either a version
+// ("1.2.3.4") or, for a companion file, the key of the File row whose version it shares.
 class ODLEXTFile : public ODLEXTRowTable<ODLEXTFile, ODLEXTObject::eFile> {
  public:
+  // The row `id`; code 20 when there is none.
+  MSIEFile& GetFileWithID(const TalString& id);
+  // Inserts the live files of `component` into `out`; returns `out`.
+  RWBTree& GetFiles(RWBTree& out, const MSIEComponent& component);
+  // Whether a live File row belongs to `component`.
+  bool DoesComponentHaveFiles(const MSIEComponent& component);
+  // Whether the table has no live row.
+  bool IsEmpty();
+  // The highest Sequence of the live files, 0 when there is none: a new file placed after it
+  // goes last on the media.
+  short GetLastSequence();
+  // The Sequence of `file`: its place on the media.
+  short GetSequence(const MSIEFile& file) { return file.GetSequence(); }
+  // Starts `row` (a new row, not yet added) as a file of `component`: the component, the
+  // Sequence after the last one, attributes null; the key, name, size and version stay as they
+  // are.
+  void init(MSIEFile& row, const MSIEComponent& component);
+
+  // The component of `file`; ODLEXDatabaseErrorWithEntry (File, `file`, 21) when it is missing.
+  MSIEComponent& GetComponent(const MSIEFile& file);
+  // The folder of `file`, its component's Directory row; ODLEXDatabaseErrorWithEntry (File,
+  // `file`, 21) when the component is missing, (Component, the component, 18) when its
+  // folder is.
+  MSIEDirectory& GetDirectory(const MSIEFile& file);
+  // The BindImage row of `file`; ODLEXDatabaseErrorWithEntry (File, `file`, 33) when it has
+  // none.
+  MSIEBindImage& GetBindImage(const MSIEFile& file);
+
+  // The long and the short name of a FileName value "short|long"; a value without '|' is both.
+  static TalString GetLongFileName(const TalString& fileName);
+  static TalString GetShortFileName(const TalString& fileName);
+  TalString GetLongFileName(const MSIEFile& file) { return GetLongFileName(file.GetFileName()); }
+  TalString GetShortFileName(const MSIEFile& file) { return GetShortFileName(file.GetFileName()); }
+  // The FileName value of a short and a long name: "short|long", or the one name when the long
+  // name is empty or equal (exactly) to the short one.
+  static TalString GetCombinedFile(const TalString& shortName, const TalString& longName);
+  // The last part of a path (after its last '\' or '/'), all of it when it has none.
+  static TalString GetFilenameFromPath(const TalString& path);
+  // The text naming the file `id` as a component's key path: its long name; code 20 when there
+  // is no such file.
+  TalString GetKeyPath(const TalString& id);
+
   // Where the file is found in the source image: its component's folder as a source path
-  // (MSIEDirectory::GetSourcePath, "[SourceDir]Vendor\bin\") followed by the file's long name
-  // (the part after '|' of FileName "short|long", or the only name), for example
-  // "[SourceDir]Vendor\bin\Read Me.txt". ODLEXDatabaseErrorWithEntry (the File table, `file`,
-  // code 21) when the component does not exist; (the Component table, the component, code 18)
-  // when its folder does not; an empty text when the folder's chain is broken.
+  // (MSIEDirectory::GetSourcePath, "[SourceDir]Vendor\bin\") followed by the file's long name,
+  // for example "[SourceDir]Vendor\bin\Read Me.txt". ODLEXDatabaseErrorWithEntry (the File
+  // table, `file`, code 21) when the component does not exist; (the Component table, the
+  // component, code 18) when its folder does not; an empty text when the folder's chain is
+  // broken.
   TalString GetLongFilePathSource(const MSIEFile& file);
+  // The same path with the folders' and the file's short names, as an uncompressed source
+  // image made with short names lays the file out ("[SourceDir]VENDOR\BIN\READ~1.TXT").
+  TalString GetSourcePath(const MSIEFile& file);
+  // Where the file is installed: its folder's long target path followed by its long name
+  // ("[ProgramFilesFolder]Vendor\bin\Read Me.txt"); errors as GetLongFilePathSource.
+  TalString GetTargetPath(const MSIEFile& file);
+
+  // The version shown for `file`: empty when its Version is; for a companion file (a Version
+  // that is the key of a live File row) the version of the file it names, followed through
+  // companions of companions; otherwise the Version itself when it is a version (digits and
+  // dots). ODLEXDatabaseErrorWithEntry (File, `file`, 39) when a Version on the way is neither
+  // a file's key nor a version, or the companions lead round in a circle.
+  TalString GetVersionToDisplay(const MSIEFile& file);
+  // Makes `file` a companion of `companion`: its Version becomes companion's key, and the row
+  // and table are marked modified. Refused (false, nothing changed) when `companion` is `file`
+  // itself or is not a live row of this table.
+  bool SetCompanionFile(MSIEFile& file, const MSIEFile& companion);
+
+  // Whether a live Font row names `file` (it is installed as a font).
+  bool IsFileAFont(const MSIEFile& file);
+  // Whether a live SelfReg row names `file` (the installer registers it as a COM server).
+  bool IsFileAutoRegister(const MSIEFile& file);
+  // Makes `file` self-registering (a SelfReg row with a null cost) or not (its SelfReg row
+  // deleted); nothing when it already is as asked.
+  void SetFileAutoRegister(const MSIEFile& file, bool on);
+  // Whether `file` is the key path of its component (which then has no registry key path).
+  bool IsFileInComponentKeyPath(const MSIEFile& file);
+
+  // The LockPermissions rows that secure `file` (Table "File", LockObject the file's key).
+  RWBTree& GetPermissions(RWBTree& out, const MSIEFile& file);
+  // Makes the file's permissions those of `permissions`, as
+  // ODLEXTLockPermissions::SetLockPermissions does.
+  void SetPermissions(const MSIEFile& file, const RWBTree& permissions);
 };
 
 class ODLEXTIcon : public ODLEXTRowTable<ODLEXTIcon, ODLEXTObject::eIcon> {
