@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Rebuilds the seed modules in fuzz/merge-corpus with msibuild (an independent writer): a
-# module with a folder, a component, files, actions placed by base action and a configurable
-# item; one that excludes itself and depends on a missing module; one whose actions form a
+# module with a folder, a component, a file in its cabinet, actions placed by base action and a
+# configurable item; one that excludes itself and depends on a missing module; one whose actions form a
 # cycle. The seeds are kept in the repository; run this only to change them.
 set -euo pipefail
 corpus="$(cd "$(dirname "$0")" && pwd)/merge-corpus"
@@ -42,6 +42,11 @@ table ModuleSubstitution "Table|Row|Column|Value" "s72|s0|s72|S0" "Table|Row|Col
 base=(ModuleSignature.idt ModuleComponents.idt Directory.idt Component.idt File.idt
   CustomAction.idt ModuleInstallExecuteSequence.idt ModuleConfiguration.idt ModuleSubstitution.idt)
 msibuild "$corpus/module.msm" -i "${base[@]}"
+# Its file in an MSZIP cabinet, stored under the File key.
+mkdir files
+printf 'seed!' >"files/F.$g"
+(cd files && gcab -c -z ../files.cab "F.$g")
+msibuild "$corpus/module.msm" -a MergeModule.CABinet files.cab
 
 table ModuleExclusion \
   "ModuleID|ModuleLanguage|ExcludedID|ExcludedLanguage|ExcludedMinVersion|ExcludedMaxVersion" \

@@ -74,7 +74,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   ODLEXMergeErrors errors;
   odlex::merge::MergeLog log(errors);
   try {
-    odlex::merge::mergeModule(*package, *module, {u"F", u"D", {{u"Item", u"1"}}}, log);
+    odlex::merge::mergeModule(*package, *module, {u"F", u"D", {{u"Item", u"1"}}, {}}, log);
   } catch (const ODLEXDatabaseError&) {
     return 0;
   }

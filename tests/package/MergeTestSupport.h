@@ -78,7 +78,13 @@ inline IdtFiles baselineModule() {
   };
 }
 
-// Writes `files` into `dir` and has msibuild make the module `dir`/module.msm from them.
+// The contents of the baseline module's files, by file name.
+inline const std::map<std::string, std::string> kModuleFiles = {{"one.txt", "one file\n"},
+                                                                {"two.txt", "two file\n"}};
+
+// Writes `files` into `dir` and has msibuild make the module `dir`/module.msm from them, with
+// the baseline's two files in a MergeModule.CABinet stream made by gcab (MSZIP), each stored
+// under its File key.
 inline std::filesystem::path buildModule(const TempDir& dir, const IdtFiles& files) {
   const std::filesystem::path sources = dir / "module-idt";
   std::filesystem::create_directories(sources);
@@ -89,6 +95,17 @@ inline std::filesystem::path buildModule(const TempDir& dir, const IdtFiles& fil
   }
   const std::filesystem::path module = dir / "module.msm";
   EXPECT_TRUE(msibuildImport(module, idts));
+  const std::filesystem::path members = dir / "module-files";
+  writeFileBytes(members / ("ModFile1." + kGuid), kModuleFiles.at("one.txt"));
+  writeFileBytes(members / ("ModFile2." + kGuid), kModuleFiles.at("two.txt"));
+  const std::filesystem::path cabinet = dir / "module.cab";
+  EXPECT_TRUE(
+      runProcess({"gcab", "-c", "-z", cabinet.string(), "ModFile2." + kGuid, "ModFile1." + kGuid},
+                 members)
+          .ok());
+  EXPECT_TRUE(
+      runProcess({"msibuild", module.string(), "-a", "MergeModule.CABinet", cabinet.string()})
+          .ok());
   return module;
 }
 

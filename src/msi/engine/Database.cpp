@@ -163,8 +163,14 @@ bool Database::readStream(std::u16string_view name, std::vector<std::uint8_t>& o
     return true;
   }
   std::string reason;
-  if (reader_->readStream(slot.entry, out, reason))
+  if (slot.source) {
+    const std::unique_ptr<storage::StreamReader> reader = slot.source->open(reason);
+    out.resize(slot.source->size());
+    if (reader && reader->read(out.data(), out.size(), reason))
+      return true;
+  } else if (reader_->readStream(slot.entry, out, reason)) {
     return true;
+  }
   error = Error{kReadFault, "stream " + toUtf8(name) + ": " + reason};
   return false;
 }
@@ -177,6 +183,8 @@ std::shared_ptr<const storage::StreamSource> Database::streamSource(std::u16stri
     return nullptr;
   }
   const StreamSlot& slot = found->second;
+  if (slot.source)
+    return slot.source;
   return slot.data ? storage::memorySource(*slot.data) : reader_->streamSource(slot.entry);
 }
 
@@ -184,10 +192,23 @@ void Database::setStream(std::u16string name, std::vector<std::uint8_t> data) {
   const auto found = streams_.find(name);
   if (found != streams_.end()) {
     found->second.data = std::move(data);
+    found->second.source.reset();
     return;
   }
   std::u16string key = name;
-  streams_.emplace(std::move(key), StreamSlot{std::move(name), {}, kNoEntry, std::move(data)});
+  streams_.emplace(std::move(key), StreamSlot{std::move(name), {}, kNoEntry, std::move(data), {}});
+}
+
+void Database::setStream(std::u16string name, std::shared_ptr<const storage::StreamSource> source) {
+  const auto found = streams_.find(name);
+  if (found != streams_.end()) {
+    found->second.data.reset();
+    found->second.source = std::move(source);
+    return;
+  }
+  std::u16string key = name;
+  streams_.emplace(std::move(key),
+                   StreamSlot{std::move(name), {}, kNoEntry, std::nullopt, std::move(source)});
 }
 
 bool Database::removeStream(std::u16string_view name) {

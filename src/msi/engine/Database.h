@@ -72,6 +72,10 @@ class Database {
   std::shared_ptr<const storage::StreamSource> streamSource(std::u16string_view name,
                                                             Error& error) const;
   void setStream(std::u16string name, std::vector<std::uint8_t> data);
+  // The same with the contents in `source`, read a piece at a time when the database is written
+  // (a cabinet made in a file, which is never held in memory). REQUIRES: the source's data does
+  // not change while the database may still read it.
+  void setStream(std::u16string name, std::shared_ptr<const storage::StreamSource> source);
   bool removeStream(std::u16string_view name);
 
   // Sub-storages of the _Storages table (embedded transforms and the like).
@@ -100,13 +104,14 @@ class Database {
 
  private:
   static constexpr std::uint32_t kNoEntry = UINT32_MAX;
-  // A stream of the _Streams table. Its contents are either still in the opened file (entry)
-  // or were set in memory (data).
+  // A stream of the _Streams table. Its contents are either still in the opened file (entry),
+  // were set in memory (data), or are in a source set from elsewhere (source).
   struct StreamSlot {
     std::u16string name;        // decoded name, as the _Streams table shows it
     std::u16string storedName;  // name in the container; empty for a new stream
     std::uint32_t entry = kNoEntry;
     std::optional<std::vector<std::uint8_t>> data;
+    std::shared_ptr<const storage::StreamSource> source;
   };
   struct StorageSlot {
     std::u16string name;

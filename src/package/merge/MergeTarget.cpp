@@ -178,6 +178,14 @@ void MergeTarget::add(const std::u16string& table, const std::vector<engine::Col
   plan.rows.rows.push_back(std::move(fitted));
 }
 
+bool MergeTarget::hasStream(const std::u16string& name) const {
+  for (const auto& [added, source] : newStreams_) {
+    if (added == name)
+      return true;
+  }
+  return package_.hasStream(name);
+}
+
 std::vector<std::pair<std::u16string, std::size_t>> MergeTarget::counts() const {
   std::vector<std::pair<std::u16string, std::size_t>> result;
   for (const std::u16string& table : order_) {
@@ -245,6 +253,8 @@ void MergeTarget::apply() {
   }
   for (auto& [name, bytes] : streams)
     package_.setStream(name, std::move(bytes));
+  for (auto& [name, source] : newStreams_)
+    package_.setStream(name, std::move(source));
 }
 
 }  // namespace odlex::merge

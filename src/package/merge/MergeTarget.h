@@ -37,6 +37,13 @@ class MergeTarget {
   void add(const std::u16string& table, const std::vector<engine::Column>& columns, Row row,
            Conflicts conflicts = Conflicts::kReport);
 
+  // A new stream of the package, with the contents of `source`.
+  void addStream(std::u16string name, std::shared_ptr<const storage::StreamSource> source) {
+    newStreams_.emplace_back(std::move(name), std::move(source));
+  }
+  // Whether the package, or a stream added before, has a stream called `name`.
+  bool hasStream(const std::u16string& name) const;
+
   // Rows collected, per table, in the order the tables were first given rows.
   std::vector<std::pair<std::u16string, std::size_t>> counts() const;
   // Writes every collected row into the package: missing tables made, binary cells' streams
@@ -68,6 +75,7 @@ class MergeTarget {
   std::map<std::u16string, std::unique_ptr<TableRows>, std::less<>> packageTables_;
   std::map<std::u16string, Planned, std::less<>> planned_;
   std::vector<std::u16string> order_;
+  std::vector<std::pair<std::u16string, std::shared_ptr<const storage::StreamSource>>> newStreams_;
 };
 
 }  // namespace odlex::merge

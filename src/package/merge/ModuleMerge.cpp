@@ -7,8 +7,10 @@
 #include <map>
 #include <set>
 
+#include "msi/engine/Text.h"
 #include "msi/schema/Schema.h"
 #include "package/merge/MergeTarget.h"
+#include "package/merge/ModuleCabinet.h"
 #include "package/merge/ModuleRelations.h"
 #include "package/merge/SequencePlacement.h"
 
@@ -105,7 +107,11 @@ class Merger {
  public:
   Merger(engine::Database& package, const engine::Database& module, const MergeRequest& request,
          MergeLog& log)
-      : request_(request), log_(log), tables_(readTables(module)), target_(package, module, log) {}
+      : module_(module),
+        request_(request),
+        log_(log),
+        tables_(readTables(module)),
+        target_(package, module, log) {}
 
   MergeResult run() {
     const ModuleIdentity identity = signature(tables_, log_);
@@ -123,8 +129,8 @@ class Merger {
     addMedia();
     MergeResult result;
     result.rowsPerTable = target_.counts();
-    result.files = newFiles_;
-    result.mediaDiskId = newFiles_ > 0 ? mediaDiskId_ : 0;
+    result.files = newFiles_.size();
+    result.mediaDiskId = newFiles_.empty() ? 0 : mediaDiskId_;
     target_.apply();
     return result;
   }
@@ -137,6 +143,11 @@ class Merger {
     if (!hasKey(target_.packageTable(u"Directory"), request_.directory))
       log_.stop(ODLEXDatabaseError::eMergeStep53, ODLEXMergeError::eDirCreate,
                 u"the package has no directory " + request_.directory);
+    if (request_.directoryConflicts) {
+      const std::u16string conflicts = request_.directoryConflicts();
+      if (!conflicts.empty())
+        log_.stop(ODLEXDatabaseError::eMergeStep53, ODLEXMergeError::eDirCreate, conflicts);
+    }
     if (const TableRows* directories = find(tables_, u"Directory")) {
       for (const Row& row : directories->rows) {
         const std::u16string parent = directories->textOf(row, u"Directory_Parent");
@@ -185,9 +196,10 @@ class Merger {
     if (last + static_cast<std::int64_t>(order.size()) > 32767 || mediaDiskId_ > 32767)
       log_.stop(ODLEXDatabaseError::eMergeStep58, ODLEXMergeError::eFileCreate,
                 u"the package has no sequence numbers left for the module's files");
-    for (const Row* row : order)
+    for (const Row* row : order) {
       fileNumbers_[row->front().text] = ++last;
-    newFiles_ = order.size();
+      newFiles_.push_back(row->front().text);
+    }
     lastFileNumber_ = last;
   }
 
@@ -276,22 +288,29 @@ class Merger {
     }
   }
 
+  // The new files on a disk of their own: a Media row and the embedded cabinet it names.
   void addMedia() {
-    if (newFiles_ == 0)
+    if (newFiles_.empty())
       return;
+    std::u16string stream;
+    for (int n = mediaDiskId_; stream.empty() || target_.hasStream(stream); ++n)
+      stream = u"merged" + engine::fromUtf8(std::to_string(n)) + u".cab";
+    target_.addStream(stream, repackFiles(module_, newFiles_, log_));
     const std::vector<engine::Column> columns = catalogColumns(u"Media");
     target_.add(u"Media", columns,
                 rowOf(columns, {{u"DiskId", Value::ofInteger(mediaDiskId_)},
-                                {u"LastSequence", Value::ofInteger(lastFileNumber_)}}));
+                                {u"LastSequence", Value::ofInteger(lastFileNumber_)},
+                                {u"Cabinet", Value::ofText(u"#" + stream)}}));
   }
 
+  const engine::Database& module_;
   const MergeRequest& request_;
   MergeLog& log_;
   Tables tables_;
   MergeTarget target_;
   std::set<std::u16string> roots_;
   std::map<std::u16string, int> fileNumbers_;
-  std::size_t newFiles_ = 0;
+  std::vector<std::u16string> newFiles_;  // File keys in the order of their new numbers
   int lastFileNumber_ = 0;
   int mediaDiskId_ = 0;
 };

@@ -4,6 +4,7 @@
 // anything written, so a merge that stops leaves the package as it was.
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -18,6 +19,9 @@ struct MergeRequest {
   std::u16string feature;    // the Feature the module's components join
   std::u16string directory;  // the Directory that takes the place of the module's root
   ConfigurationValues configuration;
+  // The conflicts between the module's folders and the package's, one text each; empty when
+  // there are none. Not set: not checked.
+  std::function<std::u16string()> directoryConflicts;
 };
 
 struct MergeResult {
