@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 
 #include "common/DatabaseTest.h"
 #include "common/PackageTest.h"
@@ -58,6 +59,29 @@ TEST_F(MergeModuleTest, TheSavedPackageHoldsTheModuleResolvedAgainstIt) {
   for (const char* steering :
        {"ModuleInstallExecuteSequence", "ModuleConfiguration", "ModuleSubstitution"})
     EXPECT_EQ(std::count(tables.begin(), tables.end(), steering), 0) << steering;
+
+  // The module's files in a cabinet of their own, in the order of their new numbers.
+  EXPECT_TRUE(holdsRows(msiinfoRows(package_, "Media"), {"2\t7\t\t#merged2.cab\t\t"}));
+  const ProcessResult cabinet = msiinfoExtract(package_, "merged2.cab");
+  ASSERT_TRUE(cabinet.ok()) << cabinet.describe();
+  writeFileBytes(dir_ / "merged2.cab", cabinet.out);
+  const ProcessResult listed = runProcess({"gcab", "-t", (dir_ / "merged2.cab").string()});
+  EXPECT_EQ(splitLines(listed.out),
+            (std::vector<std::string>{"ModFile1." + kGuid, "ModFile2." + kGuid}));
+
+  // Every file of the package and of the module comes out where the tables put it.
+  const std::filesystem::path extracted = dir_ / "extracted";
+  std::filesystem::create_directories(extracted);
+  ASSERT_TRUE(runProcess({"msiextract", "-C", extracted.string(), package_.string()}).ok());
+  std::map<std::string, std::string> found;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(extracted)) {
+    if (entry.is_regular_file())
+      found[entry.path().filename().string()] = readFileBytes(entry.path());
+  }
+  EXPECT_EQ(found.size(), 7u);
+  for (const auto& [name, contents] : kModuleFiles)
+    EXPECT_EQ(found[name], contents) << name;
+  EXPECT_NE(found["readme.txt"], "");
 }
 
 }  // namespace
