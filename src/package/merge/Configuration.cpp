@@ -94,14 +94,23 @@ std::u16string substitute(const std::u16string& text, const std::map<std::u16str
   return result;
 }
 
-// Rows of `table` whose key, written as ModuleSubstitution.Row writes it ("a;b"), is `key`.
-Row* findRow(TableRows& table, const std::u16string& key) {
-  for (Row& row : table.rows) {
-    if (table.keyText(row) == key)
-      return &row;
+// The rows of the module's tables by their keys as ModuleSubstitution.Row writes them
+// ("a;b"), as the module has them before any substitution; each table indexed on first use.
+class RowIndex {
+ public:
+  Row* find(TableRows& table, const std::u16string& key) {
+    auto [indexed, made] = rows_.try_emplace(table.name);
+    if (made) {
+      for (Row& row : table.rows)
+        indexed->second.emplace(table.keyText(row), &row);
+    }
+    const auto found = indexed->second.find(key);
+    return found == indexed->second.end() ? nullptr : found->second;
   }
-  return nullptr;
-}
+
+ private:
+  std::map<std::u16string, std::map<std::u16string, Row*>> rows_;
+};
 
 }  // namespace
 
@@ -114,13 +123,14 @@ void applyConfiguration(std::map<std::u16string, TableRows, std::less<>>& tables
   if (substitutions == tables.end())
     return;
   const TableRows& rules = substitutions->second;
+  RowIndex index;
   for (const Row& rule : rules.rows) {
     const std::u16string tableName = rules.textOf(rule, u"Table");
     const std::u16string where = tableName + u" row " + rules.textOf(rule, u"Row") + u" column " +
                                  rules.textOf(rule, u"Column");
     const auto target = tables.find(tableName);
     Row* row =
-        target == tables.end() ? nullptr : findRow(target->second, rules.textOf(rule, u"Row"));
+        target == tables.end() ? nullptr : index.find(target->second, rules.textOf(rule, u"Row"));
     const int column = row ? target->second.columnIndex(rules.textOf(rule, u"Column")) : -1;
     if (column < 0)
       log.stop(ODLEXDatabaseError::eMergeStep51, ODLEXMergeError::eBadSubstitutionType,
