@@ -84,5 +84,19 @@ TEST_F(MergeModuleTest, TheSavedPackageHoldsTheModuleResolvedAgainstIt) {
   EXPECT_NE(found["readme.txt"], "");
 }
 
+// In a package whose files are not in cabinets unless marked, the module's files are marked.
+TEST_F(MergeModuleTest, FilesMarkedCompressedInAnUncompressedPackage) {
+  copyPackage(PackageKind::kIdt);
+  const std::filesystem::path module = buildModule(dir_, baselineModule());
+  ODLEXDatabase::INIT();
+  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package_));
+  db.MergeModule(text(module), u"Complete", u"INSTALLDIR", {});
+  ASSERT_TRUE(db.SaveChanges());
+  ODLEXDatabase::KillDatabaseList();
+  EXPECT_TRUE(holdsRows(msiinfoRows(package_, "File"),
+                        {"ModFile1.G\tModComp.G\tone.txt\t9\t\t\t16384\t5",
+                         "ModFile2.G\tModComp.G\ttwo.txt\t9\t\t\t16384\t6"}));
+}
+
 }  // namespace
 }  // namespace odlex::test

@@ -107,7 +107,8 @@ class Merger {
  public:
   Merger(engine::Database& package, const engine::Database& module, const MergeRequest& request,
          MergeLog& log)
-      : module_(module),
+      : package_(package),
+        module_(module),
         request_(request),
         log_(log),
         tables_(readTables(module)),
@@ -199,6 +200,7 @@ class Merger {
     for (const Row* row : order) {
       fileNumbers_[row->front().text] = ++last;
       newFiles_.push_back(row->front().text);
+      newFileKeys_.insert(row->front().text);
     }
     lastFileNumber_ = last;
   }
@@ -237,7 +239,32 @@ class Merger {
       const int sequence = table.columnIndex(u"Sequence");
       if (sequence >= 0)
         row[static_cast<std::size_t>(sequence)] = Value::ofInteger(fileNumbers_.at(row[0].text));
+      const int attributes = table.columnIndex(u"Attributes");
+      if (attributes >= 0 && newFileKeys_.count(row[0].text))
+        row[static_cast<std::size_t>(attributes)] =
+            Value::ofInteger(inCabinet(table.integerOf(row, u"Attributes", 0)));
     }
+  }
+
+  // Whether the package's summary information says its files are in cabinets unless marked
+  // otherwise.
+  bool compressedByDefault() const {
+    constexpr int kSourceCompressed = 2;  // a bit of the word count
+    const auto& summary = package_.summary();
+    if (!summary)
+      return false;
+    const auto wordCount = summary->properties.find(storage::kPidWordCount);
+    return wordCount != summary->properties.end() &&
+           (wordCount->second.integer & kSourceCompressed) != 0;
+  }
+
+  // File attributes for a file that is in a cabinet of this package: marked compressed when the
+  // package's files are not compressed by default, never marked uncompressed.
+  int inCabinet(int attributes) const {
+    constexpr int kNoncompressed = 0x2000;
+    constexpr int kCompressed = 0x4000;
+    attributes &= ~kNoncompressed;
+    return compressedByDefault() ? attributes & ~kCompressed : attributes | kCompressed;
   }
 
   void copyRows() {
@@ -303,6 +330,7 @@ class Merger {
                                 {u"Cabinet", Value::ofText(u"#" + stream)}}));
   }
 
+  const engine::Database& package_;
   const engine::Database& module_;
   const MergeRequest& request_;
   MergeLog& log_;
@@ -311,6 +339,7 @@ class Merger {
   std::set<std::u16string> roots_;
   std::map<std::u16string, int> fileNumbers_;
   std::vector<std::u16string> newFiles_;  // File keys in the order of their new numbers
+  std::set<std::u16string> newFileKeys_;
   int lastFileNumber_ = 0;
   int mediaDiskId_ = 0;
 };
