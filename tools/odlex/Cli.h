@@ -77,6 +77,7 @@ void addSummaryCommands(Commands& commands);
 void addSearchCommands(Commands& commands);
 void addProductTableCommands(Commands& commands);
 void addFileCommands(Commands& commands);
+void addMergeCommands(Commands& commands);
 // The manual and shell completion, made from the commands of `app`.
 void addManualCommands(Commands& commands, const CLI::App& app);
 

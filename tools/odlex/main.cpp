@@ -67,6 +67,7 @@ int main(int argc, char** argv) {
   odlex::cli::addSearchCommands(commands);
   odlex::cli::addProductTableCommands(commands);
   odlex::cli::addFileCommands(commands);
+  odlex::cli::addMergeCommands(commands);
   odlex::cli::addManualCommands(commands, app);
   std::vector<std::string> helpWords;
   CLI::App* help = app.add_subcommand("help", "show the use of a command and an example");

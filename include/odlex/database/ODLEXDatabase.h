@@ -44,6 +44,7 @@
 #include "odlex/database/Progress.h"
 #include "odlex/msi/MSIDatabase.h"
 #include "odlex/msi/MSIStringChecker.h"
+#include "odlex/package/ODLEXMergeErrors.h"
 #include "odlex/support/RWBTree.h"
 #include "odlex/support/RWCollectable.h"
 #include "odlex/support/RWFactory.h"
@@ -56,7 +57,6 @@
 class MSIE_Storages;
 class MSIE_Streams;
 class MSITranslate;
-class ODLEXMergeErrors;
 namespace odlex::database {
 class MessageCatalog;
 }
@@ -242,6 +242,30 @@ class ODLEXDatabase : public RWCollectable {
   static bool ExportTableToFile(MSIDatabase& database, const TalString& table,
                                 const TalString& directory);
   static bool ImportTableFromFile(MSIDatabase& database, const TalString& file);
+
+  // --- Merge modules and patch-creation files (package layer) -------------------------------
+  // Merges the merge module at `modulePath` into this package, in memory (SaveChanges writes
+  // it): the module's rows are copied (keys as the module has them), its components attached to
+  // Feature `feature`, its root directory replaced by Directory `directory`, its Module*Sequence
+  // actions placed into the package's sequence tables, its configurable items substituted with
+  // `configuration` (name, value pairs; an item not given takes its default), and its files
+  // numbered after the package's last file and put into a new Media row with its own embedded
+  // cabinet. Edits made through table objects are persisted first, and the table objects of the
+  // tables the merge changed are unloaded: rows taken from them before are gone.
+  // Every problem goes to GetMergeErrors(), which is replaced by each call. Problems that end
+  // the merge throw ODLEXDatabaseError with the code of the step, leaving the package as it
+  // was: 3 the module cannot be opened or read, 48 this package cannot take a merge (read-only),
+  // 49 the module has no usable signature, 50 an exclusion between the module and a merged one,
+  // 51 a configurable item without a usable value, 53 the feature or the directory is missing
+  // or the module's paths conflict with the package's, 54 a row cannot be copied, 57 an action
+  // cannot be placed in a sequence table, 58 the module's files cannot be read or written.
+  ODLEXMergeSummary MergeModule(const TalString& modulePath, const TalString& feature,
+                                const TalString& directory,
+                                const std::vector<std::pair<TalString, TalString>>& configuration);
+  // Building a patch package from this patch-creation file needs the Windows patch wizard,
+  // which does not exist on this platform: always 120 (not implemented), with a text saying so
+  // in the lower layer's error list (GetTalError). Nothing is written.
+  unsigned CreatePatchPackage(const TalString& patchPath);
 
   // --- Table types, sets and schema -----------------------------------------------------------
   static ODLEXTObject::typeID GetTableType(const TalString& name);

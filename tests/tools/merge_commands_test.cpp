@@ -1,0 +1,102 @@
+// The merge and module commands' plumbing: exit status, JSON keys, the lines for people, and a
+// package left byte for byte untouched by a merge that stops or only looks. What a merge adds
+// is the library's and is tested there.
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "common/Oracle.h"
+#include "common/Packages.h"
+#include "common/TempDir.h"
+#include "package/MergeTestSupport.h"
+
+namespace odlex::test {
+namespace {
+
+using nlohmann::json;
+
+struct MergeRun {
+  const char* name;
+  std::vector<std::string> options;  // after "merge PACKAGE MODULE"
+  int exitCode;
+  bool writesOutput;  // out.msi written
+  const char* stdoutHas;
+  const char* stderrHas;
+};
+
+const MergeRun kRuns[] = {
+    {"Merges",
+     {"--feature", "Complete", "--directory", "INSTALLDIR", "-o", "OUT"},
+     0,
+     true,
+     "table\tComponent\t1\n",
+     ""},
+    {"DryRunWritesNothing",
+     {"--feature", "Complete", "--directory", "INSTALLDIR", "-o", "OUT", "--dry-run"},
+     0,
+     false,
+     "files\t2\n",
+     ""},
+    {"StoppedMergeWritesNothing",
+     {"--feature", "Nope", "--directory", "INSTALLDIR", "-o", "OUT"},
+     1,
+     false,
+     "error\t8\tthe package has no feature Nope\n",
+     "(error 53)"},
+    {"MissingFeatureOptionIsAUsageMistake",
+     {"--directory", "INSTALLDIR"},
+     2,
+     false,
+     "",
+     "--feature"},
+};
+
+class OdlexMerge : public ::testing::TestWithParam<MergeRun> {};
+
+TEST_P(OdlexMerge, ExitStatusOutputAndFilesWritten) {
+  const MergeRun& run = GetParam();
+  TempDir dir;
+  const BuiltPackage& built = testPackage(PackageKind::kWixl);
+  ASSERT_FALSE(built.file.empty()) << built.error;
+  const std::filesystem::path package = dir / "product.msi";
+  std::filesystem::copy_file(built.file, package);
+  const std::string original = readFileBytes(package);
+  const std::filesystem::path module = buildModule(dir, baselineModule());
+  std::vector<std::string> args{"merge", package.string(), module.string()};
+  for (const std::string& option : run.options)
+    args.push_back(option == "OUT" ? (dir / "out.msi").string() : option);
+
+  const ProcessResult result = runOdlex(args);
+  EXPECT_EQ(result.exitCode, run.exitCode) << result.describe();
+  EXPECT_NE(result.out.find(run.stdoutHas), std::string::npos) << result.out;
+  EXPECT_NE(result.err.find(run.stderrHas), std::string::npos) << result.err;
+  EXPECT_EQ(std::filesystem::exists(dir / "out.msi"), run.writesOutput);
+  EXPECT_EQ(readFileBytes(package), original);
+}
+
+INSTANTIATE_TEST_SUITE_P(Runs, OdlexMerge, ::testing::ValuesIn(kRuns),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST(OdlexModule, MergeAndShowGiveTheirDocumentedKeys) {
+  TempDir dir;
+  const BuiltPackage& built = testPackage(PackageKind::kWixl);
+  ASSERT_FALSE(built.file.empty()) << built.error;
+  const std::filesystem::path module = buildModule(dir, baselineModule());
+  const json merged =
+      json::parse(odlexOutput({"merge", built.file.string(), module.string(), "--feature",
+                               "Complete", "--directory", "INSTALLDIR", "--dry-run", "--json"}));
+  for (const char* key : {"tables", "files", "mediaDiskId", "errors"})
+    EXPECT_TRUE(merged.contains(key)) << key;
+  EXPECT_TRUE(merged["tables"][0].contains("table"));
+  EXPECT_TRUE(merged["tables"][0].contains("rows"));
+
+  const json shown = json::parse(odlexOutput({"module", "show", module.string(), "--json"}));
+  for (const char* key : {"signature", "dependencies", "exclusions", "configuration", "files"})
+    EXPECT_TRUE(shown.contains(key)) << key;
+  EXPECT_EQ(shown["signature"][0]["ModuleID"], kModuleId);
+  EXPECT_EQ(shown["files"].size(), 2u);
+}
+
+}  // namespace
+}  // namespace odlex::test
