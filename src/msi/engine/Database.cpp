@@ -13,6 +13,15 @@ namespace odlex::engine {
 namespace {
 constexpr std::size_t kMaxColumns = 32;
 
+bool readWhole(const storage::StreamSource& source, std::vector<std::uint8_t>& out,
+               std::string& reason) {
+  auto reader = source.open(reason);
+  if (!reader)
+    return false;
+  out.resize(source.size());
+  return reader->read(out.data(), out.size(), reason);
+}
+
 bool validColumnType(const Column& column) {
   if (column.isInteger()) {
     unsigned size = column.type & column_type::kSizeMask;
@@ -163,7 +172,8 @@ bool Database::readStream(std::u16string_view name, std::vector<std::uint8_t>& o
     return true;
   }
   std::string reason;
-  if (reader_->readStream(slot.entry, out, reason))
+  if (slot.source ? readWhole(*slot.source, out, reason)
+                  : reader_->readStream(slot.entry, out, reason))
     return true;
   error = Error{kReadFault, "stream " + toUtf8(name) + ": " + reason};
   return false;
@@ -177,6 +187,8 @@ std::shared_ptr<const storage::StreamSource> Database::streamSource(std::u16stri
     return nullptr;
   }
   const StreamSlot& slot = found->second;
+  if (slot.source)
+    return slot.source;
   return slot.data ? storage::memorySource(*slot.data) : reader_->streamSource(slot.entry);
 }
 
@@ -184,10 +196,24 @@ void Database::setStream(std::u16string name, std::vector<std::uint8_t> data) {
   const auto found = streams_.find(name);
   if (found != streams_.end()) {
     found->second.data = std::move(data);
+    found->second.source.reset();
     return;
   }
   std::u16string key = name;
-  streams_.emplace(std::move(key), StreamSlot{std::move(name), {}, kNoEntry, std::move(data)});
+  streams_.emplace(std::move(key),
+                   StreamSlot{std::move(name), {}, kNoEntry, std::move(data), nullptr});
+}
+
+void Database::setStream(std::u16string name, std::shared_ptr<const storage::StreamSource> source) {
+  const auto found = streams_.find(name);
+  if (found != streams_.end()) {
+    found->second.data.reset();
+    found->second.source = std::move(source);
+    return;
+  }
+  std::u16string key = name;
+  streams_.emplace(std::move(key),
+                   StreamSlot{std::move(name), {}, kNoEntry, std::nullopt, std::move(source)});
 }
 
 bool Database::removeStream(std::u16string_view name) {

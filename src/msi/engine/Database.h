@@ -72,6 +72,9 @@ class Database {
   std::shared_ptr<const storage::StreamSource> streamSource(std::u16string_view name,
                                                             Error& error) const;
   void setStream(std::u16string name, std::vector<std::uint8_t> data);
+  // Sets the stream to the contents of `source`, which are copied in pieces when the database is
+  // written (a cabinet out of a transform, say). REQUIRES: the source outlives the database.
+  void setStream(std::u16string name, std::shared_ptr<const storage::StreamSource> source);
   bool removeStream(std::u16string_view name);
 
   // Sub-storages of the _Storages table (embedded transforms and the like).
@@ -100,13 +103,14 @@ class Database {
 
  private:
   static constexpr std::uint32_t kNoEntry = UINT32_MAX;
-  // A stream of the _Streams table. Its contents are either still in the opened file (entry)
-  // or were set in memory (data).
+  // A stream of the _Streams table. Its contents are either still in the opened file (entry),
+  // were set in memory (data), or are in another source (source).
   struct StreamSlot {
     std::u16string name;        // decoded name, as the _Streams table shows it
     std::u16string storedName;  // name in the container; empty for a new stream
     std::uint32_t entry = kNoEntry;
     std::optional<std::vector<std::uint8_t>> data;
+    std::shared_ptr<const storage::StreamSource> source;
   };
   struct StorageSlot {
     std::u16string name;

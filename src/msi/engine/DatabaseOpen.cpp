@@ -83,7 +83,7 @@ bool Database::load(Error& error) {
     } else {
       // A second stream under a name already taken (a table name twice, or one name packed
       // and unpacked) is kept as it is, unseen by the tables.
-      StreamSlot slot{decoded.name, entry.name, child, std::nullopt};
+      StreamSlot slot{decoded.name, entry.name, child, std::nullopt, nullptr};
       if (decoded.isTable || !streams_.emplace(decoded.name, slot).second)
         preserved_.push_back(std::move(slot));
     }
@@ -183,7 +183,7 @@ bool Database::load(Error& error) {
 
   // Table-marked streams that belong to no table are kept as they are.
   for (const auto& [name, entry] : tableStreams) {
-    preserved_.push_back(StreamSlot{name, entries[entry].name, entry, std::nullopt});
+    preserved_.push_back(StreamSlot{name, entries[entry].name, entry, std::nullopt, nullptr});
   }
 
   if (summaryEntry != kNoEntry) {

@@ -128,7 +128,7 @@ bool Database::buildTree(storage::CompoundNode& root, Error& error) {
     if (slot.data)
       node.data = *slot.data;
     else
-      node.source = reader_->streamSource(slot.entry);
+      node.source = slot.source ? slot.source : reader_->streamSource(slot.entry);
     if (!containerName(slot.storedName, slot.name, isTable, node.name, error))
       return false;
     root.children.push_back(std::move(node));
