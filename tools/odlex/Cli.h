@@ -70,6 +70,8 @@ void addInfoCommands(Commands& commands);
 void addGuidCommands(Commands& commands);
 void addAdminInstallCommand(Commands& commands);
 void addSignatureCommands(Commands& commands);
+void addTransformCommands(Commands& commands);
+void addDiffCommand(Commands& commands);
 // The manual and shell completion, made from the commands of `app`.
 void addManualCommands(Commands& commands, const CLI::App& app);
 

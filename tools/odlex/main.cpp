@@ -50,6 +50,8 @@ int main(int argc, char** argv) {
   odlex::cli::addGuidCommands(commands);
   odlex::cli::addAdminInstallCommand(commands);
   odlex::cli::addSignatureCommands(commands);
+  odlex::cli::addTransformCommands(commands);
+  odlex::cli::addDiffCommand(commands);
   odlex::cli::addManualCommands(commands, app);
   std::vector<std::string> helpWords;
   CLI::App* help = app.add_subcommand("help", "show the use of a command and an example");
