@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds the fuzz targets with clang in build-fuzz and runs the package target for SECONDS
 # (default 60, from the seeds in fuzz/corpus), and the formatted-text, table-text (.idt),
-# query, certificate and signature targets each for a tenth of that, at least 5 seconds (from fuzz/<name>-corpus). Exits non-zero when a fuzzer finds a crash, a
+# query, certificate, signature and transform targets each for a tenth of that, at least 5 seconds (from fuzz/<name>-corpus). Exits non-zero when a fuzzer finds a crash, a
 # sanitizer report, a leak or a hang; the input that did it is left in build-fuzz/artifacts.
 #
 #   fuzz/run.sh [SECONDS]
@@ -14,7 +14,7 @@ cmake -S "$root" -B "$build" -DCMAKE_CXX_COMPILER=clang++ \
   -DCMAKE_BUILD_TYPE=RelWithDebInfo -DODLEX_BUILD_FUZZ=ON -DODLEX_BUILD_TESTS=OFF \
   -DODLEX_BUILD_TOOLS=OFF
 cmake --build "$build" --target odlex_fuzz_package odlex_fuzz_format odlex_fuzz_idt \
-  odlex_fuzz_query odlex_fuzz_certificate odlex_fuzz_signature -j2
+  odlex_fuzz_query odlex_fuzz_certificate odlex_fuzz_signature odlex_fuzz_transform -j2
 
 # Sanitizer reports with a stack, so a failure in CI can be read without rerunning it.
 export UBSAN_OPTIONS="print_stacktrace=1${UBSAN_OPTIONS:+:$UBSAN_OPTIONS}"
@@ -28,7 +28,7 @@ mkdir -p "$build/corpus" "$build/artifacts"
 
 # Formatted text (nesting and escapes), table text files, queries, certificates and signed
 # files: short inputs.
-for target in format idt query certificate signature; do
+for target in format idt query certificate signature transform; do
   mkdir -p "$build/$target-corpus"
   "$build/fuzz/odlex_fuzz_$target" "$build/$target-corpus" "$root/fuzz/$target-corpus" \
     -max_total_time="$(( seconds / 10 > 5 ? seconds / 10 : 5 ))" -rss_limit_mb=2048 \
