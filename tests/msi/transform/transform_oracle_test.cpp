@@ -22,8 +22,9 @@ namespace {
 namespace fs = std::filesystem;
 
 // The wixl fixture with edits of every kind a transform carries: changed, added and removed
-// rows in several tables and a table the base does not have (Upgrade).
-fs::path buildTarget(const fs::path& base, const TempDir& dir) {
+// rows in several tables, a table the base does not have (Upgrade), and a file whose new
+// contents change the embedded cabinet, a stream outside the tables.
+fs::path buildTarget(const TempDir& dir) {
   std::ifstream in(fixturePath("wixl/product.wxs"));
   std::stringstream text;
   text << in.rdbuf();
@@ -45,9 +46,8 @@ fs::path buildTarget(const fs::path& base, const TempDir& dir) {
       wxs.replace(at, from.size(), to);
   }
   writeFileBytes(dir / "target.wxs", wxs);
-  for (const char* payload :
-       {"app.exe", "readme.txt", "strings_de.txt", "config.ini", "data.db", "helper.bin"})
-    fs::copy_file(base.parent_path() / payload, dir / payload);
+  writeWixlPayload(dir.path());
+  writeFileBytes(dir / "readme.txt", "a longer readme, so that the cabinet changes\r\n");
   const fs::path target = dir / "target.msi";
   ProcessResult run = runProcess({"wixl", "-o", target.string(), "target.wxs"}, dir.path());
   EXPECT_TRUE(run.ok()) << run.describe();
@@ -91,7 +91,7 @@ TEST(TransformOracle, AppliedToTheBaseItGivesTheTarget) {
   TempDir dir;
   const BuiltPackage& built = testPackage(PackageKind::kWixl);
   ASSERT_FALSE(built.file.empty()) << built.error;
-  const fs::path target = buildTarget(built.file, dir);
+  const fs::path target = buildTarget(dir);
 
   engine::Error error;
   storage::FileSystem& files = storage::FileSystem::real();
@@ -108,6 +108,9 @@ TEST(TransformOracle, AppliedToTheBaseItGivesTheTarget) {
 
   applyWithOdlex(built.file, mst, dir / "by-odlex.msi");
   EXPECT_TRUE(sameTablesAs(target, dir / "by-odlex.msi"));
+  const std::string cabinet = msiinfoExtract(target, "product.cab").out;
+  EXPECT_NE(cabinet, msiinfoExtract(built.file, "product.cab").out);
+  EXPECT_EQ(cabinet, msiinfoExtract(dir / "by-odlex.msi", "product.cab").out);
 }
 
 }  // namespace
