@@ -204,7 +204,8 @@ void Database::setStream(std::u16string name, std::vector<std::uint8_t> data) {
                    StreamSlot{std::move(name), {}, kNoEntry, std::move(data), nullptr});
 }
 
-void Database::setStream(std::u16string name, std::shared_ptr<const storage::StreamSource> source) {
+void Database::setStreamSource(std::u16string name,
+                               std::shared_ptr<const storage::StreamSource> source) {
   const auto found = streams_.find(name);
   if (found != streams_.end()) {
     found->second.data.reset();

@@ -74,7 +74,7 @@ class Database {
   void setStream(std::u16string name, std::vector<std::uint8_t> data);
   // Sets the stream to the contents of `source`, which are copied in pieces when the database is
   // written (a cabinet out of a transform, say). REQUIRES: the source outlives the database.
-  void setStream(std::u16string name, std::shared_ptr<const storage::StreamSource> source);
+  void setStreamSource(std::u16string name, std::shared_ptr<const storage::StreamSource> source);
   bool removeStream(std::u16string_view name);
 
   // Sub-storages of the _Storages table (embedded transforms and the like).

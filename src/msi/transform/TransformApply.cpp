@@ -239,7 +239,7 @@ class Applier {
     }
     for (auto& [name, data] : streamChanges_) {
       if (data)
-        db_.setStream(name, std::move(data));
+        db_.setStreamSource(name, std::move(data));
       else
         db_.removeStream(name);
     }
