@@ -7,7 +7,8 @@ include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 set(odlex_layers odlex_support odlex_storage odlex_engine odlex_query odlex_idt odlex_schema
-    odlex_lower odlex_directory odlex_rows odlex_signature odlex_classes odlex_package)
+    odlex_transform odlex_lower odlex_directory odlex_rows odlex_signature odlex_classes
+    odlex_package)
 set(odlex_objects)
 foreach(layer IN LISTS odlex_layers)
   list(APPEND odlex_objects $<TARGET_OBJECTS:${layer}>)

@@ -12,10 +12,11 @@ root="$(cd "$(dirname "$0")/.." && pwd)"
 build="$root/build-fuzz"
 
 # Formatted text (nesting and escapes), table text files, queries, certificates, signed files,
-# message catalogs, cabinets, and merge modules merged into a good package: short inputs.
-short_targets=(format idt query certificate signature messages cabinet merge)
+# message catalogs, cabinets, and transforms and merge modules applied to a good package: short
+# inputs.
+short_targets=(format idt query certificate signature messages cabinet transform merge)
 
-cmake -S "$root" -B "$build" -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_COMPILER=clang \
+cmake -S "$root" -B "$build" -DCMAKE_CXX_COMPILER=clang++ \
   -DCMAKE_BUILD_TYPE=RelWithDebInfo -DODLEX_BUILD_FUZZ=ON -DODLEX_BUILD_TESTS=OFF \
   -DODLEX_BUILD_TOOLS=OFF
 cmake --build "$build" --target odlex_fuzz_package "${short_targets[@]/#/odlex_fuzz_}" -j2

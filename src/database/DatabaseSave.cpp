@@ -19,13 +19,6 @@ bool ODLEXDatabase::GetInteriorModify() const {
   return !readOnly_ && modified_;
 }
 
-// A transform is only made while working on a separate, writable copy of the file.
-void ODLEXDatabase::SetCreatingTransform(bool creating) {
-  if (creating && (readOnly_ || GetFilePath() == GetDatabasePath()))
-    throw ODLEXDatabaseError(ODLEXDatabaseError::eCannotCreateTransform);
-  creatingTransform_ = creating;
-}
-
 bool ODLEXDatabase::SaveChanges() {
   if (modified_) {
     Get_SummaryInformation().DeclareModified();
@@ -42,7 +35,11 @@ bool ODLEXDatabase::SaveChanges() {
   PersistTables();
   // A failed commit (a full disk, the file changed by another program) leaves its reason in
   // the lower layer's error list and the file as it was.
-  return database_.commit() == 0;
+  if (database_.commit() != 0)
+    return false;
+  if (creatingTransform_)
+    GenerateTransform(GetFilePath(), GetTransformPath());
+  return true;
 }
 
 // Each modified table object is written after the members of its table set. After an

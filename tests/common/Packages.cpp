@@ -19,19 +19,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Files the wixl fixture refers to; their contents only need to be distinct.
-void writeWixlPayload(const fs::path& dir) {
-  writeFileBytes(dir / "app.exe", "MZ app");
-  writeFileBytes(dir / "readme.txt", "readme\r\n");
-  writeFileBytes(dir / "strings_de.txt", "Grüße\r\n");
-  writeFileBytes(dir / "config.ini", "[a]\n");
-  std::string data(5000, '\0');
-  for (std::size_t i = 0; i < data.size(); ++i)
-    data[i] = static_cast<char>(i * 131 % 251);
-  writeFileBytes(dir / "data.db", data);
-  writeFileBytes(dir / "helper.bin", std::string("\0\1helper\xff", 10));
-}
-
 BuiltPackage failed(std::string why) {
   return {fs::path(), std::move(why)};
 }
@@ -135,6 +122,18 @@ BuiltPackage buildShared(PackageKind kind, const fs::path& cache) {
 }
 
 }  // namespace
+
+void writeWixlPayload(const fs::path& dir) {
+  writeFileBytes(dir / "app.exe", "MZ app");
+  writeFileBytes(dir / "readme.txt", "readme\r\n");
+  writeFileBytes(dir / "strings_de.txt", "Grüße\r\n");
+  writeFileBytes(dir / "config.ini", "[a]\n");
+  std::string data(5000, '\0');
+  for (std::size_t i = 0; i < data.size(); ++i)
+    data[i] = static_cast<char>(i * 131 % 251);
+  writeFileBytes(dir / "data.db", data);
+  writeFileBytes(dir / "helper.bin", std::string("\0\1helper\xff", 10));
+}
 
 std::vector<PackageKind> allPackageKinds() {
   return {PackageKind::kWixl, PackageKind::kIdt, PackageKind::kSample, PackageKind::kManyStrings,

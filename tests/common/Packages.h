@@ -32,6 +32,10 @@ struct BuiltPackage {
   std::string error;           // why not
 };
 
+// Writes the files the wixl fixture refers to into `dir` (their contents only need to be
+// distinct), for tests that run wixl on a variant of the fixture.
+void writeWixlPayload(const std::filesystem::path& dir);
+
 // The package of that kind, building it on first use.
 const BuiltPackage& testPackage(PackageKind kind);
 

@@ -78,6 +78,8 @@ void addSearchCommands(Commands& commands);
 void addProductTableCommands(Commands& commands);
 void addFileCommands(Commands& commands);
 void addMergeCommands(Commands& commands);
+void addTransformCommands(Commands& commands);
+void addDiffCommand(Commands& commands);
 // The manual and shell completion, made from the commands of `app`.
 void addManualCommands(Commands& commands, const CLI::App& app);
 

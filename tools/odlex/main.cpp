@@ -68,6 +68,8 @@ int main(int argc, char** argv) {
   odlex::cli::addProductTableCommands(commands);
   odlex::cli::addFileCommands(commands);
   odlex::cli::addMergeCommands(commands);
+  odlex::cli::addTransformCommands(commands);
+  odlex::cli::addDiffCommand(commands);
   odlex::cli::addManualCommands(commands, app);
   std::vector<std::string> helpWords;
   CLI::App* help = app.add_subcommand("help", "show the use of a command and an example");

@@ -119,10 +119,54 @@ class ODLEXDatabase : public RWCollectable {
   void Rollback();
   void Reload();
   void Close(bool save);
+
+  // --- Transforms -----------------------------------------------------------------------------
+  // A transform is a file in the installer's own format holding the changes that turn one
+  // database (the base) into another: rows added, changed and deleted, tables added and dropped,
+  // columns added, streams. errorConditions are the MSITRANSFORM_ERROR_* bits (add existing row
+  // 1, delete missing row 2, add existing table 4, delete missing table 8, update missing row
+  // 0x10, code page mismatch 0x20, view transform 0x100), validation the MSITRANSFORM_VALIDATE_*
+  // bits; both go into the transform's summary information for the installer.
+  //
+  // While creating a transform, this database works on a separate copy of the file it opened
+  // (an output-file open): every SaveChanges that commits also writes the transform from the
+  // file opened (GetFilePath) to the copy saved, to GetTransformPath(). Code 41 when the
+  // database is read-only or works on the file it opened.
   void SetCreatingTransform(bool creating);
   bool IsCreatingTransform() const {
     return creatingTransform_;
   }
+  // Where SaveChanges writes the transform while creating one: by default the working file's
+  // path with the extension ".mst".
+  void SetTransformPath(const TalString& path) {
+    transformPath_ = path;
+  }
+  TalString GetTransformPath() const;
+  // Writes to `transformPath` the transform that turns the package at `basePath` into this
+  // database as it is now (unsaved edits included). False, writing nothing, when the two do not
+  // differ. Code 42 when this database is not open or the base cannot be read; code 43 with the
+  // installer result code when the transform cannot be made (a column change a transform cannot
+  // carry: only new non-key columns at a table's end are) or written.
+  bool GenerateTransform(const TalString& basePath, const TalString& transformPath,
+                         int errorConditions = 0, int validation = 0);
+  // The same from the file opened (GetFilePath) to this database as it is now: the changes made
+  // since it was opened, in whatever program. Code 43 with the result code on any failure.
+  bool GenerateTransformFromUIInstall(const TalString& transformPath, int errorConditions = 0,
+                                      int validation = 0);
+  // Applies the transform file `transform`, or the transform embedded in this database as the
+  // sub-storage `name` when `transform` is ":name". Conditions whose bits are in
+  // errorConditions, or in the transform's own summary information, are not failures: an
+  // existing row that is added takes the transform's values, the rest are skipped. Every change
+  // that could not be applied as written is added to the lower layer's error list (code 1624,
+  // "skipped: ..." for a suppressed one). When one is not suppressed nothing is applied and code
+  // 44 is thrown; likewise for a transform that cannot be read. With the view bit (0x100) the
+  // database is left as it is and the changes fill the _TransformView table instead. Unsaved
+  // edits are kept; the table objects are read again afterwards.
+  void ApplyTransform(const TalString& transform, int errorConditions = 0);
+  // Stores the transform file `transformPath` in this database as the sub-storage `name`, to be
+  // applied later as ":name"; written with the next SaveChanges. Code 44 when the file is not a
+  // transform that applies to this database.
+  void EmbedTransform(const TalString& transformPath, const TalString& name);
 
   bool IsReadOnly() const {
     return readOnly_;
@@ -460,6 +504,7 @@ class ODLEXDatabase : public RWCollectable {
   bool modified_ = false;
   bool exteriorModify_ = false;
   bool creatingTransform_ = false;
+  TalString transformPath_;
   MSIDatabase database_;
   int mergeModuleState_ = 0;  // 0 not known yet, 1 merge module, 2 not
   TalString reserved_;

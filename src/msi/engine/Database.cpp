@@ -13,6 +13,15 @@ namespace odlex::engine {
 namespace {
 constexpr std::size_t kMaxColumns = 32;
 
+bool readWhole(const storage::StreamSource& source, std::vector<std::uint8_t>& out,
+               std::string& reason) {
+  auto reader = source.open(reason);
+  if (!reader)
+    return false;
+  out.resize(source.size());
+  return reader->read(out.data(), out.size(), reason);
+}
+
 bool validColumnType(const Column& column) {
   if (column.isInteger()) {
     unsigned size = column.type & column_type::kSizeMask;
@@ -184,14 +193,9 @@ bool Database::readStream(std::u16string_view name, std::vector<std::uint8_t>& o
     return true;
   }
   std::string reason;
-  if (slot.source) {
-    std::unique_ptr<storage::StreamReader> reader = slot.source->open(reason);
-    out.resize(static_cast<std::size_t>(slot.source->size()));
-    if (reader && reader->read(out.data(), out.size(), reason))
-      return true;
-  } else if (reader_->readStream(slot.entry, out, reason)) {
+  if (slot.source ? readWhole(*slot.source, out, reason)
+                  : reader_->readStream(slot.entry, out, reason))
     return true;
-  }
   error = Error{kReadFault, "stream " + toUtf8(name) + ": " + reason};
   return false;
 }
