@@ -161,7 +161,9 @@ class ODLEXDatabase : public RWCollectable {
   // "skipped: ..." for a suppressed one). When one is not suppressed nothing is applied and code
   // 44 is thrown; likewise for a transform that cannot be read. With the view bit (0x100) the
   // database is left as it is and the changes fill the _TransformView table instead. Unsaved
-  // edits are kept; the table objects are read again afterwards.
+  // edits are kept; the table objects are read again afterwards. The transform's validation
+  // flags are not checked: as with the installer's own call on a database, they are what the
+  // installer compares with an installed product when it applies the transform at install.
   void ApplyTransform(const TalString& transform, int errorConditions = 0);
   // Stores the transform file `transformPath` in this database as the sub-storage `name`, to be
   // applied later as ":name"; written with the next SaveChanges. Code 44 when the file is not a

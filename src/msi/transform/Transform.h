@@ -120,7 +120,8 @@ struct Conflict {
 // delete of a missing row, the delete of a missing table and a code-page mismatch are skipped;
 // an existing table that is added is kept and gets the columns it lacks. Every conflict is
 // listed in `conflicts`. When one is not suppressed, the result is kTransformFailure and `db` is
-// left unchanged.
+// left unchanged. The validation flags are not checked: they concern the installed product the
+// installer applies the transform to, not a database.
 std::uint32_t applyTransform(engine::Database& db, const DecodedTransform& transform,
                              std::uint32_t suppress, std::vector<Conflict>& conflicts,
                              engine::Error& error);
