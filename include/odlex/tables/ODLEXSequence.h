@@ -38,10 +38,6 @@ class ODLEXSequence : public ODLEXTObject {
   // `action` is missing or the run reaches the first action.
   virtual short GetGoodSequenceBefore(const TalString& action);
 
- protected:
-  // The lower-layer table; the class templates below give it as its concrete class.
-  virtual MSITable& GetTable() = 0;
-
  private:
   // The live row nearest to `row` in the direction `step` (+1 next, -1 previous); code 30 when
   // there is none.
