@@ -101,6 +101,12 @@ int wordCountOf(const engine::Database& database) {
   return found == properties.end() ? 0 : found->second.integer;
 }
 
+int attributesInCabinet(const engine::Database& database, int attributes) {
+  attributes &= ~kFileNoncompressed;
+  return (wordCountOf(database) & kSourceCompressed) ? attributes & ~kFileCompressed
+                                                     : attributes | kFileCompressed;
+}
+
 bool resolveFiles(const engine::Database& database, std::vector<ODLEXPackageFile>& files,
                   engine::Error& error, std::optional<int> layout) {
   files.clear();
