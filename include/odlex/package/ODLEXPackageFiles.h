@@ -147,7 +147,8 @@ class ODLEXPackageFileEditor {
   // compressed by default). Their bytes go, in that order, into a new embedded cabinet
   // ("added<N>.cab") on a new disk: a Media row with the next DiskId and the last of the new
   // sequence numbers. `keys` receives the new keys in the order of `files`. Errors, nothing
-  // changed: 87 no such component, two files with one name, or no files; 2 a file cannot be
+  // changed: 87 no such component, two files with one name, no files, or a merge module (whose
+  // files are all in its MergeModule.CABinet stream); 2 a file cannot be
   // read; 1627 a file is too large for a cabinet, the sequence numbers run out (past 32767),
   // or the cabinet cannot be written.
   bool AddFiles(const TalString& component, const std::vector<TalString>& files,
@@ -162,7 +163,7 @@ class ODLEXPackageFileEditor {
   // "compressed" (2, with the no-elevation bit 8 kept). Every file is read as Extract reads it
   // (sizes checked against the File table, paths beside the package never leaving its folder).
   // Errors, nothing changed: the first problem reading a file (as Extract reports it); 87 the
-  // package has no files; 1627 the cabinet cannot be written.
+  // package has no files or is a merge module; 1627 the cabinet cannot be written.
   bool Compress(TalError& error);
 
   // Saves the package (see Open). False with the error (installer result code) when it cannot be

@@ -87,6 +87,11 @@ bool ODLEXPackageFileEditor::AddFiles(const TalString& component,
   const engine::Table* components = database.findTable(u"Component");
   const std::optional<std::size_t> componentRow =
       components ? package::rowWithKey(database, *components, component.u16()) : std::nullopt;
+  if (package::isMergeModule(database)) {
+    error = failed(engine::kInvalidParameter, component,
+                   "a merge module keeps its files in its own cabinet, not on disks");
+    return false;
+  }
   if (!componentRow || files.empty()) {
     error = failed(engine::kInvalidParameter, component,
                    files.empty() ? "no files to add" : "no such component in the package");

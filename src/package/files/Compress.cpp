@@ -60,8 +60,10 @@ bool ODLEXPackageFileEditor::Compress(TalError& error) {
   std::vector<const ODLEXPackageFile*> ordered;
   for (const ODLEXPackageFile& file : state_->files)
     ordered.push_back(&file);
-  if (ordered.empty()) {
-    error = TalError(engine::kInvalidParameter, TalString(u"the package has no files"));
+  if (ordered.empty() || package::isMergeModule(database)) {
+    error = TalError(engine::kInvalidParameter,
+                     TalString(ordered.empty() ? u"the package has no files"
+                                               : u"a merge module's files are in its own cabinet"));
     return false;
   }
   std::stable_sort(ordered.begin(), ordered.end(),

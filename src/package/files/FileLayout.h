@@ -27,6 +27,10 @@ inline constexpr std::u16string_view kModuleCabinet = u"MergeModule.CABinet";
 std::u16string_view longNameOf(std::u16string_view name);
 std::u16string_view shortNameOf(std::u16string_view name);
 
+// Whether `database` is a merge module: no Media table, its files in a MergeModule.CABinet
+// stream.
+bool isMergeModule(const engine::Database& database);
+
 // The summary's word count; 0 when the package has none.
 int wordCountOf(const engine::Database& database);
 
