@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <set>
 
+#include "msi/lower/PathText.h"
 #include "odlex/database/ODLEXDatabase.h"
 #include "odlex/support/Path.h"
 #include "odlex/tables/ODLEXTables.h"
+#include "signature/PeVersion.h"
 #include "tables/RowQueries.h"
 
 using odlex::tables::collectRowsOfComponent;
@@ -147,6 +149,19 @@ bool ODLEXTFile::SetCompanionFile(MSIEFile& file, const MSIEFile& companion) {
   if (&companion == &file || Lookup(companion.GetFileID()) != &companion)
     return false;
   file.SetVersion(companion.GetFileID());
+  Revive(file);
+  return true;
+}
+
+bool ODLEXTFile::SetToFileVersion(MSIEFile& file, const TalString& path) {
+  std::string why;
+  const std::optional<odlex::signature::PeVersion> version =
+      odlex::signature::fileVersion(odlex::lower::toPath(path), why);
+  if (!version)
+    return false;
+  file.SetVersion(TalString::FromUtf8(version->version));
+  file.SetLanguage(version->language.empty() ? TalString()
+                                             : TalString::FromUtf8(version->language));
   Revive(file);
   return true;
 }

@@ -7,7 +7,9 @@
 
 #include "common/Oracle.h"
 #include "common/Packages.h"
+#include "common/PeModule.h"
 #include "common/TempDir.h"
+#include "common/VersionResource.h"
 #include "package/cabinet/Cabinet.h"
 
 namespace odlex::package {
@@ -250,6 +252,239 @@ TEST(PackageFiles, AdministrativeImageInstallsLikeTheOriginal) {
   extractAll(original, dir / "from-original");
   extractAll(image, dir / "from-image");
   EXPECT_EQ(filesUnder(dir / "from-image"), filesUnder(dir / "from-original"));
+}
+
+std::vector<std::string> splitTabs(const std::string& row) {
+  std::vector<std::string> fields;
+  for (std::size_t start = 0;;) {
+    const std::size_t tab = row.find('\t', start);
+    fields.push_back(row.substr(start, tab - start));
+    if (tab == std::string::npos)
+      return fields;
+    start = tab + 1;
+  }
+}
+
+// The row of `key` in `table` as msiinfo exports it; empty when there is none (or no table).
+std::string rowOf(const fs::path& package, const std::string& table, const std::string& key) {
+  if (test::msiinfoTables(package).out.find(table + "\n") == std::string::npos)
+    return {};
+  for (const std::string& row : test::msiinfoRows(package, table)) {
+    if (row.starts_with(key + "\t"))
+      return row;
+  }
+  return {};
+}
+
+// The MsiFileHash row of `key` for the file `file`, from md5sum's digest: four little-endian
+// signed 32-bit parts.
+std::string expectedHashRow(const std::string& key, const fs::path& file) {
+  const test::ProcessResult run = runProcess({"md5sum", file.string()});
+  EXPECT_TRUE(run.ok()) << run.describe();
+  std::string row = key + "\t0";
+  for (std::size_t part = 0; part < 4; ++part) {
+    std::uint32_t word = 0;
+    for (std::size_t byte = 0; byte < 4; ++byte)
+      word |= static_cast<std::uint32_t>(
+                  std::stoul(run.out.substr(8 * part + 2 * byte, 2), nullptr, 16))
+              << (8 * byte);
+    row += "\t" + std::to_string(static_cast<std::int32_t>(word));
+  }
+  return row;
+}
+
+TEST(PackageFileEditor, ReplacedFileHasTheNewBytesAndRows) {
+  std::string random(200000, '\0');
+  std::uint32_t state = 12345;
+  for (char& c : random)
+    c = static_cast<char>((state = state * 1103515245 + 12345) >> 24);
+  const struct {
+    const char* key;
+    std::string bytes;
+    const char* versionAndLanguage;
+    bool hashed;
+  } cases[] = {
+      {"Readme", "a new readme\r\n", "\t", true},
+      {"DataDb", random, "\t", true},
+      {"MainExe",
+       test::peModuleWith(16, test::versionResource(0x00020001, 0x00040003, {0x04B00409})),
+       "2.1.4.3\t1033", false},
+  };
+  const fs::path original = test::testPackage(test::PackageKind::kWixl).file;
+  ASSERT_FALSE(original.empty());
+  TempDir dir;
+  const std::map<std::string, std::string> before = msiextractFiles(original, dir / "before");
+  for (const auto& test : cases) {
+    SCOPED_TRACE(test.key);
+    const fs::path replacement = dir / "replacement";
+    writeFileBytes(replacement, test.bytes);
+    const fs::path out = dir / (std::string(test.key) + ".msi");
+    TalError error;
+    auto editor = ODLEXPackageFileEditor::Open(TalString::FromUtf8(original.string()),
+                                               TalString::FromUtf8(out.string()), error);
+    ASSERT_TRUE(editor) << error.GetText().ToUtf8();
+    std::string path;
+    for (const ODLEXPackageFile& file : editor->GetFiles()) {
+      if (file.key.ToUtf8() == test.key)
+        path = file.targetPath.ToUtf8();
+    }
+    ASSERT_TRUE(editor->ReplaceFile(TalString::FromUtf8(test.key),
+                                    TalString::FromUtf8(replacement.string()), error))
+        << error.GetText().ToUtf8();
+    ASSERT_TRUE(editor->Save(error)) << error.GetText().ToUtf8();
+    std::map<std::string, std::string> expected = before;
+    expected.at(path) = test.bytes;
+    EXPECT_EQ(msiextractFiles(out, dir / test.key), expected);
+    const std::vector<std::string> fields = splitTabs(rowOf(out, "File", test.key));
+    ASSERT_EQ(fields.size(), 8u);
+    EXPECT_EQ(fields[3], std::to_string(test.bytes.size()));
+    EXPECT_EQ(fields[4] + "\t" + fields[5], test.versionAndLanguage);
+    EXPECT_EQ(rowOf(out, "MsiFileHash", test.key),
+              test.hashed ? expectedHashRow(test.key, replacement) : "");
+  }
+}
+
+TEST(PackageFileEditor, ReplaceRefusesWhatItCannotReplace) {
+  TempDir dir;
+  writeFileBytes(dir / "new", "new bytes");
+  const fs::path wixl = test::testPackage(test::PackageKind::kWixl).file;
+  const struct {
+    const char* name;
+    fs::path package;
+    const char* key;
+    fs::path newFile;
+    unsigned code;
+  } cases[] = {
+      {"unknown key", wixl, "NoSuchFile", dir / "new", 87},
+      {"missing new file", wixl, "Readme", dir / "missing", 2},
+      {"uncompressed file", msibuildUncompressed(dir.path()), "F1", dir / "new", 1627},
+  };
+  for (const auto& test : cases) {
+    SCOPED_TRACE(test.name);
+    TalError error;
+    auto editor =
+        ODLEXPackageFileEditor::Open(TalString::FromUtf8(test.package.string()),
+                                     TalString::FromUtf8((dir / "out.msi").string()), error);
+    ASSERT_TRUE(editor) << error.GetText().ToUtf8();
+    EXPECT_FALSE(editor->ReplaceFile(TalString::FromUtf8(test.key),
+                                     TalString::FromUtf8(test.newFile.string()), error));
+    EXPECT_EQ(error.GetCode(), test.code) << error.GetText().ToUtf8();
+  }
+}
+
+TEST(PackageFileEditor, AddedFilesHaveRowsAndANewCabinet) {
+  const struct {
+    const char* name;
+    std::string bytes;
+    const char* row;  // the File row msiinfo exports, without the key
+  } cases[] = {
+      {"A Long Name.txt", "added text", "ReadmeDoc\tALONGN~1.TXT|A Long Name.txt\t10\t\t\t0\t6"},
+      {"lib.dll", test::peModuleWith(16, test::versionResource(0x00030000, 7, {0x04B00407})),
+       "ReadmeDoc\tlib.dll\t{size}\t3.0.0.7\t1031\t0\t7"},
+  };
+  const fs::path original = test::testPackage(test::PackageKind::kWixl).file;
+  ASSERT_FALSE(original.empty());
+  TempDir dir;
+  std::map<std::string, std::string> expected = msiextractFiles(original, dir / "before");
+  std::vector<TalString> files;
+  for (const auto& test : cases) {
+    writeFileBytes(dir / "new" / test.name, test.bytes);
+    files.push_back(TalString::FromUtf8((dir / "new" / test.name).string()));
+    expected[std::string("Program Files/Odlex Test/") + test.name] = test.bytes;
+  }
+  const fs::path out = dir / "out.msi";
+  TalError error;
+  auto editor = ODLEXPackageFileEditor::Open(TalString::FromUtf8(original.string()),
+                                             TalString::FromUtf8(out.string()), error);
+  ASSERT_TRUE(editor) << error.GetText().ToUtf8();
+  std::vector<TalString> keys;
+  ASSERT_TRUE(editor->AddFiles(TalString(u"ReadmeDoc"), files, keys, error))
+      << error.GetText().ToUtf8();
+  ASSERT_TRUE(editor->Save(error)) << error.GetText().ToUtf8();
+  EXPECT_EQ(keys, (std::vector<TalString>{TalString(u"A_Long_Name.txt"), TalString(u"lib.dll")}));
+  EXPECT_EQ(msiextractFiles(out, dir / "after"), expected);
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    std::string row = cases[i].row;
+    if (const std::size_t size = row.find("{size}"); size != std::string::npos)
+      row.replace(size, 6, std::to_string(cases[i].bytes.size()));
+    EXPECT_EQ(rowOf(out, "File", keys[i].ToUtf8()), keys[i].ToUtf8() + "\t" + row);
+  }
+  EXPECT_EQ(rowOf(out, "MsiFileHash", "A_Long_Name.txt"),
+            expectedHashRow("A_Long_Name.txt", dir / "new" / cases[0].name));
+  EXPECT_EQ(rowOf(out, "MsiFileHash", "lib.dll"), "");
+  EXPECT_EQ(test::msiinfoRows(out, "Media"),
+            (std::vector<std::string>{"1\t5\t\t#product.cab\t\t", "2\t7\t\t#added2.cab\t\t"}));
+}
+
+TEST(PackageFileEditor, AddRefusesUnknownComponentsAndTakenNames) {
+  TempDir dir;
+  writeFileBytes(dir / "readme.txt", "same name as the package's readme");
+  writeFileBytes(dir / "fresh.txt", "fresh");
+  const fs::path wixl = test::testPackage(test::PackageKind::kWixl).file;
+  const struct {
+    const char* component;
+    std::vector<fs::path> files;
+    unsigned code;
+  } cases[] = {
+      {"NoSuchComponent", {dir / "fresh.txt"}, 87},
+      {"ReadmeDoc", {dir / "README.TXT"}, 2},
+      {"ReadmeDoc", {dir / "readme.txt"}, 87},
+      {"ReadmeDoc", {dir / "fresh.txt", dir / "fresh.txt"}, 87},
+      {"ReadmeDoc", {}, 87},
+  };
+  for (std::size_t i = 0; i < std::size(cases); ++i) {
+    SCOPED_TRACE(testing::Message() << "case #" << i);
+    TalError error;
+    auto editor = ODLEXPackageFileEditor::Open(
+        TalString::FromUtf8(wixl.string()), TalString::FromUtf8((dir / "out.msi").string()), error);
+    ASSERT_TRUE(editor) << error.GetText().ToUtf8();
+    std::vector<TalString> files;
+    for (const fs::path& file : cases[i].files)
+      files.push_back(TalString::FromUtf8(file.string()));
+    std::vector<TalString> keys;
+    EXPECT_FALSE(editor->AddFiles(TalString::FromUtf8(cases[i].component), files, keys, error));
+    EXPECT_EQ(error.GetCode(), cases[i].code) << error.GetText().ToUtf8();
+    EXPECT_EQ(editor->GetFiles().size(), 5u);
+  }
+}
+
+// An administrative image of the wixl package, made by odlex.
+fs::path wixlAdministrativeImage(const fs::path& dir) {
+  const fs::path original = test::testPackage(test::PackageKind::kWixl).file;
+  EXPECT_TRUE(ODLEXDatabase::MakeAdministrativeImage(
+      TalString::FromUtf8(original.string()), TalString::FromUtf8((dir / "image").string())));
+  return dir / "image" / original.filename();
+}
+
+TEST(PackageFileEditor, CompressPutsEveryLayoutIntoOneEmbeddedCabinet) {
+  const struct {
+    const char* name;
+    std::function<fs::path(const fs::path&)> build;
+    std::size_t files;
+  } cases[] = {
+      {"administrative image", wixlAdministrativeImage, 5},
+      {"external cabinet", wixlExternalCabinet, 2},
+      {"uncompressed", msibuildUncompressed, 2},
+  };
+  for (const auto& test : cases) {
+    SCOPED_TRACE(test.name);
+    TempDir dir;
+    const fs::path package = test.build(dir.path());
+    extractAll(package, dir / "before");
+    const fs::path out = dir / "compressed" / "out.msi";
+    fs::create_directories(out.parent_path());
+    TalError error;
+    auto editor = ODLEXPackageFileEditor::Open(TalString::FromUtf8(package.string()),
+                                               TalString::FromUtf8(out.string()), error);
+    ASSERT_TRUE(editor) << error.GetText().ToUtf8();
+    ASSERT_TRUE(editor->Compress(error)) << error.GetText().ToUtf8();
+    ASSERT_TRUE(editor->Save(error)) << error.GetText().ToUtf8();
+    EXPECT_EQ(msiextractFiles(out, dir / "after"), filesUnder(dir / "before"));
+    EXPECT_EQ(test::msiinfoRows(out, "Media"),
+              std::vector<std::string>{"1\t" + std::to_string(test.files) + "\t\t#files1.cab\t\t"});
+    const std::vector<std::string> summary = test::splitLines(test::msiinfoSuminfo(out).out);
+    EXPECT_NE(std::find(summary.begin(), summary.end(), "Source: 2 (2)"), summary.end());
+  }
 }
 
 }  // namespace

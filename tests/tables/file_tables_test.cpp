@@ -7,6 +7,9 @@
 #include <tuple>
 
 #include "common/DatabaseTest.h"
+#include "common/Oracle.h"
+#include "common/PeModule.h"
+#include "common/VersionResource.h"
 #include "tables/TableTestSupport.h"
 
 namespace odlex::test {
@@ -157,6 +160,34 @@ TEST_F(FileTablesTest, VersionsThroughCompanions) {
     expectErrorWithEntry([&] { files.GetVersionToDisplay(handbuch); },
                          ODLEXDatabaseError::eFileVersionFailed, ODLEXTObject::eFile, handbuch);
   }
+}
+
+// A module's version resource becomes the row's Version and Language; a file without one
+// changes nothing.
+TEST_F(FileTablesTest, VersionFromAModule) {
+  ODLEXTFile& files = openPackage().GetFile();
+  MSIEFile& helper = files.GetFileWithID(u"HelperDll");
+  const struct {
+    std::string bytes;
+    bool set;
+    const char* version;
+    const char* language;
+  } cases[] = {
+      {test::peModuleWith(16,
+                          test::versionResource(0x00050004, 0x00030002, {0x04B00409, 0x04E4040C})),
+       true, "5.4.3.2", "1033,1036"},
+      {test::peModuleWith(16, test::versionResource(0x00010000, 0, {})), true, "1.0.0.0", ""},
+      {"MZ but no module", false, "1.0.0.0", ""},
+  };
+  for (std::size_t i = 0; i < std::size(cases); ++i) {
+    SCOPED_TRACE(testing::Message() << "case #" << i);
+    const std::filesystem::path module = file("module" + std::to_string(i));
+    test::writeFileBytes(module, cases[i].bytes);
+    EXPECT_EQ(files.SetToFileVersion(helper, TalString::FromUtf8(module.string())), cases[i].set);
+    EXPECT_EQ(helper.GetVersion().ToUtf8(), cases[i].version);
+    EXPECT_EQ(helper.GetLanguage().ToUtf8(), cases[i].language);
+  }
+  EXPECT_TRUE(helper.IsModified());
 }
 
 TEST_F(FileTablesTest, FilesPathsAndWhatDescribesThem) {

@@ -1,4 +1,5 @@
-// The plumbing of files list and extract: output shapes, exit statuses and the problem report.
+// The plumbing of files list, extract and file replace: output shapes, exit statuses, the
+// problem report, and nothing written by a failed or dry run.
 // What the files are and where they go is checked by the library's tests.
 
 #include <gtest/gtest.h>
@@ -49,6 +50,38 @@ TEST(OdlexFiles, ExtractReportsEachFileItCannotWriteAndFails) {
   EXPECT_EQ(document["problems"][0].at("file"), "Readme");
   EXPECT_EQ(document["problems"][0].at("code"), 183);
   EXPECT_EQ(runOdlex({"extract", wixlPackage()}).exitCode, 2);
+}
+
+TEST(OdlexFiles, ReplaceWritesOnlyOnSuccessAndPrintsTheNewRow) {
+  TempDir dir;
+  writeFileBytes(dir / "new.txt", "new");
+  const std::string out = (dir / "out.msi").string();
+  const std::string replacement = (dir / "new.txt").string();
+  const struct {
+    std::vector<std::string> args;
+    int exitCode;
+    bool written;
+  } cases[] = {
+      {{"file", "replace", wixlPackage(), "Readme", replacement, "-o", out, "--dry-run"}, 0, false},
+      {{"file", "replace", wixlPackage(), "Nothing", replacement, "-o", out}, 1, false},
+      {{"file", "replace", wixlPackage(), "Readme", "-o", out}, 2, false},
+      {{"file", "replace", wixlPackage(), "Readme", replacement, "-o", out, "--json"}, 0, true},
+  };
+  for (const auto& test : cases) {
+    SCOPED_TRACE(test.args[3]);
+    const ProcessResult run = runOdlex(test.args);
+    EXPECT_EQ(run.exitCode, test.exitCode) << run.describe();
+    EXPECT_EQ(std::filesystem::exists(out), test.written);
+    if (test.exitCode == 1) {
+      EXPECT_NE(run.err.find("(error 87)\n"), std::string::npos) << run.err;
+    }
+  }
+  const nlohmann::json document = nlohmann::json::parse(
+      odlexOutput({"file", "replace", out, "Readme", replacement, "--json", "--dry-run"}));
+  EXPECT_EQ(document.at("size"), 3);
+  EXPECT_EQ(document.size(), 5u);
+  EXPECT_EQ(splitLines(odlexOutput({"file", "replace", out, "Readme", replacement})),
+            std::vector<std::string>{"file\tReadme\t3\t\t"});
 }
 
 }  // namespace

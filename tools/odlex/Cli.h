@@ -77,6 +77,7 @@ void addSummaryCommands(Commands& commands);
 void addSearchCommands(Commands& commands);
 void addProductTableCommands(Commands& commands);
 void addFileCommands(Commands& commands);
+void addFileEditCommands(Commands& commands);
 void addMergeCommands(Commands& commands);
 void addTransformCommands(Commands& commands);
 void addDiffCommand(Commands& commands);

@@ -67,6 +67,7 @@ int main(int argc, char** argv) {
   odlex::cli::addSearchCommands(commands);
   odlex::cli::addProductTableCommands(commands);
   odlex::cli::addFileCommands(commands);
+  odlex::cli::addFileEditCommands(commands);
   odlex::cli::addMergeCommands(commands);
   odlex::cli::addTransformCommands(commands);
   odlex::cli::addDiffCommand(commands);

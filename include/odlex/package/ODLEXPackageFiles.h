@@ -25,10 +25,6 @@
 #include "odlex/support/TalError.h"
 #include "odlex/support/TalString.h"
 
-namespace odlex::package {
-class ExtractRoot;
-}
-
 enum class ODLEXFileSource {
   kEmbeddedCabinet,  // a cabinet stream inside the package
   kExternalCabinet,  // a cabinet file beside the package
@@ -102,12 +98,81 @@ class ODLEXPackageFiles {
 
  private:
   explicit ODLEXPackageFiles(std::unique_ptr<State> state);
-  // Writes each file at its relative path (an empty path: its directory did not resolve).
-  void writeFiles(odlex::package::ExtractRoot& root,
-                  const std::vector<std::pair<const ODLEXPackageFile*, std::u16string>>& chosen,
-                  std::vector<TalError>& problems);
-  void writeBinaryStreams(odlex::package::ExtractRoot& root, std::vector<TalError>& problems);
-
   std::unique_ptr<State> state_;
   std::vector<ODLEXPackageFile> files_;
+};
+
+// Changes to the files inside a package: made on the package's tables and streams in memory,
+// written by Save. New and rewritten cabinets are MSZIP cabinets made in a scratch folder and
+// copied into the package when it is saved; no cabinet is ever held in memory.
+//
+// A file's facts come from its new bytes: File.FileSize its size; for a Windows module with a
+// version resource, Version its fixed file version and Language the languages of its
+// translation table (null when it has none), and no MsiFileHash row; for any other file,
+// Version and Language null and an MsiFileHash row with the MD5 hash of its bytes (the table
+// made when the package has none).
+class ODLEXPackageFileEditor {
+ public:
+  // Opens `package` for editing; Save writes the result to `output`, or over the package when
+  // `output` is empty (in both cases a new file beside it, renamed into place, so that the
+  // package is untouched until the save succeeds). Null with the error when it cannot be read
+  // or its File, Component, Directory or Media table is malformed.
+  static std::unique_ptr<ODLEXPackageFileEditor> Open(const TalString& package,
+                                                      const TalString& output, TalError& error);
+  ~ODLEXPackageFileEditor();
+  ODLEXPackageFileEditor(const ODLEXPackageFileEditor&) = delete;
+  ODLEXPackageFileEditor& operator=(const ODLEXPackageFileEditor&) = delete;
+
+  // The files as they are now (after the changes made so far), in File key order.
+  const std::vector<ODLEXPackageFile>& GetFiles() const;
+
+  // Puts the bytes of the host file `newFile` in place of the file `fileKey`: the embedded
+  // cabinet that holds it is rewritten with the new member in the old one's place and every
+  // other member as it was; the package's other cabinets are copied as they are. The File row
+  // and MsiFileHash row then describe the new bytes (see above). Only files in embedded
+  // cabinets are replaced: a file in a cabinet beside the package, or lying uncompressed
+  // beside it, is refused (its bytes are not the package's to rewrite: replace the file on
+  // disk, or compress the package first). Errors, nothing changed: 87 an unknown key; 2 the
+  // cabinet stream or its member is missing, or `newFile` cannot be read; 1627 the file is not
+  // in an embedded cabinet, the cabinet is damaged or cannot be written, or `newFile` is larger
+  // than a cabinet holds.
+  bool ReplaceFile(const TalString& fileKey, const TalString& newFile, TalError& error);
+
+  // Adds the host files `files` to the component `component`, in the component's folder: one
+  // File row each, keyed by an identifier made from the file's name (letters, digits, '_' and
+  // '.'; "_2", "_3", ... appended when the key is taken), named "SHORT|long" with a short name
+  // made as Windows makes them (free among the names of the folder's files) or by its name
+  // alone when that is a valid short name, with the sequence numbers after the package's last,
+  // and the attributes of a file in a cabinet (Compressed when the package's files are not
+  // compressed by default). Their bytes go, in that order, into a new embedded cabinet
+  // ("added<N>.cab") on a new disk: a Media row with the next DiskId and the last of the new
+  // sequence numbers. `keys` receives the new keys in the order of `files`. Errors, nothing
+  // changed: 87 no such component, two files with one name, no files, or a merge module (whose
+  // files are all in its MergeModule.CABinet stream); 2 a file cannot be
+  // read; 1627 a file is too large for a cabinet, the sequence numbers run out (past 32767),
+  // or the cabinet cannot be written.
+  bool AddFiles(const TalString& component, const std::vector<TalString>& files,
+                std::vector<TalString>& keys, TalError& error);
+
+  // Makes the package hold all of its files in one embedded MSZIP cabinet, wherever their bytes
+  // are now (lying uncompressed beside it, as in an administrative image, in cabinets beside
+  // it, or in embedded cabinets): the files go into the new cabinet ("files1.cab") in sequence
+  // order and are numbered 1, 2, ... in that order; their File rows lose the Compressed and
+  // Noncompressed attributes; the Media table keeps one row (DiskId 1, the last sequence number,
+  // the new cabinet); the old embedded cabinets are removed; and the summary's word count says
+  // "compressed" (2, with the no-elevation bit 8 kept). Every file is read as Extract reads it
+  // (sizes checked against the File table, paths beside the package never leaving its folder).
+  // Errors, nothing changed: the first problem reading a file (as Extract reports it); 87 the
+  // package has no files or is a merge module; 1627 the cabinet cannot be written.
+  bool Compress(TalError& error);
+
+  // Saves the package (see Open). False with the error (installer result code) when it cannot be
+  // written; the package and any existing output are then untouched.
+  bool Save(TalError& error);
+
+  struct State;
+
+ private:
+  explicit ODLEXPackageFileEditor(std::unique_ptr<State> state);
+  std::unique_ptr<State> state_;
 };

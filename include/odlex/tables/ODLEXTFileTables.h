@@ -79,6 +79,12 @@ class ODLEXTFile : public ODLEXTRowTable<ODLEXTFile, ODLEXTObject::eFile> {
   // and table are marked modified. Refused (false, nothing changed) when `companion` is `file`
   // itself or is not a live row of this table.
   bool SetCompanionFile(MSIEFile& file, const MSIEFile& companion);
+  // Makes `file`'s Version and Language those of the version resource of the Windows module at
+  // the host path `path` (its fixed file version; the languages of its translation table,
+  // ','-separated, or null when it has none) and marks the row modified. False, nothing
+  // changed, when `path` is no module with a version resource (a file the installer compares by
+  // its hash instead).
+  bool SetToFileVersion(MSIEFile& file, const TalString& path);
 
   // Whether a live Font row names `file` (it is installed as a font).
   bool IsFileAFont(const MSIEFile& file);

@@ -5,15 +5,13 @@
 #include "odlex/database/ODLEXDatabase.h"
 #include "package/files/ExtractRoot.h"
 #include "package/files/FileLayout.h"
+#include "package/files/FileWriting.h"
 #include "package/files/PackageFilesState.h"
 #include "package/files/TableColumns.h"
 
 namespace odlex::package {
 
 namespace {
-
-// The word count bit that keeps a package from asking for elevation; kept in the image.
-constexpr int kSourceNoElevation = 8;
 
 // The package's copy for the image: Media rows without cabinets, File rows without the
 // Compressed attribute, no embedded cabinets, and the image's word count.
@@ -73,7 +71,7 @@ bool ODLEXPackageFiles::MakeAdministrativeImage(const TalString& directory,
     problems.push_back(problem(code, name, error));
     return false;
   }
-  writeFiles(root, chosen, problems);
+  writeFiles(*state_->database, state_->folder, root, chosen, problems);
   if (problems.size() != before)
     return false;
   std::unique_ptr<engine::Database> image = engine::Database::openInto(

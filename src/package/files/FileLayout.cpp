@@ -93,12 +93,22 @@ std::u16string_view shortNameOf(std::u16string_view name) {
   return name.substr(0, name.find(u'|'));
 }
 
+bool isMergeModule(const engine::Database& database) {
+  return !database.findTable(u"Media") && database.hasStream(kModuleCabinet);
+}
+
 int wordCountOf(const engine::Database& database) {
   if (!database.summary())
     return 0;
   const auto& properties = database.summary()->properties;
   const auto found = properties.find(storage::kPidWordCount);
   return found == properties.end() ? 0 : found->second.integer;
+}
+
+int attributesInCabinet(const engine::Database& database, int attributes) {
+  attributes &= ~kFileNoncompressed;
+  return (wordCountOf(database) & kSourceCompressed) ? attributes & ~kFileCompressed
+                                                     : attributes | kFileCompressed;
 }
 
 bool resolveFiles(const engine::Database& database, std::vector<ODLEXPackageFile>& files,
@@ -116,7 +126,7 @@ bool resolveFiles(const engine::Database& database, std::vector<ODLEXPackageFile
   }
   const int wordCount = layout.value_or(wordCountOf(database));
   const bool shortSourceNames = (wordCount & kSourceShortNames) != 0;
-  const bool module = !database.findTable(u"Media") && database.hasStream(kModuleCabinet);
+  const bool module = isMergeModule(database);
   const directory::MemoryDirectoryModel model = directoryModel(database);
   const std::vector<MediaRange> media = mediaRanges(database);
   std::map<std::u16string, std::u16string, std::less<>> directoryOf;

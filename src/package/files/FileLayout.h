@@ -15,6 +15,7 @@ namespace odlex::package {
 constexpr int kSourceShortNames = 1;
 constexpr int kSourceCompressed = 2;
 constexpr int kSourceAdminImage = 4;
+constexpr int kSourceNoElevation = 8;
 // File attributes that override the package's default compression for one file.
 constexpr int kFileNoncompressed = 0x2000;
 constexpr int kFileCompressed = 0x4000;
@@ -26,8 +27,16 @@ inline constexpr std::u16string_view kModuleCabinet = u"MergeModule.CABinet";
 std::u16string_view longNameOf(std::u16string_view name);
 std::u16string_view shortNameOf(std::u16string_view name);
 
+// Whether `database` is a merge module: no Media table, its files in a MergeModule.CABinet
+// stream.
+bool isMergeModule(const engine::Database& database);
+
 // The summary's word count; 0 when the package has none.
 int wordCountOf(const engine::Database& database);
+
+// File attributes for a file held in a cabinet of `database`: marked compressed when the
+// package's files are not compressed by default, never marked uncompressed.
+int attributesInCabinet(const engine::Database& database, int attributes);
 
 // The files of `database` in File key order, laid out as the word count `wordCount` says (the
 // package's own when not given). A directory that cannot be resolved leaves the file's paths

@@ -2,44 +2,17 @@
 
 #include "package/merge/ModuleCabinet.h"
 
-#include <stdlib.h>
-
 #include <filesystem>
 #include <map>
-#include <system_error>
 
 #include "msi/engine/Text.h"
-#include "package/cabinet/Cabinet.h"
-#include "storage/FileSystem.h"
+#include "package/cabinet/PackedCabinet.h"
 
 namespace odlex::merge {
 
 namespace {
 
 constexpr char16_t kModuleCabinet[] = u"MergeModule.CABinet";
-
-// A new folder under the system's temporary folder, removed with its files when it goes. A
-// file still open (the new cabinet's source) stays readable until it is closed.
-class ScratchFolder {
- public:
-  ScratchFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "odlex-merge-XXXXXX").string();
-    if (mkdtemp(pattern.data()))
-      path_ = pattern;
-  }
-  ~ScratchFolder() {
-    std::error_code ignored;
-    if (!path_.empty())
-      std::filesystem::remove_all(path_, ignored);
-  }
-  ScratchFolder(const ScratchFolder&) = delete;
-  ScratchFolder& operator=(const ScratchFolder&) = delete;
-
-  const std::filesystem::path& path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
-};
 
 [[noreturn]] void fail(MergeLog& log, const std::string& reason) {
   log.stop(ODLEXDatabaseError::eMergeStep58, ODLEXMergeError::eFileCreate,
@@ -74,7 +47,7 @@ std::shared_ptr<const storage::StreamSource> repackFiles(const engine::Database&
     wanted[found->second] = name;
   }
 
-  ScratchFolder scratch;
+  package::ScratchFolder scratch;
   if (scratch.path().empty())
     fail(log, "no scratch folder can be made for the module's files");
   std::map<std::string, std::filesystem::path> extracted;
@@ -93,13 +66,10 @@ std::shared_ptr<const storage::StreamSource> repackFiles(const engine::Database&
     const std::string name = engine::toUtf8(key);
     writer.add(name, extracted.at(name));
   }
-  const std::filesystem::path packed = scratch.path() / "files.cab";
-  if (!writer.write(packed, reason))
-    fail(log, "the cabinet of the module's files cannot be written: " + reason);
   std::shared_ptr<const storage::StreamSource> source =
-      storage::fileSource(storage::FileSystem::real(), packed, reason);
+      package::packCabinet(writer, scratch, reason);
   if (!source)
-    fail(log, "the cabinet of the module's files cannot be read back: " + reason);
+    fail(log, "the cabinet of the module's files cannot be written: " + reason);
   return source;
 }
 

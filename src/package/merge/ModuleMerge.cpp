@@ -9,6 +9,8 @@
 
 #include "msi/engine/Text.h"
 #include "msi/schema/Schema.h"
+#include "package/cabinet/PackedCabinet.h"
+#include "package/files/FileLayout.h"
 #include "package/merge/MergeTarget.h"
 #include "package/merge/ModuleCabinet.h"
 #include "package/merge/ModuleRelations.h"
@@ -163,20 +165,13 @@ class Merger {
     const TableRows* files = find(tables_, u"File");
     if (!files || files->rows.empty())
       return;
-    int last = 0;
+    const package::MediaEnd end = package::mediaEndOf(package_);
+    int last = end.lastSequence;
+    mediaDiskId_ = end.lastDiskId;
     std::map<std::u16string, int> held;
     if (const TableRows* packageFiles = target_.packageTable(u"File")) {
-      for (const Row& row : packageFiles->rows) {
-        const int number = packageFiles->integerOf(row, u"Sequence", 0);
-        held[row[0].text] = number;
-        last = std::max(last, number);
-      }
-    }
-    if (const TableRows* media = target_.packageTable(u"Media")) {
-      for (const Row& row : media->rows) {
-        last = std::max(last, media->integerOf(row, u"LastSequence", 0));
-        mediaDiskId_ = std::max(mediaDiskId_, media->integerOf(row, u"DiskId", 0));
-      }
+      for (const Row& row : packageFiles->rows)
+        held[row[0].text] = packageFiles->integerOf(row, u"Sequence", 0);
     }
     // A file the package holds already (the module merged before) keeps its number: only the
     // others are new and go onto the new disk.
@@ -241,30 +236,9 @@ class Merger {
         row[static_cast<std::size_t>(sequence)] = Value::ofInteger(fileNumbers_.at(row[0].text));
       const int attributes = table.columnIndex(u"Attributes");
       if (attributes >= 0 && newFileKeys_.count(row[0].text))
-        row[static_cast<std::size_t>(attributes)] =
-            Value::ofInteger(inCabinet(table.integerOf(row, u"Attributes", 0)));
+        row[static_cast<std::size_t>(attributes)] = Value::ofInteger(
+            package::attributesInCabinet(package_, table.integerOf(row, u"Attributes", 0)));
     }
-  }
-
-  // Whether the package's summary information says its files are in cabinets unless marked
-  // otherwise.
-  bool compressedByDefault() const {
-    constexpr int kSourceCompressed = 2;  // a bit of the word count
-    const auto& summary = package_.summary();
-    if (!summary)
-      return false;
-    const auto wordCount = summary->properties.find(storage::kPidWordCount);
-    return wordCount != summary->properties.end() &&
-           (wordCount->second.integer & kSourceCompressed) != 0;
-  }
-
-  // File attributes for a file that is in a cabinet of this package: marked compressed when the
-  // package's files are not compressed by default, never marked uncompressed.
-  int inCabinet(int attributes) const {
-    constexpr int kNoncompressed = 0x2000;
-    constexpr int kCompressed = 0x4000;
-    attributes &= ~kNoncompressed;
-    return compressedByDefault() ? attributes & ~kCompressed : attributes | kCompressed;
   }
 
   void copyRows() {
@@ -319,9 +293,9 @@ class Merger {
   void addMedia() {
     if (newFiles_.empty())
       return;
-    std::u16string stream;
-    for (int n = mediaDiskId_; stream.empty() || target_.hasStream(stream); ++n)
-      stream = u"merged" + engine::fromUtf8(std::to_string(n)) + u".cab";
+    const std::u16string stream = package::freeCabinetName(
+        u"merged", mediaDiskId_,
+        [&](const std::u16string& name) { return target_.hasStream(name); });
     target_.addStream(stream, repackFiles(module_, newFiles_, log_));
     const std::vector<engine::Column> columns = catalogColumns(u"Media");
     target_.add(u"Media", columns,
