@@ -45,7 +45,7 @@ storage::CompoundNode readTransform(const engine::Database& db, const std::strin
   const bool read =
       file.starts_with(':')
           ? db.readStorage(engine::fromUtf8(file.substr(1)), tree, error)
-          : transform::readTransformFile(storage::FileSystem::real(), file, tree, error);
+          : transform::readTransformFile(storage::FileSystem::current(), file, tree, error);
   if (!read)
     throw Failure(error);
   return tree;
@@ -64,7 +64,7 @@ std::unique_ptr<engine::Database> openForEdit(const std::string& package,
   if (output.empty())
     return openPackage(package, OpenMode::kUpdate);
   engine::Error error;
-  auto db = engine::Database::openInto(storage::FileSystem::real(), package, output, error);
+  auto db = engine::Database::openInto(storage::FileSystem::current(), package, output, error);
   if (!db)
     throw Failure(error);
   return db;
@@ -90,8 +90,8 @@ void addGenerate(Commands& commands) {
         bool differs = false;
         engine::Error error;
         if (!transform::generateTransform(*base, *target, flags, tree, differs, error) ||
-            (differs && !transform::writeTransformFile(storage::FileSystem::real(), options->output,
-                                                       tree, error)))
+            (differs && !transform::writeTransformFile(storage::FileSystem::current(),
+                                                       options->output, tree, error)))
           throw Failure(error);
         if (!differs)
           printLine("the packages do not differ: no transform written");

@@ -37,7 +37,7 @@ std::shared_ptr<const storage::StreamSource> packCabinet(const CabinetWriter& wr
   const std::filesystem::path packed = scratch.newPath("packed.cab");
   if (!writer.write(packed, error))
     return nullptr;
-  return storage::fileSource(storage::FileSystem::real(), packed, error);
+  return storage::fileSource(storage::FileSystem::current(), packed, error);
 }
 
 MediaEnd mediaEndOf(const engine::Database& package) {
