@@ -11,25 +11,11 @@
 #include "common/TempDir.h"
 #include "msi/engine/Database.h"
 #include "msi/query/Query.h"
+#include "msi/query/QueryText.h"
 #include "storage/FileSystem.h"
 
 namespace odlex::query {
 namespace {
-
-std::u16string utf16(std::string_view ascii) {
-  return std::u16string(ascii.begin(), ascii.end());
-}
-
-std::string show(const Field& field) {
-  switch (field.kind) {
-    case Field::Kind::kNull:
-      return "null";
-    case Field::Kind::kInteger:
-      return std::to_string(field.integer);
-    default:
-      return Utf16ToUtf8(field.text);
-  }
-}
 
 class QueryChange : public ::testing::Test {
  protected:

@@ -7,13 +7,10 @@
 
 #include "common/Mutate.h"
 #include "msi/query/Parser.h"
+#include "msi/query/QueryText.h"
 
 namespace odlex::query {
 namespace {
-
-std::u16string utf16(std::string_view ascii) {
-  return std::u16string(ascii.begin(), ascii.end());
-}
 
 // Parses `text`, keeping the statement when it is a SELECT.
 bool parseSelect(std::u16string_view text, SelectStatement& select, engine::Error& error) {

@@ -13,30 +13,13 @@
 #include "msi/engine/Database.h"
 #include "msi/query/Diagnostics.h"
 #include "msi/query/Query.h"
+#include "msi/query/QueryText.h"
 #include "storage/FileSystem.h"
 
 namespace odlex::query {
 namespace {
 
 namespace type = engine::column_type;
-
-std::u16string utf16(std::string_view ascii) {
-  return std::u16string(ascii.begin(), ascii.end());
-}
-
-std::string show(const Field& field) {
-  switch (field.kind) {
-    case Field::Kind::kNull:
-      return "null";
-    case Field::Kind::kInteger:
-      return std::to_string(field.integer);
-    case Field::Kind::kString:
-      return Utf16ToUtf8(field.text);
-    case Field::Kind::kStream:
-      return "stream:" + Utf16ToUtf8(field.text);
-  }
-  return "?";
-}
 
 class QueryTest : public ::testing::Test {
  protected:
