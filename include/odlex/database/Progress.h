@@ -1,7 +1,8 @@
 #pragma once
 // Progress sinks a host hands to the library (ODLEXDatabase::SetSingleProgress and
-// SetDualProgress); the library owns them from then on and deletes them. Long operations report
-// through them: a single bar, or an overall bar with a bar for the current step.
+// SetDualProgress): a single bar, or an overall bar with a bar for the current step. The library
+// owns them from then on: it keeps them, hands them to whoever asks (GetSingleProgress,
+// GetDualProgress) and deletes them; it draws nothing through them itself.
 
 #include "odlex/support/TalString.h"
 
