@@ -84,13 +84,8 @@ TEST_F(LowerPackageTest, OpenIntoOutputNeverWritesTheSource) {
   ASSERT_EQ(db.commit(), 0u);
   EXPECT_EQ(readFileBytes(package_), before);
 
-  // The output holds the change and still reads as the source did, for an independent reader.
   const std::vector<std::string> tables = msiinfoPersistentTables(output);
   EXPECT_NE(std::find(tables.begin(), tables.end(), "Icon"), tables.end());
-  ProcessResult original = msiinfoExport(package_, "File");
-  ProcessResult copied = msiinfoExport(output, "File");
-  ASSERT_TRUE(copied.ok()) << copied.describe();
-  EXPECT_TRUE(linesEqual(splitLines(original.out), splitLines(copied.out), "File"));
 
   // Re-opening after that commit reads the output, which has the change, and keeps the paths.
   db.close(false);
@@ -100,12 +95,17 @@ TEST_F(LowerPackageTest, OpenIntoOutputNeverWritesTheSource) {
   EXPECT_EQ(readFileBytes(package_), before);
 }
 
-TEST_F(LowerPackageTest, ReopenInPlaceSeesCommittedChangesOnly) {
+// Tables come from the catalog (their columns are the schema tests'); a table that is not
+// committed is lost when the database is opened again.
+TEST_F(LowerPackageTest, AddedTablesLastOnlyWhenCommitted) {
   MSIDatabase db(text(package_), MSIDatabase::ePersistDirect);
   ASSERT_EQ(db.AddTable(u"Icon"), 0u);
   db.close(false);  // not committed: lost
   ASSERT_EQ(db.open(), 0u);
   ASSERT_EQ(db.AddTable(u"Icon"), 0u);
+  EXPECT_EQ(db.AddTable(u"Icon"), 183u);
+  EXPECT_EQ(db.AddTable(u"NotAStandardTable"), 1628u);
+  EXPECT_EQ(takeErrorCodes(db), (std::vector<unsigned>{183, 1628}));
   EXPECT_EQ(db.close(true), 0u);
   ASSERT_EQ(db.open(), 0u);
   EXPECT_EQ(db.AddTable(u"Icon"), 183u);
@@ -233,44 +233,12 @@ TEST_F(LowerPackageTest, QueryFailuresAreRecordedWhenAsked) {
   EXPECT_EQ(view.Execute(nullptr, true), 1609u);
 }
 
-TEST_F(LowerPackageTest, ExportImportRoundTripExportsTheSameAgain) {
-  MSIDatabase source(text(package_), MSIDatabase::ePersistReadOnly);
-  const fs::path idtDir = dir_ / "idt";
-  fs::create_directories(idtDir);
-  const fs::path created = dir_ / "imported.msi";
-  MSIDatabase target(text(created), MSIDatabase::ePersistCreate);
-  for (const char* table : {"_ForceCodepage", "File", "Binary", "Feature"}) {
-    const fs::path file = idtDir / (std::string(table) + ".idt");
-    ASSERT_EQ(source.Export(TalString::FromUtf8(table), text(file)), 0u) << table;
-    ASSERT_EQ(target.Import(text(file)), 0u) << table;
-  }
-  ASSERT_EQ(target.commit(), 0u);
-  MSIDatabase reopened(text(created), MSIDatabase::ePersistReadOnly);
-  for (const char* table : {"File", "Binary", "Feature"}) {
-    const fs::path again = dir_ / (std::string(table) + ".idt");
-    ASSERT_EQ(reopened.Export(TalString::FromUtf8(table), text(again)), 0u) << table;
-    EXPECT_EQ(readFileBytes(again), readFileBytes(idtDir / (std::string(table) + ".idt"))) << table;
-  }
-
-  EXPECT_EQ(source.Export(u"NoSuchTable", text(idtDir / "x.idt")), 1628u);
-  EXPECT_EQ(target.Import(text(idtDir / "missing.idt")), 2u);
-  EXPECT_EQ(takeErrorCodes(source), std::vector<unsigned>{1628});
-  EXPECT_EQ(takeErrorCodes(target), std::vector<unsigned>{2});
-}
-
-TEST_F(LowerPackageTest, AddTableTakesTheCatalogColumns) {
+// What export and import write is the table-file tests'; here the lower layer's error list.
+TEST_F(LowerPackageTest, ExportAndImportFailuresAreRecorded) {
   MSIDatabase db(text(package_), MSIDatabase::ePersistDirect);
-  ASSERT_EQ(db.AddTable(u"Shortcut"), 0u);
-  EXPECT_EQ(db.AddTable(u"Shortcut"), 183u);
-  EXPECT_EQ(db.AddTable(u"NotAStandardTable"), 1628u);
-  EXPECT_EQ(takeErrorCodes(db), (std::vector<unsigned>{183, 1628}));
-  ASSERT_EQ(db.commit(), 0u);
-
-  ProcessResult exported = msiinfoExport(package_, "Shortcut");
-  ASSERT_TRUE(exported.ok()) << exported.describe();
-  const std::vector<std::string> lines = splitLines(exported.out);
-  ASSERT_GE(lines.size(), 3u);
-  EXPECT_EQ(lines[2], "Shortcut\tShortcut");
+  EXPECT_EQ(db.Export(u"NoSuchTable", text(dir_ / "x.idt")), 1628u);
+  EXPECT_EQ(db.Import(text(dir_ / "missing.idt")), 2u);
+  EXPECT_EQ(takeErrorCodes(db), (std::vector<unsigned>{1628, 2}));
 }
 
 TEST_F(LowerPackageTest, SchemaColumnsOfCatalogAndCustomTables) {
