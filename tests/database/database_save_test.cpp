@@ -5,7 +5,6 @@
 #include <odlex/support/RWFactory.h>
 #include <odlex/tables/ODLEXTables.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <vector>
 
@@ -98,22 +97,6 @@ TEST_F(DatabaseSaveTest, PackageCodePolicyDecidesOnSave) {
     ODLEXDatabase::SetGlobalAutoUpdatePackageCode(nullptr);
     db.RemoveFromList(false);
   }
-}
-
-TEST_F(DatabaseSaveTest, ChangedProductInformationIsWrittenToThePropertyTable) {
-  ODLEXDatabase& db = openPackage();
-  ODLEXDatabaseInfo info = db.GetDatabaseInfo();
-  EXPECT_EQ(info.productName, u"Idt Oracle Product");
-  info.productName = u"Renamed Product";
-  info.noRemove = true;
-  info.manufacturer = TalString();
-  db.SetDatabaseInfo(info, nullptr);
-  db.SaveChanges();
-  const std::vector<std::string> rows = msiinfoRows(package(), "Property");
-  for (const auto& [row, count] : {std::pair{"ProductName\tRenamed Product", 1},
-                                   {"ARPNOREMOVE\t1", 1},
-                                   {"Manufacturer\tOdlex Fixtures", 0}})
-    EXPECT_EQ(std::count(rows.begin(), rows.end(), row), count) << row;
 }
 
 TEST_F(DatabaseSaveTest, RollbackPutsTheWorkingFileBackAsFirstOpened) {
