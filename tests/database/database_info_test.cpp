@@ -103,7 +103,7 @@ TEST_F(DatabaseInfoTest, MergeModuleProductCodeIsTheModuleID) {
   EXPECT_EQ(db.GetDatabase().GetModuleID(), id);
 }
 
-TEST_F(DatabaseInfoTest, TextsTheCodePageCannotHoldRefuseTheRecord) {
+TEST_F(DatabaseInfoTest, RecordIsCheckedThenWrittenToTheProperties) {
   ODLEXDatabase& db = openPackage();
   ODLEXDatabaseInfo info = db.GetDatabaseInfo();
   info.productName = u"Produkt \u4E2D";
@@ -119,14 +119,22 @@ TEST_F(DatabaseInfoTest, TextsTheCodePageCannotHoldRefuseTheRecord) {
   EXPECT_FALSE(db.IsModified());
   EXPECT_EQ(db.GetDatabaseInfo().productName, u"Idt Oracle Product");
 
+  // A record that fits is written to the properties; cleared values remove theirs.
   info = db.GetDatabaseInfo();
   info.estimatedSize = 12;
   info.allUsers = 0;
+  info.productName = u"Renamed Product";
+  info.noRemove = true;
+  info.manufacturer = TalString();
   db.SetDatabaseInfo(info, &reason);
   EXPECT_EQ(reason, u"0");
   EXPECT_TRUE(db.IsModified());
-  EXPECT_EQ(db.GetProperty().GetValue(u"ARPSIZE"), u"12");
-  EXPECT_EQ(db.GetProperty().GetValue(u"ALLUSERS"), u"");
+  for (const auto& [name, value] : {std::pair{u"ARPSIZE", u"12"},
+                                    {u"ALLUSERS", u""},
+                                    {u"ProductName", u"Renamed Product"},
+                                    {u"ARPNOREMOVE", u"1"},
+                                    {u"Manufacturer", u""}})
+    EXPECT_EQ(db.GetProperty().GetValue(name), value) << TalString(name).ToUtf8();
 }
 
 // Properties of a package that is not opened as a database: each failing step has its code and

@@ -6,6 +6,7 @@
 #include <odlex/tables/ODLEXTables.h>
 
 #include <filesystem>
+#include <functional>
 
 #include "common/DatabaseTest.h"
 
@@ -17,19 +18,48 @@ using Error = ODLEXDatabaseError;
 
 class DatabaseOpenTest : public DatabaseTest {};
 
+// Opened on a source and an output file, listed that way or pointed at the output once open, the
+// source is only read; the output receives the changes and the source's streams.
 TEST_F(DatabaseOpenTest, OutputFileOpenWritesOnlyTheOutput) {
   const std::string before = readFileBytes(package());
-  const fs::path output = file("out.msi");
-  ODLEXOpenType how(text(output).data());
-  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()), how);
-  EXPECT_TRUE(how.IsEnum());
-  EXPECT_EQ(db.GetFilePath(), text(package()));
-  EXPECT_EQ(db.GetDatabasePath(), text(output));
-  EXPECT_NO_THROW(db.SetCreatingTransform(true));
-  addSearch(db);
-  ODLEXDatabase::RemoveDatabaseFromList(text(package()), true);
-  EXPECT_EQ(readFileBytes(package()), before);
-  EXPECT_EQ(msiinfoRows(output, "AppSearch"), std::vector<std::string>{kSearchRow});
+  const struct {
+    const char* name;
+    std::function<ODLEXDatabase&(const fs::path& output)> open;
+  } ways[] = {
+      {"listed with the output",
+       [&](const fs::path& output) -> ODLEXDatabase& {
+         ODLEXOpenType how(text(output).data());
+         ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()), how);
+         EXPECT_TRUE(how.IsEnum());
+         return db;
+       }},
+      {"output set once open",
+       [&](const fs::path& output) -> ODLEXDatabase& {
+         ODLEXDatabase& db = openPackage();
+         ODLEXOpenType intoOutput(text(output).data());
+         EXPECT_TRUE(db.SetDatabasePath(text(package()), intoOutput));
+         return db;
+       }},
+  };
+  for (const auto& way : ways) {
+    SCOPED_TRACE(way.name);
+    const fs::path output = file(std::string(way.name) + ".msi");
+    ODLEXDatabase& db = way.open(output);
+    EXPECT_FALSE(db.IsReadOnly());
+    EXPECT_EQ(db.GetFilePath(), text(package()));
+    EXPECT_EQ(db.GetDatabasePath(), text(output));
+    EXPECT_NO_THROW(db.SetCreatingTransform(true));
+    db.SetCreatingTransform(false);
+    addSearch(db);
+    ODLEXDatabase::RemoveDatabaseFromList(text(package()), true);
+    EXPECT_EQ(readFileBytes(package()), before);
+    EXPECT_EQ(msiinfoRows(output, "AppSearch"), std::vector<std::string>{kSearchRow});
+    const ProcessResult sourceStreams = msiinfoStreams(package());
+    const ProcessResult outputStreams = msiinfoStreams(output);
+    ASSERT_TRUE(sourceStreams.ok() && outputStreams.ok()) << outputStreams.describe();
+    EXPECT_TRUE(
+        linesEqual(sortedLines(sourceStreams.out), sortedLines(outputStreams.out), "streams"));
+  }
 }
 
 TEST_F(DatabaseOpenTest, InPlaceDatabaseCannotCreateATransform) {
@@ -37,28 +67,6 @@ TEST_F(DatabaseOpenTest, InPlaceDatabaseCannotCreateATransform) {
   EXPECT_EQ(thrownCode([&] { db.SetCreatingTransform(true); }), Error::eCannotCreateTransform);
   db.SetCreatingTransform(false);
   EXPECT_FALSE(db.IsCreatingTransform());
-}
-
-// Opened on a source and an output file, the source is only read; the output receives the
-// changes and the source's streams.
-TEST_F(DatabaseOpenTest, SourceAndOutputOpenCarriesTheStreamsIntoTheOutput) {
-  const std::string before = readFileBytes(package());
-  ODLEXDatabase& db = openPackage();
-  const fs::path output = file("out.msi");
-  ODLEXOpenType intoOutput(text(output).data());
-  ASSERT_TRUE(db.SetDatabasePath(text(package()), intoOutput));
-  EXPECT_FALSE(db.IsReadOnly());
-  EXPECT_EQ(db.GetDatabasePath(), text(output));
-  addSearch(db);
-  db.SaveChanges();
-  db.Close(true);
-  EXPECT_EQ(readFileBytes(package()), before);
-  EXPECT_EQ(msiinfoRows(output, "AppSearch"), std::vector<std::string>{kSearchRow});
-  const ProcessResult sourceStreams = msiinfoStreams(package());
-  const ProcessResult outputStreams = msiinfoStreams(output);
-  ASSERT_TRUE(sourceStreams.ok() && outputStreams.ok()) << outputStreams.describe();
-  EXPECT_TRUE(
-      linesEqual(sortedLines(sourceStreams.out), sortedLines(outputStreams.out), "streams"));
 }
 
 TEST_F(DatabaseOpenTest, SourceWithASubStorageCannotBeOpenedIntoAnOutputFile) {

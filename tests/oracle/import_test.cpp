@@ -4,13 +4,11 @@
 // installer's own tool writes .idt files, in the package's code page with the code page on the
 // table line.
 
-#include <optional>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-#include "common/Container.h"
 #include "common/IdtText.h"
 #include "common/Oracle.h"
 #include "common/PackageCompare.h"
@@ -83,21 +81,6 @@ TEST_F(ImportCommand, NewPackageReadsLikeTheFixturesAndTheOneMsibuildBuilds) {
       }
     }
   }
-}
-
-TEST_F(ImportCommand, ManyStringsNeedThreeByteReferences) {
-  const BuiltPackage& reference = testPackage(PackageKind::kManyStrings);
-  ASSERT_FALSE(reference.file.empty()) << reference.error;
-  auto idt = dir_ / "ManyStrings.idt";
-  writeFileBytes(idt, msiinfoExport(reference.file, "ManyStrings").out);
-  auto package = dir_ / "many.msi";
-  ProcessResult odlex = importInto(package, {idt});
-  ASSERT_TRUE(odlex.ok()) << odlex.describe();
-  EXPECT_TRUE(sameIdt(msiinfoExport(reference.file, "ManyStrings").out,
-                      msiinfoExport(package, "ManyStrings").out, 0, "ManyStrings"));
-  std::optional<std::uint32_t> header = stringPoolHeader(package);
-  ASSERT_TRUE(header.has_value());
-  EXPECT_EQ(*header & 0x80000000u, 0x80000000u);
 }
 
 TEST_F(ImportCommand, WithOutputLeavesThePackageUntouched) {

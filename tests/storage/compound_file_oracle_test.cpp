@@ -1,9 +1,10 @@
 // Our container reader and writer against msitools: a package msibuild wrote must read back
-// correctly, and our copy of it must read identically in msiinfo.
+// correctly, and our copy of it, in either container version, must read identically in msiinfo.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <optional>
 
 #include "common/Container.h"
 #include "common/Oracle.h"
@@ -57,11 +58,6 @@ class CompoundFileOracle : public ::testing::Test {
     }
   }
 
-  void copyPackage(const std::filesystem::path& target) {
-    std::string error;
-    ASSERT_TRUE(test::copyContainer(dir_ / "pkg.msi", target, 3, error)) << error;
-  }
-
   test::TempDir dir_;
 };
 
@@ -90,10 +86,15 @@ TEST_F(CompoundFileOracle, ReadsAPackageMsibuildWrote) {
   EXPECT_TRUE(sawLargeStream) << "the string data should be outside the mini stream";
 }
 
-TEST_F(CompoundFileOracle, OurVersion3CopyReadsTheSameInMsiinfo) {
-  const auto copy = dir_ / "copy.msi";
-  copyPackage(copy);
-  expectSameInMsiinfo(copy);
+TEST_F(CompoundFileOracle, OurCopyInEitherVersionReadsTheSameInMsiinfo) {
+  for (const std::uint16_t version : {3, 4}) {
+    SCOPED_TRACE(version);
+    const auto copy = dir_ / ("copy" + std::to_string(version) + ".msi");
+    std::string error;
+    ASSERT_TRUE(test::copyContainer(dir_ / "pkg.msi", copy, version, error)) << error;
+    EXPECT_EQ(test::containerVersion(copy), std::optional<std::uint16_t>(version));
+    expectSameInMsiinfo(copy);
+  }
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 #pragma once
-// Helpers for the tests of table objects: adding rows through a table object, reading what a
-// collector gave, checking the error records that reference-following lookups throw, and
-// table-driven checks of found-or-throw lookups.
+// Helpers for the tests of table objects: adding rows through a table object, Directory rows
+// with their folder names, reading what a collector gave, checking the error records that
+// reference-following lookups throw, and table-driven checks of found-or-throw lookups.
 
 #include <gtest/gtest.h>
 
@@ -22,6 +22,15 @@ Row& addRow(Table& table, const Row& values) {
   RWBTree& added = table.GetTempEntries();
   EXPECT_EQ(added.entries(), 1u) << "the table refused the row";
   return static_cast<Row&>(**added.begin());
+}
+
+// A Directory row with its parent and default folder names.
+inline MSIEDirectory folder(const char16_t* key, const char16_t* parent,
+                            const char16_t* defaultDir) {
+  MSIEDirectory row(key);
+  row.SetDirectoryParent(parent);
+  row.SetDefaultDir(defaultDir);
+  return row;
 }
 
 // The items of a tree, to compare with the rows a collector should have given.

@@ -83,13 +83,6 @@ TEST_F(DirectoryTableTest, AddedPathsWalksAndShortNames) {
   EXPECT_EQ(folders.GetTempEntries().entries(), 0u);
 }
 
-MSIEDirectory folder(const char16_t* key, const char16_t* parent, const char16_t* defaultDir) {
-  MSIEDirectory row(key);
-  row.SetDirectoryParent(parent);
-  row.SetDefaultDir(defaultDir);
-  return row;
-}
-
 // The idt package (INSTALLDIR "IDTPROD|Idt Product" > BinDir "bin", DocDir
 // "DOKUME~1|Dokumentation") against a copy of itself as a module, changed so that one key and
 // one path conflict, beside changes that must not.

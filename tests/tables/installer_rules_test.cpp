@@ -12,13 +12,6 @@
 namespace odlex::test {
 namespace {
 
-MSIEDirectory folder(const char16_t* key, const char16_t* parent, const char16_t* defaultDir) {
-  MSIEDirectory row(key);
-  row.SetDirectoryParent(parent);
-  row.SetDefaultDir(defaultDir);
-  return row;
-}
-
 class InstallerRulesTest : public ::testing::Test {
  protected:
   void SetUp() override {

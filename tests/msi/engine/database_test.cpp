@@ -7,8 +7,10 @@
 #include <iterator>
 
 #include "common/FaultyFileSystem.h"
+#include "common/Oracle.h"
 #include "common/TempDir.h"
 #include "msi/engine/Database.h"
+#include "msi/engine/EngineTest.h"
 #include "storage/CompoundFile.h"
 #include "storage/StreamName.h"
 
@@ -17,18 +19,6 @@ namespace {
 
 using namespace column_type;
 using OpenMode = Database::OpenMode;
-
-std::vector<std::uint8_t> fileBytes(const std::filesystem::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
-
-std::unique_ptr<Database> openOrFail(const std::filesystem::path& path, OpenMode mode) {
-  Error error;
-  auto db = Database::open(storage::FileSystem::real(), path, mode, error);
-  EXPECT_TRUE(db) << error.code << " " << error.text;
-  return db;
-}
 
 // A Property-like table with a text key, a nullable integer and a binary column.
 Table& addSampleTable(Database& db) {
@@ -121,7 +111,7 @@ TEST(DatabaseRoundTrip, UnchangedDatabaseIsWrittenIdentically) {
   ASSERT_EQ(db->commit(error), kSuccess) << error.text;
   auto reopened = openOrFail(dir / "a.msi", OpenMode::kReadOnly);
   ASSERT_EQ(reopened->saveAs(dir / "b.msi", error), kSuccess) << error.text;
-  EXPECT_EQ(fileBytes(dir / "a.msi"), fileBytes(dir / "b.msi"));
+  EXPECT_EQ(test::readFileBytes(dir / "a.msi"), test::readFileBytes(dir / "b.msi"));
 }
 
 TEST(DatabaseRoundTrip, ManyStringsUseThreeByteReferencesAndLongStringsSurvive) {
@@ -315,11 +305,11 @@ TEST(DatabaseSaving, ReadOnlyDatabaseIsNeverWritten) {
   addSampleTable(*db);
   Error error;
   ASSERT_EQ(db->commit(error), kSuccess);
-  auto before = fileBytes(dir / "a.msi");
+  auto before = test::readFileBytes(dir / "a.msi");
   auto readOnly = openOrFail(dir / "a.msi", OpenMode::kReadOnly);
   addSampleRow(*readOnly, readOnly->table(0), u"new", 1, 1);
   EXPECT_EQ(readOnly->commit(error), kAccessDenied);
-  EXPECT_EQ(fileBytes(dir / "a.msi"), before);
+  EXPECT_EQ(test::readFileBytes(dir / "a.msi"), before);
 }
 
 TEST(DatabaseSaving, OpenIntoWritesOnlyTheOutput) {
@@ -328,13 +318,13 @@ TEST(DatabaseSaving, OpenIntoWritesOnlyTheOutput) {
   addSampleTable(*db);
   Error error;
   ASSERT_EQ(db->commit(error), kSuccess);
-  auto before = fileBytes(dir / "in.msi");
+  auto before = test::readFileBytes(dir / "in.msi");
   auto copy =
       Database::openInto(storage::FileSystem::real(), dir / "in.msi", dir / "out.msi", error);
   ASSERT_TRUE(copy);
   addSampleRow(*copy, copy->table(0), u"new", 1, 1);
   ASSERT_EQ(copy->commit(error), kSuccess);
-  EXPECT_EQ(fileBytes(dir / "in.msi"), before);
+  EXPECT_EQ(test::readFileBytes(dir / "in.msi"), before);
   EXPECT_EQ(openOrFail(dir / "out.msi", OpenMode::kReadOnly)->table(0).rowCount(), 1u);
 }
 
@@ -351,7 +341,7 @@ TEST(DatabaseSaving, AFailureAtAnyCallLeavesTheOldFileIntact) {
     ASSERT_EQ(original->commit(error), kSuccess);
     ASSERT_EQ(original->saveAs(dir / "b.msi", error), kSuccess);
     const auto target = dir / (inPlace ? "a.msi" : "b.msi");
-    const auto before = fileBytes(target);
+    const auto before = test::readFileBytes(target);
 
     test::FaultyFileSystem faulty(storage::FileSystem::real());
     for (std::uint64_t call = 1;; ++call) {
@@ -366,7 +356,7 @@ TEST(DatabaseSaving, AFailureAtAnyCallLeavesTheOldFileIntact) {
         break;
       }
       EXPECT_NE(result, kSuccess) << "call " << call;
-      EXPECT_EQ(fileBytes(target), before) << "call " << call;
+      EXPECT_EQ(test::readFileBytes(target), before) << "call " << call;
       EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 2)
           << "call " << call;
     }

@@ -10,6 +10,7 @@
 #include "common/Oracle.h"
 #include "common/TempDir.h"
 #include "msi/engine/Database.h"
+#include "msi/engine/EngineTest.h"
 #include "odlex/support/Utf8.h"
 #include "storage/CompoundFile.h"
 #include "storage/StreamName.h"
@@ -19,13 +20,6 @@ namespace {
 
 using namespace column_type;
 using OpenMode = Database::OpenMode;
-
-std::unique_ptr<Database> openOrFail(const std::filesystem::path& path, OpenMode mode) {
-  Error error;
-  auto db = Database::open(storage::FileSystem::real(), path, mode, error);
-  EXPECT_TRUE(db) << error.code << " " << error.text;
-  return db;
-}
 
 // One table as rows of text fields (null as empty), through the engine.
 std::vector<std::vector<std::string>> engineRows(const Database& db, std::u16string_view name) {

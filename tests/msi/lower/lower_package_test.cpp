@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -84,13 +85,8 @@ TEST_F(LowerPackageTest, OpenIntoOutputNeverWritesTheSource) {
   ASSERT_EQ(db.commit(), 0u);
   EXPECT_EQ(readFileBytes(package_), before);
 
-  // The output holds the change and still reads as the source did, for an independent reader.
   const std::vector<std::string> tables = msiinfoPersistentTables(output);
   EXPECT_NE(std::find(tables.begin(), tables.end(), "Icon"), tables.end());
-  ProcessResult original = msiinfoExport(package_, "File");
-  ProcessResult copied = msiinfoExport(output, "File");
-  ASSERT_TRUE(copied.ok()) << copied.describe();
-  EXPECT_TRUE(linesEqual(splitLines(original.out), splitLines(copied.out), "File"));
 
   // Re-opening after that commit reads the output, which has the change, and keeps the paths.
   db.close(false);
@@ -100,12 +96,17 @@ TEST_F(LowerPackageTest, OpenIntoOutputNeverWritesTheSource) {
   EXPECT_EQ(readFileBytes(package_), before);
 }
 
-TEST_F(LowerPackageTest, ReopenInPlaceSeesCommittedChangesOnly) {
+// Tables come from the catalog (their columns are the schema tests'); a table that is not
+// committed is lost when the database is opened again.
+TEST_F(LowerPackageTest, AddedTablesLastOnlyWhenCommitted) {
   MSIDatabase db(text(package_), MSIDatabase::ePersistDirect);
   ASSERT_EQ(db.AddTable(u"Icon"), 0u);
   db.close(false);  // not committed: lost
   ASSERT_EQ(db.open(), 0u);
   ASSERT_EQ(db.AddTable(u"Icon"), 0u);
+  EXPECT_EQ(db.AddTable(u"Icon"), 183u);
+  EXPECT_EQ(db.AddTable(u"NotAStandardTable"), 1628u);
+  EXPECT_EQ(takeErrorCodes(db), (std::vector<unsigned>{183, 1628}));
   EXPECT_EQ(db.close(true), 0u);
   ASSERT_EQ(db.open(), 0u);
   EXPECT_EQ(db.AddTable(u"Icon"), 183u);
@@ -183,28 +184,30 @@ TEST_F(LowerPackageTest, QueriesWithParametersNullsAndIntegers) {
   EXPECT_EQ(view.Fetch(after), 259u);
 }
 
+// A stream field reads while its database is open; once the database is closed, or gone, the
+// field is not read.
 TEST_F(LowerPackageTest, StreamFieldsReadIntoBinaries) {
-  MSIDatabase db(text(package_), MSIDatabase::ePersistReadOnly);
-  MSIView view(db);
+  auto db = std::make_unique<MSIDatabase>(text(package_), MSIDatabase::ePersistReadOnly);
+  MSIView view(*db);
   ASSERT_EQ(view.Open(u"SELECT `Name`, `Data` FROM `Binary` ORDER BY `Name`", true), 0u);
   ASSERT_EQ(view.Execute(nullptr, true), 0u);
-  for (const char* name : {"large.ibd", "small.ibd"}) {
-    MSIRecord record;
-    ASSERT_EQ(view.Fetch(record), 0u);
-    ASSERT_TRUE(record.IsStream(2));
+  std::vector<MSIRecord> records(2);
+  for (std::size_t i = 0; i < records.size(); ++i) {
+    const char* name = i == 0 ? "large.ibd" : "small.ibd";
+    ASSERT_EQ(view.Fetch(records[i]), 0u);
+    ASSERT_TRUE(records[i].IsStream(2));
     MSIBinary data;
-    ASSERT_EQ(record.GetStream(2, data), 0u);
+    ASSERT_EQ(records[i].GetStream(2, data), 0u);
     EXPECT_EQ(data, MSIBinary(text(fixturePath("idt/Binary") / name))) << name;
     EXPECT_TRUE(data.GetBinaryFile().isNull());
     MSIBinary notStream;
-    EXPECT_EQ(record.GetStream(1, notStream), 1629u);
-
-    // Once the database is closed the stream can no longer be read.
-    if (std::string(name) == "small.ibd") {
-      db.close(false);
-      EXPECT_EQ(record.GetStream(2, data), 1609u);
-    }
+    EXPECT_EQ(records[i].GetStream(1, notStream), 1629u);
   }
+  MSIBinary data;
+  db->close(false);
+  EXPECT_EQ(records[0].GetStream(2, data), 1609u);
+  db.reset();
+  EXPECT_EQ(records[1].GetStream(2, data), 1609u);
 }
 
 TEST_F(LowerPackageTest, QueryFailuresAreRecordedWhenAsked) {
@@ -233,44 +236,12 @@ TEST_F(LowerPackageTest, QueryFailuresAreRecordedWhenAsked) {
   EXPECT_EQ(view.Execute(nullptr, true), 1609u);
 }
 
-TEST_F(LowerPackageTest, ExportImportRoundTripExportsTheSameAgain) {
-  MSIDatabase source(text(package_), MSIDatabase::ePersistReadOnly);
-  const fs::path idtDir = dir_ / "idt";
-  fs::create_directories(idtDir);
-  const fs::path created = dir_ / "imported.msi";
-  MSIDatabase target(text(created), MSIDatabase::ePersistCreate);
-  for (const char* table : {"_ForceCodepage", "File", "Binary", "Feature"}) {
-    const fs::path file = idtDir / (std::string(table) + ".idt");
-    ASSERT_EQ(source.Export(TalString::FromUtf8(table), text(file)), 0u) << table;
-    ASSERT_EQ(target.Import(text(file)), 0u) << table;
-  }
-  ASSERT_EQ(target.commit(), 0u);
-  MSIDatabase reopened(text(created), MSIDatabase::ePersistReadOnly);
-  for (const char* table : {"File", "Binary", "Feature"}) {
-    const fs::path again = dir_ / (std::string(table) + ".idt");
-    ASSERT_EQ(reopened.Export(TalString::FromUtf8(table), text(again)), 0u) << table;
-    EXPECT_EQ(readFileBytes(again), readFileBytes(idtDir / (std::string(table) + ".idt"))) << table;
-  }
-
-  EXPECT_EQ(source.Export(u"NoSuchTable", text(idtDir / "x.idt")), 1628u);
-  EXPECT_EQ(target.Import(text(idtDir / "missing.idt")), 2u);
-  EXPECT_EQ(takeErrorCodes(source), std::vector<unsigned>{1628});
-  EXPECT_EQ(takeErrorCodes(target), std::vector<unsigned>{2});
-}
-
-TEST_F(LowerPackageTest, AddTableTakesTheCatalogColumns) {
+// What export and import write is the table-file tests'; here the lower layer's error list.
+TEST_F(LowerPackageTest, ExportAndImportFailuresAreRecorded) {
   MSIDatabase db(text(package_), MSIDatabase::ePersistDirect);
-  ASSERT_EQ(db.AddTable(u"Shortcut"), 0u);
-  EXPECT_EQ(db.AddTable(u"Shortcut"), 183u);
-  EXPECT_EQ(db.AddTable(u"NotAStandardTable"), 1628u);
-  EXPECT_EQ(takeErrorCodes(db), (std::vector<unsigned>{183, 1628}));
-  ASSERT_EQ(db.commit(), 0u);
-
-  ProcessResult exported = msiinfoExport(package_, "Shortcut");
-  ASSERT_TRUE(exported.ok()) << exported.describe();
-  const std::vector<std::string> lines = splitLines(exported.out);
-  ASSERT_GE(lines.size(), 3u);
-  EXPECT_EQ(lines[2], "Shortcut\tShortcut");
+  EXPECT_EQ(db.Export(u"NoSuchTable", text(dir_ / "x.idt")), 1628u);
+  EXPECT_EQ(db.Import(text(dir_ / "missing.idt")), 2u);
+  EXPECT_EQ(takeErrorCodes(db), (std::vector<unsigned>{1628, 2}));
 }
 
 TEST_F(LowerPackageTest, SchemaColumnsOfCatalogAndCustomTables) {

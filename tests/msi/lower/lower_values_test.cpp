@@ -8,10 +8,8 @@
 #include <odlex/msi/MSIDatabase.h>
 #include <odlex/msi/MSIRecord.h>
 #include <odlex/msi/MSIStringChecker.h>
-#include <odlex/msi/MSIView.h>
 #include <odlex/msi/Nullable.h>
 
-#include <memory>
 #include <set>
 #include <string>
 
@@ -97,27 +95,6 @@ TEST(MSIRecord, FieldsAreOneBasedAndBounded) {
   EXPECT_EQ(record.GetFieldCount(), 3u);
   MSIBinary data;
   EXPECT_EQ(record.GetStream(3, data), 1629u);
-}
-
-TEST(MSIRecord, AStreamFieldOutlivingItsDatabaseIsNotRead) {
-  TempDir dir;
-  std::filesystem::create_directory(dir / "Binary");
-  writeFileBytes(dir / "Binary" / "b.ibd", "data");
-  writeFileBytes(dir / "Binary.idt", "Name\tData\r\ns72\tv0\r\nBinary\tName\r\nB\tb.ibd\r\n");
-  auto db = std::make_unique<MSIDatabase>(TalString::FromUtf8((dir / "p.msi").string()),
-                                          MSIDatabase::ePersistCreate);
-  ASSERT_EQ(db->Import(TalString::FromUtf8((dir / "Binary.idt").string())), 0u);
-  MSIRecord record;
-  {
-    MSIView view(*db);
-    ASSERT_EQ(view.Open(u"SELECT `Data` FROM `Binary`"), 0u);
-    ASSERT_EQ(view.Execute(), 0u);
-    ASSERT_EQ(view.Fetch(record), 0u);
-  }
-  MSIBinary data;
-  ASSERT_EQ(record.GetStream(1, data), 0u);
-  db.reset();
-  EXPECT_EQ(record.GetStream(1, data), 1609u);
 }
 
 TEST(Guid, BracedUpperCaseVersion4AndUnique) {

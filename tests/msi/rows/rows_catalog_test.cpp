@@ -204,20 +204,5 @@ TEST(RowsCatalogErrors, TablesWithoutAnOpenDatabaseFailCleanly) {
   EXPECT_EQ(property.AddEntry(media.CreateEntry()), nullptr) << "a row of another table";
 }
 
-TEST(RowsCatalogErrors, DropRemovesTheTableAndItsStreams) {
-  TempDir dir;
-  MSIDatabase db(text(dir / "drop.msi"), MSIDatabase::ePersistCreate);
-  MSITBinary binary;
-  binary.SetDatabase(db);
-  const unsigned char byte = 7;
-  binary.Add(u"B")->SetData(MSIBinary(&byte, 1));
-  ASSERT_TRUE(binary.Persist());
-  EXPECT_TRUE(db.engineDatabase()->hasStream(u"Binary.B"));
-  ASSERT_TRUE(binary.Drop());
-  EXPECT_EQ(db.engineDatabase()->findTable(u"Binary"), nullptr);
-  EXPECT_FALSE(db.engineDatabase()->hasStream(u"Binary.B"));
-  EXPECT_EQ(binary.GetTable().entries(), 0u);
-}
-
 }  // namespace
 }  // namespace odlex::test
