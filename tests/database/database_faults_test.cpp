@@ -1,6 +1,7 @@
 // Every file-system call that a database object makes fails in turn (a full disk among them), in
 // each way it writes a file: saving in place, closing with a save, importing a table file,
-// opening into an output file and saving there, and rolling back to the file first opened. After
+// applying a transform from a file or embedded in the package, merging a module, opening into an
+// output file and saving there, and rolling back to the file first opened. After
 // each failure the files are whole: the package as it was, or with the edit once its new file was
 // renamed into place; an output file is absent or a whole package; no temporary file is left. When
 // no call fails, the steps give what they should.
@@ -11,6 +12,7 @@
 
 #include "common/DatabaseTest.h"
 #include "common/FaultyFileSystem.h"
+#include "common/SmallModule.h"
 #include "common/SmallPackage.h"
 #include "storage/FileSystem.h"
 
@@ -38,6 +40,8 @@ struct Scenario {
   std::function<void(const std::filesystem::path& package, const std::filesystem::path& output)>
       run;
   std::u16string finalName;  // of the package edited in place, or of the output
+  // Readies the package and the files in `package`'s folder "in" before the faults begin.
+  std::function<void(const std::filesystem::path& package)> prepare = nullptr;
 };
 
 ODLEXDatabase& openEdited(const std::filesystem::path& package,
@@ -51,6 +55,16 @@ ODLEXDatabase& openEdited(const std::filesystem::path& package,
   }
   db->GetProperty().SetValue(u"ProductName", u"Edited");
   return *db;
+}
+
+// Writes in/edit.mst, the transform that changes the package's ProductName to "Transformed".
+void writeEditTransform(const std::filesystem::path& package) {
+  const auto in = package.parent_path() / "in";
+  ODLEXOpenType into(text(in / "edited.msi").data());
+  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package), into);
+  db.GetProperty().SetValue(u"ProductName", u"Transformed");
+  EXPECT_TRUE(db.GenerateTransformFromUIInstall(text(in / "edit.mst")));
+  ODLEXDatabase::KillDatabaseList();
 }
 
 const Scenario kScenarios[] = {
@@ -70,6 +84,41 @@ const Scenario kScenarios[] = {
          db.commit();
      },
      u"Imported"},
+    {"apply a transform file and save", false,
+     [](auto& package, auto&) {
+       ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package));
+       db.ApplyTransform(text(package.parent_path() / "in" / "edit.mst"));
+       db.SaveChanges();
+     },
+     u"Transformed", writeEditTransform},
+    {"apply an embedded transform and save", false,
+     [](auto& package, auto&) {
+       ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package));
+       db.ApplyTransform(u":edit");
+       db.SaveChanges();
+     },
+     u"Transformed",
+     [](auto& package) {
+       writeEditTransform(package);
+       ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package));
+       db.EmbedTransform(text(package.parent_path() / "in" / "edit.mst"), u"edit");
+       EXPECT_TRUE(db.SaveChanges());
+       ODLEXDatabase::KillDatabaseList();
+     }},
+    {"merge a module and save", false,
+     [](auto& package, auto&) {
+       ODLEXDatabase& db = openEdited(package, nullptr);
+       db.MergeModule(text(package.parent_path() / "in" / "module.msm"), u"Complete", u"TARGETDIR",
+                      {});
+       db.SaveChanges();
+     },
+     u"Edited",
+     [](auto& package) {
+       const auto in = package.parent_path() / "in";
+       addMergePlace(package);
+       writeFileBytes(in / "data", "module data");
+       writeSmallModule(in / "module.msm", in / "data");
+     }},
     {"save into an output file", true,
      [](auto& package, auto& output) { openEdited(package, &output).SaveChanges(); }, u"Edited"},
     {"roll back to the file first opened", true,
@@ -91,6 +140,8 @@ TEST(DatabaseFaults, AFailureAtAnyCallLeavesEveryFileWhole) {
     writeSmallPackage(package, "First", "payload");
     writeFileBytes(dir / "in" / "Property.idt",
                    "Property\tValue\r\ns72\tl0\r\nProperty\tProperty\r\nProductName\tImported\r\n");
+    if (scenario.prepare)
+      scenario.prepare(package);
     const std::string original = readFileBytes(package);
     FaultyFileSystem faulty(storage::FileSystem::real());
     for (std::uint64_t call = 1;; ++call) {

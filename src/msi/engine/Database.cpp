@@ -22,6 +22,33 @@ bool readWhole(const storage::StreamSource& source, std::vector<std::uint8_t>& o
   return reader->read(out.data(), out.size(), reason);
 }
 
+// A stream still in the opened file: the source and its readers share the file's reader, which
+// stays open while any of them lives.
+class OpenedFileSource final : public storage::StreamSource {
+ public:
+  OpenedFileSource(std::shared_ptr<const storage::CompoundFileReader> file,
+                   std::shared_ptr<const storage::StreamSource> stream)
+      : file_(std::move(file)), stream_(std::move(stream)) {}
+  std::uint64_t size() const override { return stream_->size(); }
+  std::unique_ptr<storage::StreamReader> open(std::string& error) const override {
+    struct Reader final : storage::StreamReader {
+      std::shared_ptr<const storage::CompoundFileReader> file;
+      std::unique_ptr<storage::StreamReader> stream;
+      bool read(std::uint8_t* out, std::size_t length, std::string& why) override {
+        return stream->read(out, length, why);
+      }
+    };
+    auto reader = std::make_unique<Reader>();
+    reader->file = file_;
+    reader->stream = stream_->open(error);
+    return reader->stream ? std::move(reader) : nullptr;
+  }
+
+ private:
+  std::shared_ptr<const storage::CompoundFileReader> file_;
+  std::shared_ptr<const storage::StreamSource> stream_;
+};
+
 bool validColumnType(const Column& column) {
   if (column.isInteger()) {
     unsigned size = column.type & column_type::kSizeMask;
@@ -210,7 +237,14 @@ std::shared_ptr<const storage::StreamSource> Database::streamSource(std::u16stri
   const StreamSlot& slot = found->second;
   if (slot.source)
     return slot.source;
-  return slot.data ? storage::memorySource(*slot.data) : reader_->streamSource(slot.entry);
+  if (slot.data)
+    return storage::memorySource(*slot.data);
+  std::shared_ptr<const storage::StreamSource> stream = reader_->streamSource(slot.entry);
+  if (!stream) {
+    error = Error{kReadFault, "stream " + toUtf8(name) + " is not in the file"};
+    return nullptr;
+  }
+  return std::make_shared<OpenedFileSource>(reader_, std::move(stream));
 }
 
 void Database::setStream(std::u16string name, std::vector<std::uint8_t> data) {

@@ -72,7 +72,8 @@ class Database {
   bool hasStream(std::u16string_view name) const;
   bool readStream(std::u16string_view name, std::vector<std::uint8_t>& out, Error& error) const;
   // The stream `name` as a source read in pieces; null with kFileNotFound when there is none.
-  // REQUIRES: the database outlives the source, and the stream is not changed meanwhile.
+  // A stream still in the opened file keeps that file open while the source lives, so the
+  // source may outlive the database. REQUIRES: the stream is not changed meanwhile.
   std::shared_ptr<const storage::StreamSource> streamSource(std::u16string_view name,
                                                             Error& error) const;
   void setStream(std::u16string name, std::vector<std::uint8_t> data);
@@ -146,7 +147,8 @@ class Database {
   OpenMode mode_;
   std::filesystem::path sourcePath_;
   std::filesystem::path outputPath_;
-  std::unique_ptr<storage::CompoundFileReader> reader_;
+  // Shared with the sources of streams handed out, which may outlive the database.
+  std::shared_ptr<storage::CompoundFileReader> reader_;
   // The source as it was read, and the output as last read or written (nothing: absent).
   std::optional<storage::FileStamp> sourceStamp_;
   std::optional<storage::FileStamp> outputStamp_;

@@ -2,13 +2,19 @@
 
 #include "package/merge/MergeTarget.h"
 
+#include <algorithm>
 #include <set>
+
+#include "msi/engine/Text.h"
 
 namespace odlex::merge {
 
 namespace {
 
 using Kind = Value::Kind;
+
+// How much of two binary cells is compared at a time.
+constexpr std::uint64_t kComparePiece = 1 << 20;
 
 const char16_t* kindName(const engine::Column& column) {
   return column.isInteger() ? u"integer" : column.isBinary() ? u"binary" : u"text";
@@ -121,15 +127,39 @@ Row MergeTarget::conform(const Planned& plan, const std::vector<engine::Column>&
   return result;
 }
 
-std::vector<std::uint8_t> MergeTarget::streamBytes(const engine::Database& db,
-                                                   const std::u16string& name,
-                                                   const char16_t* which) const {
-  std::vector<std::uint8_t> bytes;
+std::shared_ptr<const storage::StreamSource> MergeTarget::stream(const engine::Database& db,
+                                                                 const std::u16string& name,
+                                                                 const char16_t* which) const {
   engine::Error error;
-  if (!db.readStream(name, bytes, error))
+  std::shared_ptr<const storage::StreamSource> source = db.streamSource(name, error);
+  if (!source)
     log_.stop(ODLEXDatabaseError::eMergeStep54, ODLEXMergeError::eTableMerge,
               u"the stream " + name + u" of the " + which + u" cannot be read");
-  return bytes;
+  return source;
+}
+
+bool MergeTarget::sameBytes(const storage::StreamSource& a, const storage::StreamSource& b,
+                            const std::u16string& name) const {
+  if (a.size() != b.size())
+    return false;
+  std::string reason;
+  std::unique_ptr<storage::StreamReader> readA = a.open(reason);
+  std::unique_ptr<storage::StreamReader> readB = readA ? b.open(reason) : nullptr;
+  std::vector<std::uint8_t> pieceA;
+  std::vector<std::uint8_t> pieceB;
+  for (std::uint64_t left = a.size(); readB && left > 0; left -= pieceA.size()) {
+    pieceA.resize(static_cast<std::size_t>(std::min<std::uint64_t>(left, kComparePiece)));
+    pieceB.resize(pieceA.size());
+    if (!readA->read(pieceA.data(), pieceA.size(), reason) ||
+        !readB->read(pieceB.data(), pieceB.size(), reason))
+      readB.reset();
+    else if (pieceA != pieceB)
+      return false;
+  }
+  if (!readB)
+    log_.stop(ODLEXDatabaseError::eMergeStep54, ODLEXMergeError::eTableMerge,
+              u"the stream " + name + u" cannot be read: " + engine::fromUtf8(reason));
+  return true;
 }
 
 bool MergeTarget::sameRow(const Row& existing, bool existingCollected, const Row& incoming) const {
@@ -137,9 +167,9 @@ bool MergeTarget::sameRow(const Row& existing, bool existingCollected, const Row
     const Value& a = existing[c];
     const Value& b = incoming[c];
     if (a.kind == Kind::kStream && b.kind == Kind::kStream) {
-      if (streamBytes(existingCollected ? module_ : package_, a.text,
-                      existingCollected ? u"module" : u"package") !=
-          streamBytes(module_, b.text, u"module"))
+      const auto held = stream(existingCollected ? module_ : package_, a.text,
+                               existingCollected ? u"module" : u"package");
+      if (!sameBytes(*held, *stream(module_, b.text, u"module"), b.text))
         return false;
     } else if (!(a == b)) {
       return false;
@@ -197,14 +227,14 @@ std::vector<std::pair<std::u16string, std::size_t>> MergeTarget::counts() const 
 }
 
 void MergeTarget::apply() {
-  // First every stream the rows need, read before anything is written.
-  std::vector<std::pair<std::u16string, std::vector<std::uint8_t>>> streams;
+  // First every stream the rows need, found before anything is written.
+  std::vector<std::pair<std::u16string, std::shared_ptr<const storage::StreamSource>>> streams;
   for (const std::u16string& name : order_) {
     const TableRows& rows = planned_.find(name)->second.rows;
     for (const Row& row : rows.rows) {
       for (const Value& value : row) {
         if (value.kind == Kind::kStream)
-          streams.emplace_back(rows.streamName(row), streamBytes(module_, value.text, u"module"));
+          streams.emplace_back(rows.streamName(row), stream(module_, value.text, u"module"));
       }
     }
   }
@@ -251,8 +281,8 @@ void MergeTarget::apply() {
       table->appendRow(cells);
     }
   }
-  for (auto& [name, bytes] : streams)
-    package_.setStream(name, std::move(bytes));
+  for (auto& [name, source] : streams)
+    package_.setStreamSource(name, std::move(source));
   for (auto& [name, source] : newStreams_)
     package_.setStreamSource(name, std::move(source));
 }

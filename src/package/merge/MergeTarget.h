@@ -47,7 +47,8 @@ class MergeTarget {
   // Rows collected, per table, in the order the tables were first given rows.
   std::vector<std::pair<std::u16string, std::size_t>> counts() const;
   // Writes every collected row into the package: missing tables made, binary cells' streams
-  // copied from the module.
+  // taken from the module file, which they stay in until the package is saved (they are copied
+  // then, a piece at a time).
   void apply();
 
  private:
@@ -66,8 +67,14 @@ class MergeTarget {
   // Whether two rows with one key hold the same values (binary cells by their data): `existing`
   // of the package or, when `existingCollected`, collected from the module like `incoming`.
   bool sameRow(const Row& existing, bool existingCollected, const Row& incoming) const;
-  std::vector<std::uint8_t> streamBytes(const engine::Database& db, const std::u16string& name,
-                                        const char16_t* which) const;
+  // The stream `name` of `db` (the module or the package, as `which` says); stops the merge
+  // (code 54) when it cannot be read.
+  std::shared_ptr<const storage::StreamSource> stream(const engine::Database& db,
+                                                      const std::u16string& name,
+                                                      const char16_t* which) const;
+  // Whether two streams hold the same bytes, compared a piece at a time.
+  bool sameBytes(const storage::StreamSource& a, const storage::StreamSource& b,
+                 const std::u16string& name) const;
 
   engine::Database& package_;
   const engine::Database& module_;

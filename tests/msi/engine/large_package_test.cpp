@@ -1,6 +1,7 @@
 // A package carrying a stream of hundreds of megabytes (a cabinet, say) is opened, edited and
 // saved in memory proportional to its tables: the stream is copied from the old file to the new
-// one in pieces and never held whole. A save killed at any point leaves the old package whole.
+// one in pieces and never held whole. A save killed at any point, by the library or by the tool,
+// leaves the old file or the new one, whole.
 
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -136,41 +137,91 @@ std::vector<std::string> temporariesIn(const std::filesystem::path& folder) {
   return names;
 }
 
-// A process saving the package is killed at points spread over its save, again and again: the
-// file is always the old package or the new one, whole. Each killed save leaves its temporary
-// file; the next save removes them.
-TEST(LargePackage, ASaveKilledAtAnyPointLeavesTheOldOrTheNewPackage) {
-  test::TempDir dir;
-  const auto path = writeLargePackage(dir, 64ull << 20);
-  const std::string before = test::readFileBytes(path);
-  const auto started = std::chrono::steady_clock::now();
-  std::string failure;
-  ASSERT_TRUE(addRowAndSave(path, failure)) << failure;
-  const auto saveTime = std::chrono::steady_clock::now() - started;
-  const std::string after = test::readFileBytes(path);
-  ASSERT_NE(before, after);
-  EXPECT_EQ(test::msiinfoRows(path, "Kept"), std::vector<std::string>{"edited"});
+// A way of saving the large package, run in a child process: the library editing it in place,
+// or the tool writing a fresh copy of it over an older file.
+struct Save {
+  const char* name;
+  const char* target;     // the file written, in the package's folder
+  const char* oldTarget;  // the file whose bytes the target holds before each save
+  // Saves and ends the child process, its exit status 0 when the save succeeded.
+  void (*inChild)(const std::filesystem::path& package, const std::filesystem::path& target);
+  std::vector<std::string> keptAfter;  // the rows of Kept in the file written
+};
 
-  std::mt19937 random(20261126);
-  std::uniform_int_distribution<std::int64_t> point(0, saveTime.count());
-  int killedWhileWriting = 0;
-  for (int round = 0; round < 12; ++round) {
-    test::writeFileBytes(path, before);
-    const pid_t child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0)
-      _exit(addRowAndSave(path, failure) ? 0 : 1);
-    std::this_thread::sleep_for(std::chrono::steady_clock::duration(point(random)));
-    kill(child, SIGKILL);
-    int status = 0;
-    waitpid(child, &status, 0);
-    const std::string now = test::readFileBytes(path);
-    EXPECT_TRUE(now == before || now == after) << "round " << round << ": a damaged package";
-    killedWhileWriting += WIFSIGNALED(status) && !temporariesIn(dir.path()).empty();
+const Save kSaves[] = {
+    {"library edit in place",
+     "large.msi",
+     "large.msi",
+     [](const auto& package, const auto&) {
+       std::string failure;
+       _exit(addRowAndSave(package, failure) ? 0 : 1);
+     },
+     {"edited"}},
+    {"odlex rewrite over an older file",
+     "fresh.msi",
+     "small.msi",
+     [](const auto& package, const auto& target) {
+       execl(ODLEX_TOOL_PATH, ODLEX_TOOL_PATH, "rewrite", package.c_str(), "-o", target.c_str(),
+             static_cast<char*>(nullptr));
+       _exit(127);
+     },
+     {}},
+};
+
+pid_t startSave(const Save& save, const std::filesystem::path& package,
+                const std::filesystem::path& target) {
+  const pid_t child = fork();
+  if (child == 0)
+    save.inChild(package, target);
+  return child;
+}
+
+// Whether a save run to its end succeeded.
+bool saveToTheEnd(const Save& save, const std::filesystem::path& package,
+                  const std::filesystem::path& target) {
+  int status = 0;
+  const pid_t child = startSave(save, package, target);
+  return child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status) &&
+         WEXITSTATUS(status) == 0;
+}
+
+// A process saving the package is killed at points spread over its save, again and again: the
+// file written is always the old one or the new one, whole. Each killed save leaves its temporary
+// file; the next save removes them.
+TEST(LargePackage, ASaveKilledAtAnyPointLeavesTheOldOrTheNewFile) {
+  for (const Save& save : kSaves) {
+    SCOPED_TRACE(save.name);
+    test::TempDir dir;
+    const auto package = writeLargePackage(dir, 64ull << 20);
+    const auto target = dir / save.target;
+    const std::string before = test::readFileBytes(dir / save.oldTarget);
+    test::writeFileBytes(target, before);
+    const auto started = std::chrono::steady_clock::now();
+    ASSERT_TRUE(saveToTheEnd(save, package, target));
+    const auto saveTime = std::chrono::steady_clock::now() - started;
+    const std::string after = test::readFileBytes(target);
+    ASSERT_NE(before, after);
+    EXPECT_EQ(test::msiinfoRows(target, "Kept"), save.keptAfter);
+
+    std::mt19937 random(20261126);
+    std::uniform_int_distribution<std::int64_t> point(0, saveTime.count());
+    int killedWhileWriting = 0;
+    for (int round = 0; round < 12; ++round) {
+      test::writeFileBytes(target, before);
+      const pid_t child = startSave(save, package, target);
+      ASSERT_GT(child, 0);
+      std::this_thread::sleep_for(std::chrono::steady_clock::duration(point(random)));
+      kill(child, SIGKILL);
+      int status = 0;
+      waitpid(child, &status, 0);
+      const std::string now = test::readFileBytes(target);
+      EXPECT_TRUE(now == before || now == after) << "round " << round << ": a damaged file";
+      killedWhileWriting += WIFSIGNALED(status) && !temporariesIn(dir.path()).empty();
+    }
+    EXPECT_GT(killedWhileWriting, 0) << "no save was killed while it wrote";
+    ASSERT_TRUE(saveToTheEnd(save, package, target));
+    EXPECT_EQ(temporariesIn(dir.path()), std::vector<std::string>{});
   }
-  EXPECT_GT(killedWhileWriting, 0) << "no save was killed while it wrote";
-  ASSERT_TRUE(addRowAndSave(path, failure)) << failure;
-  EXPECT_EQ(temporariesIn(dir.path()), std::vector<std::string>{});
 }
 
 }  // namespace
