@@ -7,10 +7,14 @@
 // package. Times are medians; odlex's peak memory is measured for each operation.
 //
 //   odlex_bench [--cache DIR] [--sizes 0,1000,10000,100000] [--reps N]
+//
+// Peak memory is measured in a fresh process (the program runs itself with --peak-of OP FILES),
+// since a forked child would start from the peak the libmsi runs left in this one.
 
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <optional>
 #include <stdexcept>
@@ -22,6 +26,7 @@
 #include "OdlexSubject.h"
 #include "PackageGenerator.h"
 #include "PeakMemory.h"
+#include "Process.h"
 #include "Timing.h"
 
 namespace odlex::bench {
@@ -40,10 +45,14 @@ constexpr char kSearchedText[] = "VersionNT >= 601";
 constexpr char kReplacementText[] = "(VersionNT >= 602)";
 
 struct Options {
+  fs::path self;  // this program, to measure peak memory in a fresh process
   fs::path cacheDir = "bench-packages";
   // The package without files shows the fixed costs included in every other row.
   std::vector<std::size_t> sizes = {0, 1000, 10000, 100000};
   int repetitions = 3;
+  // Set by --peak-of: the operation and size whose peak memory to measure and write.
+  std::optional<std::size_t> peakOperation;
+  std::size_t peakFiles = 0;
 };
 
 // The packages and inputs of one size.
@@ -87,10 +96,15 @@ struct SizeResult {
 
 Options parseOptions(int argc, char** argv) {
   Options options;
+  options.self = fs::read_symlink("/proc/self/exe");
   for (int i = 1; i + 1 < argc; i += 2) {
     const std::string name = argv[i];
     const std::string value = argv[i + 1];
-    if (name == "--cache") {
+    if (name == "--peak-of" && i + 2 < argc) {
+      options.peakOperation = std::stoul(value);
+      options.peakFiles = std::stoul(argv[i + 2]);
+      ++i;
+    } else if (name == "--cache") {
       options.cacheDir = value;
     } else if (name == "--reps") {
       options.repetitions = std::max(1, std::atoi(value.c_str()));
@@ -144,8 +158,9 @@ void sameContents(const fs::path& a, const fs::path& b) {
   }
 }
 
-Workload prepare(const Options& options, std::size_t files) {
-  std::fprintf(stderr, "[%zu files] preparing the packages\n", files);
+// The packages and inputs of `files` files; the transform is made only `withTransform` (a
+// process measuring peak memory finds it made).
+Workload prepare(const Options& options, std::size_t files, bool withTransform) {
   Workload work;
   work.files = files;
   work.plain = ensurePackage(options.cacheDir, files);
@@ -163,14 +178,18 @@ Workload prepare(const Options& options, std::size_t files) {
     item.file = numbered("newfile%04zu", i);
     item.fileName = numbered("NEW%04zu~1.DAT|", i) + numbered("newfile%04zu.dat", i);
     item.fileSize = static_cast<std::int32_t>(1000 + i);
-    item.sequence = static_cast<std::int32_t>(files + 1 + i);
+    // The class library's File row holds a 16-bit sequence number.
+    item.sequence = static_cast<std::int32_t>(1 + i);
     work.added.items.push_back(item);
   }
   work.transform = work.scratch / "edit.mst";
   work.edited = work.scratch / "edited.msi";
-  fs::remove(work.transform);
-  fs::remove(work.edited);
-  odlex_subject::makeTransform(work.model, work.edited, work.deleted, work.transform);
+  if (withTransform) {
+    std::fprintf(stderr, "[%zu files] preparing the packages\n", files);
+    fs::remove(work.transform);
+    fs::remove(work.edited);
+    odlex_subject::makeTransform(work.model, work.edited, work.deleted, work.transform);
+  }
   return work;
 }
 
@@ -263,7 +282,7 @@ std::vector<Operation> operations() {
 }
 
 void measureOperation(const Options& options, const Operation& operation, Workload& work,
-                      Workload& empty, std::size_t index, SizeResult& result) {
+                      std::size_t index, SizeResult& result) {
   Measurement& m = result.byOperation[index];
   m.fileBytes = fs::file_size(operation.onModel ? work.model : work.plain);
   std::fprintf(stderr, "[%zu files] %s\n", work.files, operation.title);
@@ -272,31 +291,56 @@ void measureOperation(const Options& options, const Operation& operation, Worklo
   const std::string name = operation.title;
   // odlex first: the add operation's libmsi side inserts the keys odlex's table made.
   m.odlexMs = medianTime(result, "odlex: " + name, options.repetitions, [&] {
-    fs::remove(odlexOut);
+    fs::remove_all(odlexOut);
     operation.odlexRun(work, odlexOut);
   });
   m.referenceMs = medianTime(result, operation.reference + (": " + name), options.repetitions, [&] {
-    fs::remove(referenceOut);
+    fs::remove_all(referenceOut);
     operation.referenceRun(work, referenceOut);
   });
   if (m.odlexMs && m.referenceMs) {
     attempt(result, "check: " + name, [&] { operation.check(work, referenceOut, odlexOut); });
   }
-  // The same work on the package without files first, so that what is measured is the memory
-  // the data takes, not the code and converter tables every run faults in once.
-  const fs::path peakOut = work.scratch / numbered("op%zu-peak.out", index);
-  const fs::path warmOut = empty.scratch / numbered("op%zu-warm.out", index);
+  const fs::path peakFile = work.scratch / numbered("op%zu-peak.bytes", index);
+  fs::remove(peakFile);
   attempt(result, "odlex peak memory: " + name, [&] {
-    m.odlexPeakBytes = peakMemoryGrowth(
-        [&] {
-          fs::remove_all(warmOut);
-          operation.odlexRun(empty, warmOut);
-        },
-        [&] {
-          fs::remove_all(peakOut);
-          operation.odlexRun(work, peakOut);
-        });
+    if (runProgram({options.self.string(), "--cache", options.cacheDir.string(), "--peak-of",
+                    std::to_string(index), std::to_string(work.files)}) != 0) {
+      throw std::runtime_error("the measuring process failed");
+    }
+    std::ifstream in(peakFile);
+    std::uint64_t bytes = 0;
+    if (!(in >> bytes)) {
+      throw std::runtime_error("no figure in " + peakFile.string());
+    }
+    m.odlexPeakBytes = bytes;
   });
+}
+
+// In a fresh process: the peak memory odlex's side of operation `index` takes on `files` files,
+// after the same work on the package without files, so that what is measured is the memory the
+// data takes, not the code and converter tables every run faults in once. Written to the
+// scratch directory for the measuring run to read.
+int measurePeak(const Options& options, std::size_t index, std::size_t files) {
+  const std::vector<Operation> ops = operations();
+  if (index >= ops.size()) {
+    return 2;
+  }
+  Workload empty = prepare(options, 0, false);
+  Workload work = prepare(options, files, false);
+  const fs::path warmOut = empty.scratch / numbered("op%zu-warm.out", index);
+  const fs::path peakOut = work.scratch / numbered("op%zu-peak.out", index);
+  const std::uint64_t bytes = peakMemoryGrowth(
+      [&] {
+        fs::remove_all(warmOut);
+        ops[index].odlexRun(empty, warmOut);
+      },
+      [&] {
+        fs::remove_all(peakOut);
+        ops[index].odlexRun(work, peakOut);
+      });
+  std::ofstream(work.scratch / numbered("op%zu-peak.bytes", index)) << bytes << "\n";
+  return 0;
 }
 
 std::string milliseconds(const std::optional<double>& ms) {
@@ -345,7 +389,7 @@ void printTables(const std::vector<Operation>& ops, const std::vector<SizeResult
       "(peak memory: <= %.0fx the file size). libmsi cannot apply transforms (the tables it\n"
       "makes of one come out under mangled names), so applying one is compared with odlex's own\n"
       "rewrite of the same package: a ratio of 0.5 means applying and saving takes twice as long\n"
-      "as a plain rewrite. Peak memory is measured in a child process after the same work on the\n"
+      "as a plain rewrite. Peak memory is measured in a fresh process after the same work on the\n"
       "0-file package, so it counts the data, not the code and tables every run faults in once.\n",
       kPeakPerFileSizeTarget);
   for (const SizeResult& r : results) {
@@ -362,18 +406,21 @@ int main(int argc, char** argv) {
   using namespace odlex::bench;
   try {
     const Options options = parseOptions(argc, argv);
+    if (options.peakOperation) {
+      return measurePeak(options, *options.peakOperation, options.peakFiles);
+    }
     std::filesystem::create_directories(options.cacheDir);
     const std::vector<Operation> ops = operations();
-    Workload empty = prepare(options, 0);
+    Workload empty = prepare(options, 0, true);
     std::vector<SizeResult> results;
     bool clean = true;
     for (std::size_t files : options.sizes) {
-      Workload work = files == 0 ? empty : prepare(options, files);
+      Workload work = files == 0 ? empty : prepare(options, files, true);
       SizeResult result;
       result.files = files;
       result.byOperation.resize(ops.size());
       for (std::size_t op = 0; op < ops.size(); ++op) {
-        measureOperation(options, ops[op], work, empty, op, result);
+        measureOperation(options, ops[op], work, op, result);
       }
       clean = clean && result.problems.empty();
       results.push_back(std::move(result));
