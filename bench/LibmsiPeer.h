@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "NewComponents.h"
 #include "ReadTotals.h"
 
 namespace odlex::bench::libmsi_peer {
@@ -19,5 +20,16 @@ void rewrite(const std::filesystem::path& source, const std::filesystem::path& t
 // commits.
 void deleteComponents(const std::filesystem::path& source, const std::filesystem::path& target,
                       const std::vector<std::string>& components);
+// Opens `source` to be saved as `target`, inserts `added`'s Component, File and
+// FeatureComponents rows (one INSERT each) and commits.
+void addComponents(const std::filesystem::path& source, const std::filesystem::path& target,
+                   const NewComponents& added);
+// Exports every table of `package` and its summary information as .idt files into `directory`.
+void exportAll(const std::filesystem::path& package, const std::filesystem::path& directory);
+// Opens `source` to be saved as `target`, SELECTs every table and replaces `find` by `replace`
+// in each text cell outside the primary key that holds it (one UPDATE by key per cell), and
+// commits; returns how many rows changed.
+unsigned searchAndReplace(const std::filesystem::path& source, const std::filesystem::path& target,
+                          const std::string& find, const std::string& replace);
 
 }  // namespace odlex::bench::libmsi_peer

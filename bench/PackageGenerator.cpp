@@ -1,5 +1,6 @@
 #include "PackageGenerator.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <fstream>
@@ -98,7 +99,8 @@ void writeFeatures(const std::filesystem::path& dir, std::size_t files) {
   IdtFile idt(dir / "Feature.idt",
               "Feature\tFeature_Parent\tTitle\tDescription\tDisplay\tLevel\tDirectory_\tAttributes",
               "s38\tS38\tL64\tL255\tI2\ti2\tS72\ti2", "Feature\tFeature");
-  for (std::size_t f = 0; f < countOf(files, kFilesPerFeature); ++f) {
+  // At least one feature, so that even the package without files has one to add components to.
+  for (std::size_t f = 0; f < std::max<std::size_t>(1, countOf(files, kFilesPerFeature)); ++f) {
     idt.row({numbered("feat%03zu", f), f ? "feat000" : "", numbered("Feature %zu", f),
              numbered("Installs the files of group %zu.", f), numbered("%zu", 2 * f + 1), "1",
              "INSTALLDIR", "0"});

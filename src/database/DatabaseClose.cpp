@@ -8,19 +8,18 @@
 void ODLEXDatabase::Close(bool save) {
   const TalString databasePath = GetDatabasePath();
   const bool outputMode = !IsReadOnly() && !database_.getInPath().isNull();
+  // The system tables of an output file are written last, into the output, by the commit that
+  // closes it.
+  if (save && outputMode) {
+    for (ODLEXTObject::typeID type :
+         {ODLEXTObject::e_Streams, ODLEXTObject::e_Storages, ODLEXTObject::e_SummaryInformation})
+      GetTableObject(type).Persist();
+  }
   database_.close(save);
   // A working copy this library made that is not saved is removed; no other file ever is.
   if (!save && ownsWorkingCopy_) {
     odlex::database::removeQuietly(databasePath);
     ownsWorkingCopy_ = false;
-  }
-  // The system tables of an output file are written last, into the committed output.
-  if (save && outputMode) {
-    database_.open();
-    for (ODLEXTObject::typeID type :
-         {ODLEXTObject::e_Streams, ODLEXTObject::e_Storages, ODLEXTObject::e_SummaryInformation})
-      GetTableObject(type).Persist();
-    database_.close(true);
   }
   modified_ = false;
   exteriorModify_ = false;

@@ -16,6 +16,9 @@
 #include "odlex/support/TalString.h"
 
 class MSIDatabase;
+namespace odlex::rows {
+struct CellText;
+}
 
 class MSIRecordColumn {
  public:
@@ -42,6 +45,9 @@ class MSIRecordColumn {
   friend bool operator==(const MSIRecordColumn&, const MSIRecordColumn&) = default;
 
  private:
+  // The row layer compares, hashes and stores cells by their text without copying it.
+  friend struct odlex::rows::CellText;
+
   eKind kind_ = kindNull;
   int integer_ = 0;
   TalString text_;  // the text, or the stream name

@@ -24,9 +24,10 @@ int compareCells(const MSIRecordColumn& a, const MSIRecordColumn& b) {
     case MSIRecordColumn::kindInteger:
       return order(a.GetInteger(), b.GetInteger());
     case MSIRecordColumn::kindString:
-      return order(a.GetString().u16(), b.GetString().u16());
-    case MSIRecordColumn::kindStream:
-      return order(a.GetStreamName().u16(), b.GetStreamName().u16());
+    case MSIRecordColumn::kindStream: {
+      const int text = CellText::of(a).compare(CellText::of(b));
+      return text < 0 ? -1 : text > 0 ? 1 : 0;
+    }
     case MSIRecordColumn::kindNull:
       break;
   }
@@ -36,7 +37,7 @@ int compareCells(const MSIRecordColumn& a, const MSIRecordColumn& b) {
 std::size_t hashCell(const MSIRecordColumn& cell) {
   if (cell.GetKind() == MSIRecordColumn::kindInteger)
     return std::hash<int>()(cell.GetInteger());
-  return std::hash<std::u16string>()(cell.GetString().u16());
+  return std::hash<std::u16string>()(CellText::of(cell));
 }
 
 TalString streamNameOf(const MSIEntry& row) {

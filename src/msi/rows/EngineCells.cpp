@@ -2,7 +2,20 @@
 
 #include "msi/rows/EngineCells.h"
 
+#include "msi/rows/CellOrder.h"
+
 namespace odlex::rows {
+
+namespace {
+
+// The pool id of the text a text column stores for `value`, read in place when it is text.
+std::uint32_t internText(engine::StringPool& pool, const MSIRecordColumn& value) {
+  if (value.GetKind() == MSIRecordColumn::kindString)
+    return pool.intern(CellText::of(value));
+  return pool.intern(value.GetString().u16());
+}
+
+}  // namespace
 
 ColumnMap::ColumnMap(const schema::TableSchema& schema, const engine::Table& table)
     : table_(table), catalogIndex_(table.columnCount(), -1) {
@@ -27,10 +40,9 @@ MSIRecordColumn ColumnMap::read(const engine::StringPool& pool, std::size_t row,
   return MSIRecordColumn::String(TalString(std::u16string(table_.text(pool, row, index))));
 }
 
-std::vector<std::uint32_t> ColumnMap::write(
-    engine::StringPool& pool, const std::vector<MSIRecordColumn>& values,
-    const std::function<bool(std::size_t)>& hasBinary) const {
-  std::vector<std::uint32_t> cells(table_.columnCount(), 0);
+void ColumnMap::write(engine::StringPool& pool, const std::vector<MSIRecordColumn>& values,
+                      const std::function<bool(std::size_t)>& hasBinary,
+                      std::span<std::uint32_t> cells) const {
   for (std::size_t index = 0; index < cells.size(); ++index) {
     const engine::Column& target = table_.columns()[index];
     const int column = catalogIndex_[index];
@@ -39,11 +51,10 @@ std::vector<std::uint32_t> ColumnMap::write(
     } else if (target.isInteger()) {
       const int number = column < 0 ? MSIRecord::NullInteger : values[column].GetInteger();
       cells[index] = static_cast<std::uint32_t>(number);
-    } else if (column >= 0) {
-      cells[index] = pool.intern(values[column].GetString().u16());
+    } else {
+      cells[index] = column < 0 ? 0 : internText(pool, values[column]);
     }
   }
-  return cells;
 }
 
 }  // namespace odlex::rows

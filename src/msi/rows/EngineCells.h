@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <span>
 #include <vector>
 
 #include "msi/engine/StringPool.h"
@@ -22,11 +23,11 @@ class ColumnMap {
   // The value of catalog column `column` in engine row `row`; a binary cell as a stream field
   // naming the row's stream.
   MSIRecordColumn read(const engine::StringPool& pool, std::size_t row, std::size_t column) const;
-  // The engine cells of a row with these catalog values; `hasBinary(column)` says whether a
-  // binary catalog column holds data.
-  std::vector<std::uint32_t> write(engine::StringPool& pool,
-                                   const std::vector<MSIRecordColumn>& values,
-                                   const std::function<bool(std::size_t)>& hasBinary) const;
+  // Fills `cells` (one per engine column) with the engine cells of a row with these catalog
+  // values; `hasBinary(column)` says whether a binary catalog column holds data.
+  void write(engine::StringPool& pool, const std::vector<MSIRecordColumn>& values,
+             const std::function<bool(std::size_t)>& hasBinary,
+             std::span<std::uint32_t> cells) const;
 
  private:
   const engine::Table& table_;

@@ -24,7 +24,12 @@ std::atomic<std::uint64_t> lastRowEpoch{0};
 
 // The key FindBy indexes a cell under: its kind, then its text or number.
 std::u16string indexKey(const MSIRecordColumn& cell) {
-  return std::u16string(1, static_cast<char16_t>(u'0' + cell.GetKind())) + cell.GetString().u16();
+  std::u16string key(1, static_cast<char16_t>(u'0' + cell.GetKind()));
+  if (cell.GetKind() == MSIRecordColumn::kindString)
+    key += odlex::rows::CellText::of(cell);
+  else
+    key += cell.GetString().u16();
+  return key;
 }
 
 }  // namespace
@@ -224,10 +229,13 @@ bool MSITable::Persist() {
     }
     const odlex::rows::ColumnMap map(*schema_, *table);
     table->clearRows();
-    table->reserveRows(live.size());
-    for (MSIEntry* row : live)
-      table->appendRow(map.write(db->strings(), row->values_,
-                                 [row](std::size_t column) { return !row->cellIsNull(column); }));
+    table->resizeRows(live.size());
+    for (std::size_t index = 0; index < live.size(); ++index) {
+      const MSIEntry* row = live[index];
+      map.write(
+          db->strings(), row->values_,
+          [row](std::size_t column) { return !row->cellIsNull(column); }, table->row(index));
+    }
     writeStreams(live, *table);
   }
   for (MSIEntry* row : live)
