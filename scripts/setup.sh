@@ -16,6 +16,9 @@ packages=(
   libbenchmark-dev libmsi-dev libglib2.0-dev  # benchmarks and their peer
   time                                # peak memory of the benchmarks' runs
   gcovr                               # the coverage report (scripts/coverage.sh)
+  # Wine's installer engine, a test-only oracle like msitools: it applies the transforms odlex
+  # writes (libmsi cannot apply any); its helper program is built with the mingw compiler.
+  wine64 gcc-mingw-w64-x86-64-win32
 )
 
 missing=()

@@ -22,6 +22,23 @@
 //
 // Updates of a table with more than 16 columns that change a column past the sixteenth, which a
 // 16-bit mask cannot name, are written as a delete followed by an insert of the whole row.
+//
+// Where Wine's installer engine (8.0), which the tests apply our transforms with, behaves
+// otherwise, and why we keep our behaviour:
+//   - it ignores the error conditions passed to it: a transform that adds an existing row or
+//     table, deletes a missing row or table, updates a missing row or has another code page
+//     applies without an error; we fail on each condition that is not suppressed, which is what
+//     the conditions are for;
+//   - it inserts a missing row that is updated; suppressed, we skip the update: it carries only
+//     the key and the cells it changes, not a whole row;
+//   - a missing table that is dropped exists afterwards; suppressed, we skip the drop;
+//   - streams outside the tables (a _Streams table stream) make it crash: the installer's
+//     transforms do not change streams outside the tables (embedded cabinets), so a transform of
+//     ours carrying one is only for odlex; the difference of two packages whose streams outside
+//     the tables are the same has none;
+//   - it keeps the old data of a binary cell that an update changes (the data of an inserted
+//     row's binary cell it does take); we store both under the same name, the cell's stream name,
+//     and apply both.
 
 #include <cstdint>
 #include <filesystem>
