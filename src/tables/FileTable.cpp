@@ -8,6 +8,7 @@
 #include "odlex/database/ODLEXDatabase.h"
 #include "odlex/support/Path.h"
 #include "odlex/tables/ODLEXTables.h"
+#include "signature/FontName.h"
 #include "signature/PeVersion.h"
 #include "tables/RowQueries.h"
 
@@ -168,6 +169,12 @@ bool ODLEXTFile::SetToFileVersion(MSIEFile& file, const TalString& path) {
 
 bool ODLEXTFile::IsFileAFont(const MSIEFile& file) {
   return GetDatabase().GetFont().IsFileAFont(file);
+}
+
+TalString ODLEXTFile::GetTTFontName(const TalString& path) {
+  std::string why;
+  const auto name = odlex::signature::fileFontName(odlex::lower::toPath(path), why);
+  return name ? TalString(*name) : TalString();
 }
 
 bool ODLEXTFile::IsFileAutoRegister(const MSIEFile& file) {

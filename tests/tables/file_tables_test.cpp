@@ -7,6 +7,7 @@
 #include <tuple>
 
 #include "common/DatabaseTest.h"
+#include "common/FontFile.h"
 #include "common/Oracle.h"
 #include "common/PeModule.h"
 #include "common/VersionResource.h"
@@ -188,6 +189,28 @@ TEST_F(FileTablesTest, VersionFromAModule) {
     EXPECT_EQ(helper.GetLanguage().ToUtf8(), cases[i].language);
   }
   EXPECT_TRUE(helper.IsModified());
+}
+
+// A font file's registered name read from the host path; anything else gives an empty name.
+TEST_F(FileTablesTest, FontNameFromAFile) {
+  const struct {
+    const char* name;
+    std::string bytes;
+    const char* expected;
+  } cases[] = {
+      {"font.ttf", test::trueTypeFont({{3, 1, 0x409, 4, test::utf16be(u"Odlex Sans")}}),
+       "Odlex Sans"},
+      {"text.ttf", "no font", ""},
+      {"missing.ttf", "", ""},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    const std::filesystem::path path = file(c.name);
+    if (!c.bytes.empty())
+      test::writeFileBytes(path, c.bytes);
+    const TalString name = ODLEXTFile::GetTTFontName(TalString::FromUtf8(path.string()));
+    EXPECT_EQ(name.ToUtf8(), c.expected);
+  }
 }
 
 TEST_F(FileTablesTest, FilesPathsAndWhatDescribesThem) {

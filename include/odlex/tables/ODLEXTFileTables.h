@@ -88,6 +88,13 @@ class ODLEXTFile : public ODLEXTRowTable<ODLEXTFile, ODLEXTObject::eFile> {
 
   // Whether a live Font row names `file` (it is installed as a font).
   bool IsFileAFont(const MSIEFile& file);
+  // The name a font installer registers for the TrueType or OpenType font at the host path
+  // `path` (the first font of a collection): its full font name, the US English Windows record
+  // first, else another Windows one, else a Macintosh Roman one. This is the title a Font row
+  // with a null FontTitle stands for. An empty text, and no error, when the file cannot be read,
+  // is no font, or has no full-name record: such a file is simply not registered under a name
+  // of its own, and no error code names this case.
+  static TalString GetTTFontName(const TalString& path);
   // Whether a live SelfReg row names `file` (the installer registers it as a COM server).
   bool IsFileAutoRegister(const MSIEFile& file);
   // Makes `file` self-registering (a SelfReg row with a null cost) or not (its SelfReg row
