@@ -34,6 +34,16 @@ std::pair<TalString, TalString> namesOf(const TalString& name) {
 
 }  // namespace
 
+void ODLEXTFile::Add(const MSIEFile& row) {
+  if (row.GetFileID().u16().empty()) {
+    SetTempEntries(nullptr);
+    throw ODLEXDatabaseError(ODLEXDatabaseError::eFileAddFailed);
+  }
+  AddEntry(row);
+  if (GetTempEntries().isEmpty())
+    throw ODLEXDatabaseError(ODLEXDatabaseError::eFileAddFailed);
+}
+
 MSIEFile& ODLEXTFile::GetFileWithID(const TalString& id) {
   return FindOrThrow(GetTable().Find(id), ODLEXDatabaseError::eFileNotFound);
 }

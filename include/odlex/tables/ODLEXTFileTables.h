@@ -13,6 +13,12 @@ class MSIEFile;
 // ("1.2.3.4") or, for a companion file, the key of the File row whose version it shares.
 class ODLEXTFile : public ODLEXTRowTable<ODLEXTFile, ODLEXTObject::eFile> {
  public:
+  // Adds the file `row` as every table adds a row (ODLEXTRowTable.h): afterwards the temp
+  // entries hold exactly the new row. Unlike most tables, a file that is not added is an error,
+  // since a component's key path or a media layout may be built on it next: code 9, with the
+  // table unchanged and the temp entries empty, when the key is empty or a live row already has
+  // it. A deleted row with the key is replaced.
+  void Add(const MSIEFile& row);
   // The row `id`; code 20 when there is none.
   MSIEFile& GetFileWithID(const TalString& id);
   // Inserts the live files of `component` into `out`; returns `out`.
