@@ -12,9 +12,9 @@ root="$(cd "$(dirname "$0")/.." && pwd)"
 build="$root/build-fuzz"
 
 # Formatted text (nesting and escapes), table text files, queries, certificates, signed files,
-# message catalogs, cabinets, and transforms and merge modules applied to a good package: short
-# inputs.
-short_targets=(format idt query certificate signature version messages cabinet transform merge)
+# fonts, message catalogs, cabinets, and transforms and merge modules applied to a good
+# package: short inputs.
+short_targets=(format idt query certificate signature version font messages cabinet transform merge)
 
 cmake -S "$root" -B "$build" -DCMAKE_CXX_COMPILER=clang++ \
   -DCMAKE_BUILD_TYPE=RelWithDebInfo -DODLEX_BUILD_FUZZ=ON -DODLEX_BUILD_TESTS=OFF \

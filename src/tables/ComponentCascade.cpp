@@ -14,12 +14,15 @@
 namespace odlex::tables {
 namespace {
 
-// A column of table `child` that holds the value of column `parentKey` of a row of `parent`.
+// A column of table `child` that holds the value of column `parentKey` of a row of `parent`;
+// with a `kind`, only in the child rows whose Table column names that kind of object (one
+// LockPermissions column refers to files, registry rows or created folders).
 struct Reference {
   ODLEXTObject::typeID parent;
   const char16_t* parentKey;
   ODLEXTObject::typeID child;
   const char16_t* column;
+  const char16_t* kind = nullptr;
 };
 
 constexpr Reference kReferences[] = {
@@ -31,6 +34,11 @@ constexpr Reference kReferences[] = {
     {ODLEXTObject::eFile, u"File", ODLEXTObject::ePatch, u"File_"},
     {ODLEXTObject::eFile, u"File", ODLEXTObject::eODBCDriver, u"File_"},
     {ODLEXTObject::eFile, u"File", ODLEXTObject::eODBCTranslator, u"File_"},
+    {ODLEXTObject::eFile, u"File", ODLEXTObject::eLockPermissions, u"LockObject", u"File"},
+    {ODLEXTObject::eRegistry, u"Registry", ODLEXTObject::eLockPermissions, u"LockObject",
+     u"Registry"},
+    {ODLEXTObject::eCreateFolder, u"Directory_", ODLEXTObject::eLockPermissions, u"LockObject",
+     u"CreateFolder"},
     {ODLEXTObject::eClass, u"CLSID", ODLEXTObject::eProgId, u"Class_"},
     {ODLEXTObject::eProgId, u"ProgId", ODLEXTObject::eProgId, u"ProgId_Parent"},
     {ODLEXTObject::eExtension, u"Extension", ODLEXTObject::eVerb, u"Extension_"},
@@ -139,6 +147,9 @@ void deleteReferringRows(ODLEXDatabase& db, ODLEXTObject::typeID type, const Key
     std::vector<MSIEntry*> rows;
     for (const std::u16string& key : gone)
       appendRowsWith(*child, column, key, rows);
+    if (reference.kind)
+      std::erase_if(rows,
+                    [&](const MSIEntry* row) { return textOf(*row, u"Table") != reference.kind; });
     deleteRowsAndDependants(*child, rows);
   }
 }

@@ -8,6 +8,7 @@
 #include "odlex/database/ODLEXDatabase.h"
 #include "odlex/support/Path.h"
 #include "odlex/tables/ODLEXTables.h"
+#include "signature/FontName.h"
 #include "signature/PeVersion.h"
 #include "tables/RowQueries.h"
 
@@ -32,6 +33,16 @@ std::pair<TalString, TalString> namesOf(const TalString& name) {
 }
 
 }  // namespace
+
+void ODLEXTFile::Add(const MSIEFile& row) {
+  if (row.GetFileID().u16().empty()) {
+    SetTempEntries(nullptr);
+    throw ODLEXDatabaseError(ODLEXDatabaseError::eFileAddFailed);
+  }
+  AddEntry(row);
+  if (GetTempEntries().isEmpty())
+    throw ODLEXDatabaseError(ODLEXDatabaseError::eFileAddFailed);
+}
 
 MSIEFile& ODLEXTFile::GetFileWithID(const TalString& id) {
   return FindOrThrow(GetTable().Find(id), ODLEXDatabaseError::eFileNotFound);
@@ -168,6 +179,12 @@ bool ODLEXTFile::SetToFileVersion(MSIEFile& file, const TalString& path) {
 
 bool ODLEXTFile::IsFileAFont(const MSIEFile& file) {
   return GetDatabase().GetFont().IsFileAFont(file);
+}
+
+TalString ODLEXTFile::GetTTFontName(const TalString& path) {
+  std::string why;
+  const auto name = odlex::signature::fileFontName(odlex::lower::toPath(path), why);
+  return name ? TalString(*name) : TalString();
 }
 
 bool ODLEXTFile::IsFileAutoRegister(const MSIEFile& file) {

@@ -33,7 +33,9 @@ std::vector<std::string> firstCells(const std::filesystem::path& package, const 
 // and AppDll), Docs (DocFile) and Tools (ToolExe), each with rows in the tables of the cascade
 // and rows hanging off those; App is in features Main and Manuals. Deleting App leaves exactly
 // the rows of the others, which the saved file shows to msiinfo. A copy of AppExe that Docs
-// makes goes with the file; App's FeatureComponents rows stay.
+// makes goes with the file; App's FeatureComponents rows stay. Of the permissions, those of
+// App's files, registry rows and of the folder AppData that only App creates go; AppDir's stay
+// (Tools creates it too), and so does the Registry row's lock that shares a file's key.
 TEST_F(ComponentTableTest, DeleteRemovesExactlyTheComponentsRows) {
   const std::filesystem::path package = file("cascade.msi");
   ASSERT_TRUE(msibuildImport(package, idtFilesIn(fixturePath("cascade"))));
@@ -70,7 +72,8 @@ TEST_F(ComponentTableTest, DeleteRemovesExactlyTheComponentsRows) {
       {"BindImage", {}},
       {"DuplicateFile", {"DocCopy"}},
       {"MoveFile", {}},
-      {"CreateFolder", {"DocDir"}},
+      {"CreateFolder", {"AppDir", "DocDir"}},
+      {"LockPermissions", {"AppDir", "AppExe", "DocDir", "DocFile", "ToolReg"}},
       {"PublishComponent", {"{F0000000-0000-4000-8000-000000000002}"}},
       {"RemoveFile", {}},
       {"RemoveRegistry", {}},

@@ -7,6 +7,7 @@
 #include <tuple>
 
 #include "common/DatabaseTest.h"
+#include "common/FontFile.h"
 #include "common/Oracle.h"
 #include "common/PeModule.h"
 #include "common/VersionResource.h"
@@ -188,6 +189,53 @@ TEST_F(FileTablesTest, VersionFromAModule) {
     EXPECT_EQ(helper.GetLanguage().ToUtf8(), cases[i].language);
   }
   EXPECT_TRUE(helper.IsModified());
+}
+
+// A file is added, or the refusal is an error with the table unchanged; a deleted row's key
+// is free again.
+TEST_F(FileTablesTest, AddRefusalIsAnError) {
+  ODLEXTFile& files = openPackage().GetFile();
+  files.Delete(files.GetFileWithID(u"Handbuch"));
+  const struct {
+    const char16_t* key;
+    int code;  // -1: added
+  } cases[] = {{u"NewFile", -1}, {u"Readme", 9}, {u"", 9}, {u"Handbuch", -1}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(TalString(c.key).ToUtf8());
+    MSIEFile row(c.key);
+    row.SetComponent(u"GermanDocs");
+    row.SetFileName(u"new.txt");
+    files.SetTempEntries(nullptr);
+    EXPECT_EQ(thrownCode([&] { files.Add(row); }), c.code);
+    EXPECT_EQ(files.GetTempEntries().entries(), c.code == -1 ? 1u : 0u);
+    if (c.code == -1) {
+      EXPECT_FALSE(files.GetFileWithID(c.key).IsDeleted());
+    }
+  }
+  EXPECT_EQ(files.GetFileWithID(u"Readme").GetComponent().ToUtf8(), "Docs");
+  EXPECT_EQ(files.GetLongFileName(files.GetFileWithID(u"Readme")).ToUtf8(), "readme.txt");
+}
+
+// A font file's registered name read from the host path; anything else gives an empty name.
+TEST_F(FileTablesTest, FontNameFromAFile) {
+  const struct {
+    const char* name;
+    std::string bytes;
+    const char* expected;
+  } cases[] = {
+      {"font.ttf", test::trueTypeFont({{3, 1, 0x409, 4, test::utf16be(u"Odlex Sans")}}),
+       "Odlex Sans"},
+      {"text.ttf", "no font", ""},
+      {"missing.ttf", "", ""},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    const std::filesystem::path path = file(c.name);
+    if (!c.bytes.empty())
+      test::writeFileBytes(path, c.bytes);
+    const TalString name = ODLEXTFile::GetTTFontName(TalString::FromUtf8(path.string()));
+    EXPECT_EQ(name.ToUtf8(), c.expected);
+  }
 }
 
 TEST_F(FileTablesTest, FilesPathsAndWhatDescribesThem) {

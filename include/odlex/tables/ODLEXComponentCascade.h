@@ -11,7 +11,13 @@
 //   File            -> MsiFileHash.File_, Font.File_, SelfReg.File_, BindImage.File_,
 //                      DuplicateFile.File_ (copies of the file made by any component),
 //                      Patch.File_, ODBCDriver.File_, ODBCTranslator.File_ (a driver or
-//                      translator whose library is gone)
+//                      translator whose library is gone), LockPermissions.LockObject where
+//                      Table is "File" (the file's permissions)
+//   Registry        -> LockPermissions.LockObject where Table is "Registry"
+//   CreateFolder    -> LockPermissions.LockObject where Table is "CreateFolder" (a created
+//                      folder's permissions, keyed by its Directory_, go with the last live
+//                      CreateFolder row of that folder: while another component still creates
+//                      it, they stay)
 //   Shortcut        -> (nothing in this library's tables)
 //   Class (CLSID)   -> ProgId.Class_
 //   ProgId          -> ProgId.ProgId_Parent (version-independent ProgIds of a removed one)

@@ -13,6 +13,12 @@ class MSIEFile;
 // ("1.2.3.4") or, for a companion file, the key of the File row whose version it shares.
 class ODLEXTFile : public ODLEXTRowTable<ODLEXTFile, ODLEXTObject::eFile> {
  public:
+  // Adds the file `row` as every table adds a row (ODLEXTRowTable.h): afterwards the temp
+  // entries hold exactly the new row. Unlike most tables, a file that is not added is an error,
+  // since a component's key path or a media layout may be built on it next: code 9, with the
+  // table unchanged and the temp entries empty, when the key is empty or a live row already has
+  // it. A deleted row with the key is replaced.
+  void Add(const MSIEFile& row);
   // The row `id`; code 20 when there is none.
   MSIEFile& GetFileWithID(const TalString& id);
   // Inserts the live files of `component` into `out`; returns `out`.
@@ -88,6 +94,13 @@ class ODLEXTFile : public ODLEXTRowTable<ODLEXTFile, ODLEXTObject::eFile> {
 
   // Whether a live Font row names `file` (it is installed as a font).
   bool IsFileAFont(const MSIEFile& file);
+  // The name a font installer registers for the TrueType or OpenType font at the host path
+  // `path` (the first font of a collection): its full font name, the US English Windows record
+  // first, else another Windows one, else a Macintosh Roman one. This is the title a Font row
+  // with a null FontTitle stands for. An empty text, and no error, when the file cannot be read,
+  // is no font, or has no full-name record: such a file is simply not registered under a name
+  // of its own, and no error code names this case.
+  static TalString GetTTFontName(const TalString& path);
   // Whether a live SelfReg row names `file` (the installer registers it as a COM server).
   bool IsFileAutoRegister(const MSIEFile& file);
   // Makes `file` self-registering (a SelfReg row with a null cost) or not (its SelfReg row
