@@ -1,10 +1,7 @@
-// The merge and module commands' plumbing: exit status, JSON keys, the lines for people, and a
-// package left byte for byte untouched by a merge that stops or only looks. What a merge adds
-// is the library's and is tested there.
+// The merge command's plumbing: exit status, the lines for people, and a package left byte for
+// byte untouched by a merge that stops. What a merge adds is the library's and is tested there.
 
 #include <gtest/gtest.h>
-
-#include <nlohmann/json.hpp>
 
 #include "common/Oracle.h"
 #include "common/Packages.h"
@@ -13,8 +10,6 @@
 
 namespace odlex::test {
 namespace {
-
-using nlohmann::json;
 
 struct MergeRun {
   const char* name;
@@ -31,12 +26,6 @@ const MergeRun kRuns[] = {
      0,
      true,
      "table\tComponent\t1\n",
-     ""},
-    {"DryRunWritesNothing",
-     {"--feature", "Complete", "--directory", "INSTALLDIR", "-o", "OUT", "--dry-run"},
-     0,
-     false,
-     "files\t2\n",
      ""},
     {"StoppedMergeWritesNothing",
      {"--feature", "Nope", "--directory", "INSTALLDIR", "-o", "OUT"},
@@ -77,26 +66,6 @@ TEST_P(OdlexMerge, ExitStatusOutputAndFilesWritten) {
 
 INSTANTIATE_TEST_SUITE_P(Runs, OdlexMerge, ::testing::ValuesIn(kRuns),
                          [](const auto& info) { return std::string(info.param.name); });
-
-TEST(OdlexModule, MergeAndShowGiveTheirDocumentedKeys) {
-  TempDir dir;
-  const BuiltPackage& built = testPackage(PackageKind::kWixl);
-  ASSERT_FALSE(built.file.empty()) << built.error;
-  const std::filesystem::path module = buildModule(dir, baselineModule());
-  const json merged =
-      json::parse(odlexOutput({"merge", built.file.string(), module.string(), "--feature",
-                               "Complete", "--directory", "INSTALLDIR", "--dry-run", "--json"}));
-  for (const char* key : {"tables", "files", "mediaDiskId", "errors"})
-    EXPECT_TRUE(merged.contains(key)) << key;
-  EXPECT_TRUE(merged["tables"][0].contains("table"));
-  EXPECT_TRUE(merged["tables"][0].contains("rows"));
-
-  const json shown = json::parse(odlexOutput({"module", "show", module.string(), "--json"}));
-  for (const char* key : {"signature", "dependencies", "exclusions", "configuration", "files"})
-    EXPECT_TRUE(shown.contains(key)) << key;
-  EXPECT_EQ(shown["signature"][0]["ModuleID"], kModuleId);
-  EXPECT_EQ(shown["files"].size(), 2u);
-}
 
 }  // namespace
 }  // namespace odlex::test

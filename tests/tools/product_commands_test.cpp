@@ -148,9 +148,6 @@ TEST_F(OdlexProductCommands, ChangeLogRoundTrip) {
     return entry.at("table") == "Property" && entry.at("message") == "Table Property was changed.";
   });
   EXPECT_TRUE(logged) << log.dump();
-  for (const auto& entry : entries)
-    for (const char* key : {"entry", "time", "author", "table", "messageId", "message"})
-      EXPECT_TRUE(entry.contains(key)) << key;
 }
 
 TEST_F(OdlexProductCommands, Plumbing) {
@@ -162,16 +159,12 @@ TEST_F(OdlexProductCommands, Plumbing) {
     int exitCode;
     std::string out;  // a line the output must hold; empty: none checked
   } cases[] = {
-      {{"search", path, "--regex", "Example", "--json"}, 0, "\"column\": \"Value\","},
       {{"search", path, "--regex", "Example"}, 0, "Property\tProductName\tValue\tExample Product"},
       {{"search", path}, 2, ""},
       {{"search", path, "--regex", "("}, 1, ""},
       {{"replace", path, "Example", "Sample", "--dry-run"}, 0, "Property\t1"},
-      {{"replace", path, "Example", "Sample", "--dry-run", "--json"}, 0, "\"total\": 1"},
       {{"summary", "set", path, "NoSuchField=1"}, 2, ""},
-      {{"summary", "show", path, "--json"}, 0, "\"summary\": {"},
       {{"keyword", "delete", path, "Missing"}, 1, ""},
-      {{"keyword", "list", path, "--json"}, 0, "\"keywords\": []"},
   };
   for (const auto& c : cases) {
     const ProcessResult result = runOdlex(c.args);

@@ -62,7 +62,6 @@ const char* const kUpdate = "UPDATE Property SET Value = 'x' WHERE Property = 'P
 const WriteCase kCases[] = {
     {"ToOutput", {kUpdate, "-o", "OUT"}, 0, "", "", false, true},
     {"InPlace", {"DELETE FROM Property WHERE Property = 'ALLUSERS'"}, 0, "", "", true, false},
-    {"DryRun", {kUpdate, "-o", "OUT", "--dry-run"}, 0, "would write OUT\n", "", false, false},
     {"Json",
      {kUpdate, "-o", "OUT", "--json"},
      0,

@@ -56,8 +56,6 @@ TEST_F(TransformCommands, DiffListsExactlyTheEdits) {
                          "odlex diff"));
   const auto json =
       nlohmann::json::parse(odlexOutput({"diff", base_.string(), edited_.string(), "--json"}));
-  for (const char* key : {"codePage", "summary", "tables", "streams"})
-    EXPECT_TRUE(json.contains(key)) << key;
   ASSERT_EQ(json["tables"].size(), 1u);
   EXPECT_EQ(json["tables"][0]["rows"].size(), 3u);
   EXPECT_TRUE(splitLines(odlexOutput({"diff", base_.string(), base_.string()})).empty());
@@ -90,7 +88,6 @@ TEST_F(TransformCommands, ExitStatusAndFilesWritten) {
        2,
        "",
        ""},
-      {{"transform", "apply", base_.string(), mst, "-o", out, "--dry-run"}, 0, "", out},
       {{"transform", "apply", base_.string(), mst, "-o", out}, 0, out, ""},
       // Applied again, the deleted row is missing: nothing is written.
       {{"transform", "apply", out, mst, "-o", (dir_ / "again.msi").string()},
@@ -116,11 +113,6 @@ TEST_F(TransformCommands, ExitStatusAndFilesWritten) {
     }
   }
   EXPECT_TRUE(splitLines(odlexOutput({"diff", edited_.string(), out})).empty());
-  const auto json = nlohmann::json::parse(
-      odlexOutput({"transform", "show", mst, "--base", base_.string(), "--json"}));
-  ASSERT_FALSE(json["changes"].empty());
-  for (const char* key : {"table", "column", "row", "data", "current"})
-    EXPECT_TRUE(json["changes"][0].contains(key)) << key;
 }
 
 }  // namespace

@@ -158,8 +158,7 @@ void addAddProduct(Commands& commands) {
     std::string dll;
     bool textFiles = false;
     bool report = false;
-    std::string output;
-    bool dryRun = false;
+    EditTarget edit;
     bool json = false;
   };
   auto options = std::make_shared<Options>();
@@ -173,9 +172,7 @@ void addAddProduct(Commands& commands) {
         const std::filesystem::path dll = std::filesystem::absolute(options->dll);
         checkReadable(dll);
         LibrarySession session;
-        ODLEXDatabase& db = options->dryRun
-                                ? session.openReadOnly(options->package)
-                                : session.openForEdit(options->package, options->output);
+        ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
         ODLEXDatabase::SetOrvaneCustomAction(TalString::FromUtf8(dll.string()));
         db.GetBinary().GetOrvaneCustomAction();  // the DLL's row, or a clear error
         ODLEXTCustomAction& actions = db.GetCustomAction();
@@ -205,9 +202,8 @@ void addAddProduct(Commands& commands) {
         if (options->json)
           printJson({{"binary", dll.filename().string()},
                      {"actions", added},
-                     {"written", !options->dryRun}});
-        if (!options->dryRun)
-          session.save(db);
+                     {"written", !options->edit.dryRun}});
+        session.save(db);
         return 0;
       });
   addPackageArgument(command, options->package);
@@ -220,8 +216,7 @@ void addAddProduct(Commands& commands) {
                   "the reporting actions (ZrReportInstallSuccess, ZrReportInstallFailure, "
                   "and ZrInstallInitialize they need)");
   which->require_option(1, 2);
-  addOutputOption(command, options->output, "write the result to this file, not the package");
-  addDryRunFlag(command, options->dryRun);
+  addEditOptions(command, options->edit);
   addJsonFlag(command, options->json,
               R"({"binary", "actions": [{"action", "type", "sequence" (null when none), )"
               R"("scheduled", and in merge modules "baseAction", "placed"}], "written"})");

@@ -80,14 +80,32 @@ CLI::Option* addOutputOption(CLI::App& command, std::string& output, const std::
   return command.add_option("-o,--output", output, meaning);
 }
 
-void addDryRunFlag(CLI::App& command, bool& dryRun) {
-  command.add_flag("--dry-run", dryRun, "print what would change and write nothing");
+CLI::Option* addEditOptions(CLI::App& command, EditTarget& target,
+                            const std::string& outputMeaning) {
+  CLI::Option* output = addOutputOption(command, target.output, outputMeaning);
+  command.add_flag("--dry-run", target.dryRun, "print what would change and write nothing");
+  return output;
 }
 
 std::unique_ptr<engine::Database> openPackage(const std::filesystem::path& path,
                                               engine::Database::OpenMode mode) {
   engine::Error error;
   auto db = engine::Database::open(storage::FileSystem::current(), path, mode, error);
+  if (!db)
+    throw Failure(error);
+  return db;
+}
+
+std::unique_ptr<engine::Database> openForEdit(const std::filesystem::path& package,
+                                              const EditTarget& target, bool createMissing) {
+  storage::FileSystem& fs = storage::FileSystem::current();
+  if (target.output.empty()) {
+    const bool create = createMissing && !fs.exists(package);
+    return openPackage(package, create ? engine::Database::OpenMode::kCreate
+                                       : engine::Database::OpenMode::kUpdate);
+  }
+  engine::Error error;
+  auto db = engine::Database::openInto(fs, package, target.output, error);
   if (!db)
     throw Failure(error);
   return db;

@@ -53,11 +53,23 @@ class Commands {
   std::set<CLI::App*> nouns_;  // the nouns made by add, which name no command of their own
 };
 
+// Where an edit of a package goes: the package itself (atomically), or the file `output`; with
+// `dryRun`, nowhere.
+struct EditTarget {
+  std::string output;
+  bool dryRun = false;
+};
+
 // Options every command spells the same way.
 void addPackageArgument(CLI::App& command, std::string& package);
 void addJsonFlag(CLI::App& command, bool& json, const std::string& keys);
+// -o for a command whose output file is not the package (a table text file, a transform).
 CLI::Option* addOutputOption(CLI::App& command, std::string& output, const std::string& meaning);
-void addDryRunFlag(CLI::App& command, bool& dryRun);
+// -o OUT and --dry-run of a command that writes the package; gives the -o option.
+CLI::Option* addEditOptions(CLI::App& command, EditTarget& target,
+                            const std::string& outputMeaning =
+                                "write the result to this file, "
+                                "not the package");
 
 // The command files, each adding its commands.
 void addInspectCommands(Commands& commands);
@@ -86,6 +98,11 @@ void addManualCommands(Commands& commands, const CLI::App& app);
 
 std::unique_ptr<engine::Database> openPackage(const std::filesystem::path& path,
                                               engine::Database::OpenMode mode);
+// `package` for an edit to `target`: in place, or read from `package` and written to the
+// target's output when committed (nothing is written before). `createMissing` makes a package
+// that does not exist yet, when it is edited in place.
+std::unique_ptr<engine::Database> openForEdit(const std::filesystem::path& package,
+                                              const EditTarget& target, bool createMissing = false);
 void check(std::uint32_t result, const engine::Error& error);
 
 // One line on stdout.

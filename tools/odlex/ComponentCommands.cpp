@@ -61,7 +61,7 @@ void addAdd(Commands& commands) {
     std::string package;
     std::string directory;
     unsigned count = 1;
-    std::string output;
+    EditTarget edit;
     bool json = false;
   };
   auto options = std::make_shared<Options>();
@@ -71,7 +71,7 @@ void addAdd(Commands& commands) {
       "new component's key and GUID",
       "odlex component add product.msi INSTALLDIR --count 3 -o out.msi", [options] {
         LibrarySession session;
-        ODLEXDatabase& db = session.openForEdit(options->package, options->output);
+        ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
         MSIEDirectory* folder = db.GetDirectory().Lookup(TalString::FromUtf8(options->directory));
         if (!folder)
           throw Failure(ODLEXDatabaseError::eDirectoryNotFound,
@@ -96,7 +96,7 @@ void addAdd(Commands& commands) {
   command.add_option("DIRECTORY", options->directory, "the folder's Directory key")->required();
   command.add_option("--count", options->count, "how many components to add (default 1)")
       ->check(CLI::Range(1u, 10000u));
-  addOutputOption(command, options->output, "write the result to this file, not the package");
+  addEditOptions(command, options->edit);
   addJsonFlag(command, options->json, R"({"components": [{"component", "guid"}]})");
 }
 
@@ -193,8 +193,7 @@ void addDelete(Commands& commands) {
   struct Options {
     std::string package;
     std::vector<std::string> keys;
-    std::string output;
-    bool dryRun = false;
+    EditTarget edit;
     bool json = false;
   };
   auto options = std::make_shared<Options>();
@@ -205,9 +204,7 @@ void addDelete(Commands& commands) {
       "feature links stay. Prints the rows removed: table, key",
       "odlex component delete product.msi Docs Helpers -o smaller.msi", [options] {
         LibrarySession session;
-        ODLEXDatabase& db = options->dryRun
-                                ? session.openReadOnly(options->package)
-                                : session.openForEdit(options->package, options->output);
+        ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
         ODLEXTComponent& components = db.GetComponent();
         std::vector<MSIEComponent*> doomed;
         for (const std::string& key : options->keys) {
@@ -225,20 +222,18 @@ void addDelete(Commands& commands) {
             removed[row->GetTableName().ToUtf8()].push_back(keyOf(*row));
         }
         if (options->json) {
-          printJson({{"removed", removed}, {"written", !options->dryRun}});
+          printJson({{"removed", removed}, {"written", !options->edit.dryRun}});
         } else {
           for (const auto& [table, keys] : removed)
             for (const std::string& key : keys)
               printFields({engine::fromUtf8(table), engine::fromUtf8(key)});
         }
-        if (!options->dryRun)
-          session.save(db);
+        session.save(db);
         return 0;
       });
   addPackageArgument(command, options->package);
   command.add_option("KEY", options->keys, "the components to delete")->required();
-  addOutputOption(command, options->output, "write the result to this file, not the package");
-  addDryRunFlag(command, options->dryRun);
+  addEditOptions(command, options->edit);
   addJsonFlag(command, options->json,
               R"({"removed": {TABLE: [KEY, ...]}, "written"} (KEY: key columns joined by "/"))");
 }

@@ -161,9 +161,9 @@ void addDiffCommand(Commands& commands) {
   command.add_option("A", options->a, "the package before")->required();
   command.add_option("B", options->b, "the package after")->required();
   addJsonFlag(command, options->json,
-              "codePage {before, after}, summary [{property, before, after}], tables [{name, "
-              "change, addedColumns, rows [{key, change, cells [{column, before, after}]}]}], "
-              "streams [{name, change}]");
+              R"({"codePage": {"before", "after"}, "summary": [{"property", "before", "after"}], )"
+              R"("tables": [{"name", "change", "addedColumns", "rows": [{"key", "change", )"
+              R"("cells": [{"column", "before", "after"}]}]}], "streams": [{"name", "change"}]})");
 }
 
 }  // namespace odlex::cli

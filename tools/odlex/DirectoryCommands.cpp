@@ -53,7 +53,7 @@ void addAdd(Commands& commands) {
   struct Options {
     std::string package;
     std::string path;
-    std::string output;
+    EditTarget edit;
     bool json = false;
   };
   auto options = std::make_shared<Options>();
@@ -63,7 +63,7 @@ void addAdd(Commands& commands) {
       "folder's key), reusing those that exist; prints the key and long target path of the last",
       R"(odlex directory add product.msi "[INSTALLDIR]Plug-ins\" -o out.msi)", [options] {
         LibrarySession session;
-        ODLEXDatabase& db = session.openForEdit(options->package, options->output);
+        ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
         ODLEXTDirectory& folders = db.GetDirectory();
         folders.Add(TalString::FromUtf8(options->path));
         if (folders.GetTempEntries().entries() == 0)
@@ -80,7 +80,7 @@ void addAdd(Commands& commands) {
       });
   addPackageArgument(command, options->package);
   command.add_option("PATH", options->path, "the target path")->required();
-  addOutputOption(command, options->output, "write the result to this file, not the package");
+  addEditOptions(command, options->edit);
   addJsonFlag(command, options->json, R"({"directory", "target"})");
 }
 

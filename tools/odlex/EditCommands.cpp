@@ -18,24 +18,15 @@ void addImport(Commands& commands) {
   struct Options {
     std::string package;
     std::vector<std::string> files;
-    std::string output;
-    bool dryRun = false;
+    EditTarget edit;
   };
   auto options = std::make_shared<Options>();
   CLI::App& command = commands.add(
       "import", "replace tables with table text files (.idt); the package is made when missing",
       "odlex import product.msi Property.idt Binary.idt -o edited.msi", [options] {
-        const std::filesystem::path package = options->package;
         storage::FileSystem& fs = storage::FileSystem::current();
+        auto db = openForEdit(options->package, options->edit, /*createMissing=*/true);
         engine::Error error;
-        std::unique_ptr<engine::Database> db;
-        if (!options->output.empty()) {
-          db = engine::Database::openInto(fs, package, options->output, error);
-          if (!db)
-            throw Failure(error);
-        } else {
-          db = openPackage(package, fs.exists(package) ? OpenMode::kUpdate : OpenMode::kCreate);
-        }
         std::vector<std::string> warnings;
         for (const std::string& file : options->files) {
           check(idt::importTable(*db, fs, file, error, {idt::ImportMode::kReplaceTable, &warnings}),
@@ -43,7 +34,7 @@ void addImport(Commands& commands) {
         }
         for (const std::string& warning : warnings)
           std::fprintf(stderr, "odlex: warning: %s\n", warning.c_str());
-        if (options->dryRun) {
+        if (options->edit.dryRun) {
           for (std::size_t i = 0; i < db->tableCount(); ++i)
             printLine("would hold table " + engine::toUtf8(db->table(i).name()) + " (" +
                       std::to_string(db->table(i).rowCount()) + " rows)");
@@ -55,33 +46,31 @@ void addImport(Commands& commands) {
   addPackageArgument(command, options->package);
   command.add_option("FILE.idt", options->files, "the table text files, imported in order")
       ->required();
-  addOutputOption(command, options->output, "write the result to this file, not the package");
-  addDryRunFlag(command, options->dryRun);
+  addEditOptions(command, options->edit);
 }
 
 void addRewrite(Commands& commands) {
   struct Options {
     std::string package;
-    std::string output;
-    bool dryRun = false;
+    EditTarget edit;
   };
   auto options = std::make_shared<Options>();
-  CLI::App& command = commands.add(
-      "rewrite", "decode the whole package and write it afresh to another file",
-      "odlex rewrite product.msi -o fresh.msi", [options] {
-        auto db = openPackage(options->package, OpenMode::kReadOnly);
-        if (options->dryRun) {
-          printLine("would write " + options->output + " (" + std::to_string(db->tableCount()) +
-                    " tables, " + std::to_string(db->streamNames().size()) + " streams)");
-          return 0;
-        }
-        engine::Error error;
-        check(db->saveAs(options->output, error), error);
-        return 0;
-      });
+  CLI::App& command =
+      commands.add("rewrite", "decode the whole package and write it afresh to another file",
+                   "odlex rewrite product.msi -o fresh.msi", [options] {
+                     auto db = openPackage(options->package, OpenMode::kReadOnly);
+                     if (options->edit.dryRun) {
+                       printLine("would write " + options->edit.output + " (" +
+                                 std::to_string(db->tableCount()) + " tables, " +
+                                 std::to_string(db->streamNames().size()) + " streams)");
+                       return 0;
+                     }
+                     engine::Error error;
+                     check(db->saveAs(options->edit.output, error), error);
+                     return 0;
+                   });
   addPackageArgument(command, options->package);
-  addOutputOption(command, options->output, "the new file")->required();
-  addDryRunFlag(command, options->dryRun);
+  addEditOptions(command, options->edit, "the new file")->required();
 }
 
 }  // namespace

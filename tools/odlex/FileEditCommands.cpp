@@ -17,21 +17,21 @@ namespace {
                 (context.empty() ? "" : context + ": ") + error.GetText().ToUtf8());
 }
 
-// Opens `package` for editing into `output` (the package itself when empty); a dry run never
-// saves, so it writes nothing.
+// Opens `package` for editing into the target's output (the package itself when none); the
+// editor writes only when saved, and a dry run is never saved.
 std::unique_ptr<ODLEXPackageFileEditor> openEditor(const std::string& package,
-                                                   const std::string& output) {
+                                                   const EditTarget& target) {
   TalError error;
   std::unique_ptr<ODLEXPackageFileEditor> editor = ODLEXPackageFileEditor::Open(
-      TalString::FromUtf8(package), TalString::FromUtf8(output), error);
+      TalString::FromUtf8(package), TalString::FromUtf8(target.output), error);
   if (!editor)
     fail(error);
   return editor;
 }
 
-void save(ODLEXPackageFileEditor& editor, bool dryRun) {
+void save(ODLEXPackageFileEditor& editor, const EditTarget& target) {
   TalError error;
-  if (!dryRun && !editor.Save(error))
+  if (!target.dryRun && !editor.Save(error))
     fail(error);
 }
 
@@ -57,8 +57,7 @@ void addReplace(Commands& commands) {
     std::string package;
     std::string key;
     std::string newFile;
-    std::string output;
-    bool dryRun = false;
+    EditTarget edit;
     bool json = false;
   };
   auto options = std::make_shared<Options>();
@@ -70,7 +69,7 @@ void addReplace(Commands& commands) {
       "lying beside the package (external cabinet or uncompressed) is refused",
       "odlex file replace product.msi Readme readme-v2.txt -o patched.msi", [options] {
         std::unique_ptr<ODLEXPackageFileEditor> editor =
-            openEditor(options->package, options->output);
+            openEditor(options->package, options->edit);
         TalError error;
         if (!editor->ReplaceFile(TalString::FromUtf8(options->key),
                                  TalString::FromUtf8(options->newFile), error))
@@ -78,14 +77,13 @@ void addReplace(Commands& commands) {
         const nlohmann::json file = describe(*editor, options->key, options->json);
         if (options->json)
           printJson(file);
-        save(*editor, options->dryRun);
+        save(*editor, options->edit);
         return 0;
       });
   addPackageArgument(command, options->package);
   command.add_option("FILEKEY", options->key, "the file to replace (a File key)")->required();
   command.add_option("NEWFILE", options->newFile, "the file whose bytes it gets")->required();
-  addOutputOption(command, options->output, "write the result to this file, not the package");
-  addDryRunFlag(command, options->dryRun);
+  addEditOptions(command, options->edit);
   addJsonFlag(command, options->json, R"({"file", "size", "version", "language", "cabinet"})");
 }
 
@@ -94,8 +92,7 @@ void addAdd(Commands& commands) {
     std::string package;
     std::string component;
     std::vector<std::string> files;
-    std::string output;
-    bool dryRun = false;
+    EditTarget edit;
     bool json = false;
   };
   auto options = std::make_shared<Options>();
@@ -106,7 +103,7 @@ void addAdd(Commands& commands) {
       "bytes in a new embedded cabinet with its own Media row; prints one line per new file",
       "odlex file add product.msi MainExecutable extra.dll notes.txt -o more.msi", [options] {
         std::unique_ptr<ODLEXPackageFileEditor> editor =
-            openEditor(options->package, options->output);
+            openEditor(options->package, options->edit);
         std::vector<TalString> files;
         for (const std::string& file : options->files)
           files.push_back(TalString::FromUtf8(file));
@@ -119,15 +116,14 @@ void addAdd(Commands& commands) {
           added.push_back(describe(*editor, key.ToUtf8(), options->json));
         if (options->json)
           printJson({{"files", added}});
-        save(*editor, options->dryRun);
+        save(*editor, options->edit);
         return 0;
       });
   addPackageArgument(command, options->package);
   command.add_option("COMPONENT", options->component, "the Component the files belong to")
       ->required();
   command.add_option("FILE", options->files, "a file to add")->required();
-  addOutputOption(command, options->output, "write the result to this file, not the package");
-  addDryRunFlag(command, options->dryRun);
+  addEditOptions(command, options->edit);
   addJsonFlag(command, options->json,
               R"({"files": [{"file", "size", "version", "language", "cabinet"}]})");
 }
@@ -135,8 +131,7 @@ void addAdd(Commands& commands) {
 void addCompress(Commands& commands) {
   struct Options {
     std::string package;
-    std::string output;
-    bool dryRun = false;
+    EditTarget edit;
     bool json = false;
   };
   auto options = std::make_shared<Options>();
@@ -148,7 +143,7 @@ void addCompress(Commands& commands) {
       "compressed; prints the number of files and the cabinet",
       "odlex compress image/product.msi -o product.msi", [options] {
         std::unique_ptr<ODLEXPackageFileEditor> editor =
-            openEditor(options->package, options->output);
+            openEditor(options->package, options->edit);
         TalError error;
         if (!editor->Compress(error))
           fail(error);
@@ -159,12 +154,11 @@ void addCompress(Commands& commands) {
         else
           printFields({u"files", TalString::FromUtf8(std::to_string(files.size())).u16(),
                        TalString::FromUtf8(cabinet).u16()});
-        save(*editor, options->dryRun);
+        save(*editor, options->edit);
         return 0;
       });
   addPackageArgument(command, options->package);
-  addOutputOption(command, options->output, "write the result to this file, not the package");
-  addDryRunFlag(command, options->dryRun);
+  addEditOptions(command, options->edit);
   addJsonFlag(command, options->json, R"({"files", "cabinet"})");
 }
 

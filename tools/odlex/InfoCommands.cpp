@@ -188,8 +188,7 @@ void addSet(Commands& commands) {
   struct Options {
     std::string package;
     std::vector<std::string> assignments;
-    std::string output;
-    bool dryRun = false;
+    EditTarget edit;
     bool json = false;
   };
   auto options = std::make_shared<Options>();
@@ -201,9 +200,7 @@ void addSet(Commands& commands) {
       "odlex info set product.msi ProductName=\"My Product\" ARPNOREMOVE=1 -o edited.msi",
       [options] {
         LibrarySession session;
-        ODLEXDatabase& db = options->dryRun
-                                ? session.openReadOnly(options->package)
-                                : session.openForEdit(options->package, options->output);
+        ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
         const ODLEXDatabaseInfo before = db.GetDatabaseInfo();
         ODLEXDatabaseInfo info = before;
         for (const std::string& assignment : options->assignments) {
@@ -240,8 +237,8 @@ void addSet(Commands& commands) {
                          TalString::FromUtf8(textOf(info, field)).u16()});
         }
         if (options->json)
-          printJson({{"changed", changed}, {"written", !options->dryRun}});
-        if (options->dryRun)
+          printJson({{"changed", changed}, {"written", !options->edit.dryRun}});
+        if (options->edit.dryRun)
           return 0;
         db.SetDatabaseInfo(info, nullptr);
         session.save(db);
@@ -249,8 +246,7 @@ void addSet(Commands& commands) {
       });
   addPackageArgument(command, options->package);
   command.add_option("FIELD=VALUE", options->assignments, "the fields to change")->required();
-  addOutputOption(command, options->output, "write the result to this file, not the package");
-  addDryRunFlag(command, options->dryRun);
+  addEditOptions(command, options->edit);
   addJsonFlag(command, options->json, R"({"changed": [{"field", "before", "after"}], "written"})");
 }
 

@@ -48,6 +48,8 @@ LibrarySession::LibrarySession() {
 }
 
 LibrarySession::~LibrarySession() {
+  for (ODLEXDatabase* db : unsavedOutputs_)
+    db->Close(false);  // removes the copy the open made
   ODLEXDatabase::KillDatabaseList();
 }
 
@@ -58,21 +60,34 @@ ODLEXDatabase& LibrarySession::openReadOnly(const std::string& package) {
   });
 }
 
-ODLEXDatabase& LibrarySession::openForEdit(const std::string& package, const std::string& output) {
-  return open(package, [&output](const TalString& path) -> ODLEXDatabase& {
-    if (output.empty())
+ODLEXDatabase& LibrarySession::openForEdit(const std::string& package, const EditTarget& target) {
+  // A dry run edits the package opened in place (some edits refuse a read-only database) and
+  // is never saved, so nothing is written.
+  if (target.dryRun || target.output.empty()) {
+    ODLEXDatabase& db = open(package, [](const TalString& path) -> ODLEXDatabase& {
       return ODLEXDatabase::AddDatabaseToList(path);
-    const TalString outputPath = TalString::FromUtf8(output);
+    });
+    if (target.dryRun)
+      dryRuns_.insert(&db);
+    return db;
+  }
+  ODLEXDatabase& db = open(package, [&target](const TalString& path) -> ODLEXDatabase& {
+    const TalString outputPath = TalString::FromUtf8(target.output);
     ODLEXOpenType intoOutput(outputPath.u16().c_str());
     return ODLEXDatabase::AddDatabaseToList(path, intoOutput);
   });
+  unsavedOutputs_.insert(&db);
+  return db;
 }
 
 void LibrarySession::save(ODLEXDatabase& db) {
+  if (dryRuns_.contains(&db))
+    return;
   if (!db.SaveChanges()) {
     const TalError& error = db.GetTalError();
     throw Failure(error.GetCode(), "cannot save: " + error.GetText().ToUtf8());
   }
+  unsavedOutputs_.erase(&db);
 }
 
 ODLEXTObject& tableNamed(ODLEXDatabase& db, const std::string& table) {

@@ -3,10 +3,12 @@
 // objects (sequences, custom actions) rather than on the engine's tables.
 //
 // A command opens its package inside one LibrarySession; when the session ends the list of open
-// databases is emptied without saving, so a command that fails before it saves writes nothing.
+// databases is emptied without saving, and the output file of an edit that was not saved (the
+// copy the open made) is removed, so a command that fails before it saves writes nothing.
 // Failures of the library (ODLEXDatabaseError) become Failure here, with a text saying what was
 // asked.
 
+#include <set>
 #include <string>
 
 #include "Cli.h"
@@ -28,10 +30,16 @@ class LibrarySession {
 
   // `package`, read-only: edits stay in memory.
   ODLEXDatabase& openReadOnly(const std::string& package);
-  // `package` for editing, in place; or with `output`, a copy of it written to `output`.
-  ODLEXDatabase& openForEdit(const std::string& package, const std::string& output);
-  // Writes the changes to the file (atomically); Failure when that failed.
+  // `package` for editing: in place, or a copy of it made at `target.output`; for a dry run,
+  // in place, never to be saved.
+  ODLEXDatabase& openForEdit(const std::string& package, const EditTarget& target);
+  // Writes the changes of a database opened for editing (atomically), unless it was opened for
+  // a dry run; Failure when that failed.
   void save(ODLEXDatabase& db);
+
+ private:
+  std::set<ODLEXDatabase*> dryRuns_;
+  std::set<ODLEXDatabase*> unsavedOutputs_;  // opened into an output file, not saved yet
 };
 
 // The table object of the table called `table` (exact case); Failure (error 32) when no table

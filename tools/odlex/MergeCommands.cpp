@@ -55,8 +55,7 @@ void addMerge(Commands& commands) {
     std::string feature;
     std::string directory;
     std::vector<std::string> config;
-    std::string output;
-    bool dryRun = false;
+    EditTarget edit;
     bool json = false;
   };
   auto options = std::make_shared<Options>();
@@ -67,16 +66,13 @@ void addMerge(Commands& commands) {
       "odlex merge product.msm module.msm --feature Complete --directory INSTALLDIR -o out.msi",
       [options] {
         LibrarySession session;
-        // A dry run merges in memory only: no output file is even made.
-        ODLEXDatabase& db =
-            session.openForEdit(options->package, options->dryRun ? "" : options->output);
+        ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
         ODLEXMergeSummary summary;
         try {
           summary = db.MergeModule(
               TalString::FromUtf8(options->module), TalString::FromUtf8(options->feature),
               TalString::FromUtf8(options->directory), configuration(options->config));
         } catch (const ODLEXDatabaseError& error) {
-          db.Close(false);  // removes the output file the open made
           const json errors = mergeErrors();
           if (options->json)
             printJson({{"errors", errors}});
@@ -102,8 +98,7 @@ void addMerge(Commands& commands) {
           printFields({u"files", engine::fromUtf8(std::to_string(summary.files))});
           printErrors(errors);
         }
-        if (!options->dryRun)
-          session.save(db);
+        session.save(db);
         return 0;
       });
   addPackageArgument(command, options->package);
@@ -116,8 +111,7 @@ void addMerge(Commands& commands) {
       ->required();
   command.add_option("--config", options->config,
                      "NAME=VALUE: a value for a configurable item of the module (repeatable)");
-  addOutputOption(command, options->output, "write the result to this file, not the package");
-  addDryRunFlag(command, options->dryRun);
+  addEditOptions(command, options->edit);
   addJsonFlag(
       command, options->json,
       R"({"tables": [{"table", "rows"}], "files", "mediaDiskId", "errors": [{"type", "text"}]})");

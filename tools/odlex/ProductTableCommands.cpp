@@ -26,7 +26,7 @@ void library(const std::string& what, Edit edit) {
 void addGuiRemove(Commands& commands) {
   struct Options {
     std::string package;
-    std::string output;
+    EditTarget edit;
   };
   auto options = std::make_shared<Options>();
   CLI::App& command = commands.add(
@@ -35,20 +35,20 @@ void addGuiRemove(Commands& commands) {
       "billboards, text styles, UI texts and the UI sequences",
       "odlex gui remove product.msi -o quiet.msi", [options] {
         LibrarySession session;
-        ODLEXDatabase& db = session.openForEdit(options->package, options->output);
+        ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
         db.RemoveGUI();
         session.save(db);
         return 0;
       });
   addPackageArgument(command, options->package);
-  addOutputOption(command, options->output, "write the result to this file, not the package");
+  addEditOptions(command, options->edit);
 }
 
 void addGuiImport(Commands& commands) {
   struct Options {
     std::string package;
     std::string source;
-    std::string output;
+    EditTarget edit;
   };
   auto options = std::make_shared<Options>();
   CLI::App& command = commands.add(
@@ -57,7 +57,7 @@ void addGuiImport(Commands& commands) {
       "(the product's query dialog ZrQueryX is kept, never copied)",
       "odlex gui import product.msi branded.msi -o out.msi", [options] {
         LibrarySession session;
-        ODLEXDatabase& db = session.openForEdit(options->package, options->output);
+        ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
         library("cannot import the dialogs of " + options->source,
                 [&] { db.ImportGUI(TalString::FromUtf8(options->source)); });
         session.save(db);
@@ -67,7 +67,7 @@ void addGuiImport(Commands& commands) {
   command.add_option("SOURCE", options->source, "the package to take the dialogs from")
       ->required()
       ->check(CLI::ExistingFile);
-  addOutputOption(command, options->output, "write the result to this file, not the package");
+  addEditOptions(command, options->edit);
 }
 
 void addChangeLog(Commands& commands) {
@@ -157,14 +157,14 @@ void addKeywordSet(Commands& commands) {
     std::string keyword;
     std::string value;
     short index = 0;
-    std::string output;
+    EditTarget edit;
   };
   auto options = std::make_shared<Options>();
   CLI::App& command =
       commands.add("keyword set", "set a keyword's value, adding the keyword when missing",
                    "odlex keyword set product.msi ChangeLog ENABLED", [options] {
                      LibrarySession session;
-                     ODLEXDatabase& db = session.openForEdit(options->package, options->output);
+                     ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
                      ODLEXTZrKeyword& keywords = db.GetZrKeyword();
                      const TalString keyword = TalString::FromUtf8(options->keyword);
                      MSIEZrKeyword values(keyword, options->index);
@@ -183,7 +183,7 @@ void addKeywordSet(Commands& commands) {
   command.add_option("VALUE", options->value, "its value")->required();
   command.add_option("--index", options->index, "the row of the keyword (default 0)")
       ->check(CLI::Range(0, 32767));
-  addOutputOption(command, options->output, "write the result to this file, not the package");
+  addEditOptions(command, options->edit);
 }
 
 void addKeywordDelete(Commands& commands) {
@@ -191,14 +191,14 @@ void addKeywordDelete(Commands& commands) {
     std::string package;
     std::string keyword;
     std::optional<short> index;
-    std::string output;
+    EditTarget edit;
   };
   auto options = std::make_shared<Options>();
   CLI::App& command =
       commands.add("keyword delete", "delete a keyword: all its rows, or the one of --index",
                    "odlex keyword delete product.msi ChangeLog", [options] {
                      LibrarySession session;
-                     ODLEXDatabase& db = session.openForEdit(options->package, options->output);
+                     ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
                      ODLEXTZrKeyword& keywords = db.GetZrKeyword();
                      const TalString keyword = TalString::FromUtf8(options->keyword);
                      library("no keyword " + options->keyword, [&] {
@@ -219,7 +219,7 @@ void addKeywordDelete(Commands& commands) {
   command.add_option("KEYWORD", options->keyword, "the keyword")->required();
   command.add_option("--index", options->index, "delete only this row of the keyword")
       ->check(CLI::Range(0, 32767));
-  addOutputOption(command, options->output, "write the result to this file, not the package");
+  addEditOptions(command, options->edit);
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 #include "Cli.h"
 #include "msi/engine/Text.h"
 #include "msi/query/Query.h"
-#include "storage/FileSystem.h"
 
 namespace odlex::cli {
 
@@ -19,9 +18,8 @@ using nlohmann::json;
 struct Options {
   std::string package;
   std::string sql;
-  std::string output;
+  EditTarget edit;
   bool json = false;
-  bool dryRun = false;
 };
 
 json fieldJson(const query::Field& field) {
@@ -71,23 +69,15 @@ void printRows(query::Query& view, bool asJson) {
 
 // Runs a changing statement on a package opened for writing and saves it.
 void runChange(const Options& options) {
+  auto db = openForEdit(options.package, options.edit);
   engine::Error error;
-  std::unique_ptr<engine::Database> db;
-  if (options.output.empty()) {
-    db = openPackage(options.package, OpenMode::kUpdate);
-  } else {
-    db = engine::Database::openInto(storage::FileSystem::current(), options.package, options.output,
-                                    error);
-    if (!db)
-      throw Failure(error);
-  }
   check(prepared(*db, options.sql)->execute(error), error);
-  const std::string target = options.output.empty() ? options.package : options.output;
-  if (!options.dryRun)
+  const std::string target = options.edit.output.empty() ? options.package : options.edit.output;
+  if (!options.edit.dryRun)
     check(db->commit(error), error);
   if (options.json)
-    printJson({{"written", !options.dryRun}, {"package", target}});
-  else if (options.dryRun)
+    printJson({{"written", !options.edit.dryRun}, {"package", target}});
+  else if (options.edit.dryRun)
     printLine("would write " + target);
 }
 
@@ -116,9 +106,8 @@ void addQueryCommand(Commands& commands) {
       });
   addPackageArgument(command, options->package);
   command.add_option("SQL", options->sql, "the statement")->required();
-  addOutputOption(command, options->output,
-                  "write the changed package to this file, not the package itself");
-  addDryRunFlag(command, options->dryRun);
+  addEditOptions(command, options->edit,
+                 "write the changed package to this file, not the package itself");
   addJsonFlag(command, options->json,
               R"(SELECT: {"columns": [names], "rows": [[null, number or text per column]]}; )"
               R"(other statements: {"written": true or false, "package": path})");

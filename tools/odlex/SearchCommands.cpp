@@ -113,8 +113,7 @@ void addReplace(Commands& commands) {
     bool whole = false;
     bool ignoreCase = false;
     std::string table;
-    std::string output;
-    bool dryRun = false;
+    EditTarget edit;
     bool json = false;
   };
   auto options = std::make_shared<Options>();
@@ -124,9 +123,7 @@ void addReplace(Commands& commands) {
       "prints how many replacements were made per table",
       "odlex replace product.msi Contoso Fabrikam --table Registry -o out.msi", [options] {
         LibrarySession session;
-        ODLEXDatabase& db = options->dryRun
-                                ? session.openReadOnly(options->package)
-                                : session.openForEdit(options->package, options->output);
+        ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
         const TalString find = TalString::FromUtf8(options->find);
         const TalString replace = TalString::FromUtf8(options->replace);
         unsigned long flags = 0;
@@ -151,7 +148,7 @@ void addReplace(Commands& commands) {
           printJson({{"tables", tables}, {"total", total}});
         else
           printFields({u"total", TalString::FromInt(total).u16()});
-        if (!options->dryRun && (total > 0 || !options->output.empty()))
+        if (total > 0 || !options->edit.output.empty())
           session.save(db);
         return 0;
       });
@@ -161,8 +158,7 @@ void addReplace(Commands& commands) {
   command.add_flag("--whole", options->whole, "replace only values equal to FIND as a whole");
   command.add_flag("--ignore-case", options->ignoreCase, "find FIND under case folding");
   command.add_option("--table", options->table, "replace in this table only");
-  addOutputOption(command, options->output, "write the result to this file, not the package");
-  addDryRunFlag(command, options->dryRun);
+  addEditOptions(command, options->edit);
   addJsonFlag(command, options->json, R"({"tables": [{"table", "count"}], "total"})");
 }
 

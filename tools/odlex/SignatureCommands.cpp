@@ -121,8 +121,7 @@ void addHashRefresh(Commands& commands) {
   struct Options {
     std::string package;
     std::string sourceDir;
-    std::string output;
-    bool dryRun = false;
+    EditTarget edit;
     bool json = false;
   };
   auto options = std::make_shared<Options>();
@@ -133,12 +132,10 @@ void addHashRefresh(Commands& commands) {
       "many files have no source file",
       "odlex hash refresh product.msi --source-dir build/image", [options] {
         LibrarySession session;
-        ODLEXDatabase& db = options->dryRun
-                                ? session.openReadOnly(options->package)
-                                : session.openForEdit(options->package, options->output);
+        ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
         db.SetSourceRoot(TalString::FromUtf8(options->sourceDir));
         const RefreshCounts counts = refreshHashes(db);
-        if (!options->dryRun && counts.added + counts.changed > 0)
+        if (counts.added + counts.changed > 0 || !options->edit.output.empty())
           session.save(db);
         if (options->json) {
           printJson({{"added", counts.added},
@@ -156,8 +153,7 @@ void addHashRefresh(Commands& commands) {
   addPackageArgument(command, options->package);
   command.add_option("--source-dir", options->sourceDir, "the folder [SourceDir] stands for")
       ->required();
-  addOutputOption(command, options->output, "write the changed package here");
-  addDryRunFlag(command, options->dryRun);
+  addEditOptions(command, options->edit, "write the changed package here");
   addJsonFlag(command, options->json, R"({"added", "changed", "unchanged", "missing"})");
 }
 

@@ -69,14 +69,14 @@ void addSet(Commands& commands) {
   struct Options {
     std::string package;
     std::vector<std::string> assignments;
-    std::string output;
+    EditTarget edit;
   };
   auto options = std::make_shared<Options>();
   CLI::App& command = commands.add(
       "summary set", "set summary information fields; the save stamps the time and the author",
       "odlex summary set product.msi Title=Installer \"Subject=My product\" -o out.msi", [options] {
         LibrarySession session;
-        ODLEXDatabase& db = session.openForEdit(options->package, options->output);
+        ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
         MSIE_SummaryInformation& row = summaryRow(db);
         for (const std::string& assignment : options->assignments) {
           const std::size_t equals = assignment.find('=');
@@ -102,7 +102,7 @@ void addSet(Commands& commands) {
           return "not FIELD=VALUE with a summary field: " + assignment;
         return {};
       });
-  addOutputOption(command, options->output, "write the result to this file, not the package");
+  addEditOptions(command, options->edit);
 }
 
 }  // namespace

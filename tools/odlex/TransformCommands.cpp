@@ -59,17 +59,6 @@ transform::DecodedTransform decode(const engine::Database& db, const std::string
   return decoded;
 }
 
-std::unique_ptr<engine::Database> openForEdit(const std::string& package,
-                                              const std::string& output) {
-  if (output.empty())
-    return openPackage(package, OpenMode::kUpdate);
-  engine::Error error;
-  auto db = engine::Database::openInto(storage::FileSystem::current(), package, output, error);
-  if (!db)
-    throw Failure(error);
-  return db;
-}
-
 void addGenerate(Commands& commands) {
   struct Options {
     std::string base, target, output, validate, suppress;
@@ -112,8 +101,8 @@ void addGenerate(Commands& commands) {
 
 void addApply(Commands& commands) {
   struct Options {
-    std::string package, transform, suppress, output;
-    bool dryRun = false;
+    std::string package, transform, suppress;
+    EditTarget edit;
   };
   auto options = std::make_shared<Options>();
   CLI::App& command = commands.add(
@@ -122,7 +111,7 @@ void addApply(Commands& commands) {
       "is listed, and unless suppressed nothing is written",
       "odlex transform apply product.msi french.mst --suppress add-existing-row -o french.msi",
       [options] {
-        auto db = openForEdit(options->package, options->output);
+        auto db = openForEdit(options->package, options->edit);
         const transform::DecodedTransform decoded = decode(*db, options->transform);
         std::vector<transform::Conflict> conflicts;
         engine::Error error;
@@ -133,7 +122,7 @@ void addApply(Commands& commands) {
           std::fprintf(stderr, "odlex: %s%s\n", conflict.suppressed ? "skipped: " : "",
                        conflict.text.c_str());
         check(result, error);
-        if (options->dryRun) {
+        if (options->edit.dryRun) {
           for (const transform::TableEdit& edit : decoded.changes.tables)
             printLine("would change table " + engine::toUtf8(edit.name) + " (" +
                       std::to_string(edit.rows.size()) + " rows)");
@@ -149,8 +138,7 @@ void addApply(Commands& commands) {
                   "conditions to ignore (names or a number), besides those the transform "
                   "names itself")
       ->check(flagWords(transform::errorConditionNames()));
-  addOutputOption(command, options->output, "write the result to this file, not the package");
-  addDryRunFlag(command, options->dryRun);
+  addEditOptions(command, options->edit);
 }
 
 void addShow(Commands& commands) {
@@ -184,26 +172,27 @@ void addShow(Commands& commands) {
       });
   command.add_option("FILE.mst", options->transform, "the transform file, or :NAME")->required();
   command.add_option("--base", options->base, "the package the transform applies to")->required();
-  addJsonFlag(command, options->json, "changes: [{table, column, row, data, current}]");
+  addJsonFlag(command, options->json,
+              R"({"changes": [{"table", "column", "row", "data", "current"}]})");
 }
 
 void addEmbed(Commands& commands) {
   struct Options {
-    std::string package, transform, name, output;
-    bool dryRun = false;
+    std::string package, transform, name;
+    EditTarget edit;
   };
   auto options = std::make_shared<Options>();
   CLI::App& command = commands.add(
       "transform embed",
       "store a transform in the package as the sub-storage NAME, to be applied as :NAME",
       "odlex transform embed product.msi french.mst french", [options] {
-        auto db = openForEdit(options->package, options->output);
+        auto db = openForEdit(options->package, options->edit);
         storage::CompoundNode tree = readTransform(*db, options->transform);
         transform::DecodedTransform decoded;
         engine::Error error;
         if (!transform::decodeTransform(tree, *db, decoded, error))
           throw Failure(error);
-        if (options->dryRun) {
+        if (options->edit.dryRun) {
           printLine("would embed " + options->transform + " as " + options->name);
           return 0;
         }
@@ -214,8 +203,7 @@ void addEmbed(Commands& commands) {
   addPackageArgument(command, options->package);
   command.add_option("FILE.mst", options->transform, "the transform file")->required();
   command.add_option("NAME", options->name, "the sub-storage's name")->required();
-  addOutputOption(command, options->output, "write the result to this file, not the package");
-  addDryRunFlag(command, options->dryRun);
+  addEditOptions(command, options->edit);
 }
 
 }  // namespace

@@ -75,6 +75,7 @@ int main(int argc, char** argv) {
   std::vector<std::string> helpWords;
   CLI::App* help = app.add_subcommand("help", "show the use of a command and an example");
   help->add_option("COMMAND", helpWords, "the command (and verb) to explain");
+  help->footer("Example:\n  odlex help component delete");
 
   std::vector<std::string> words = commands.withDefaultVerb({argv, argv + argc});
   std::vector<char*> args;
