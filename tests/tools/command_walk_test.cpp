@@ -287,6 +287,11 @@ const std::vector<JsonRun> kJsonRuns = {
     {"cert", {"CERT"}},
     {"signature", {"FILE"}},
     {"summary show", {"PACKAGE"}},
+    {"summary set", {"PACKAGE", "Title=Walk", "--dry-run"}},
+    {"gui remove", {"PACKAGE", "--dry-run"}},
+    {"gui import", {"PACKAGE", "EDITED", "--dry-run"}},
+    {"keyword set", {"PACKAGE", "Walk", "2", "--dry-run"}},
+    {"keyword delete", {"PACKAGE", "ChangeLog", "--dry-run"}},
     {"search", {"PACKAGE", "--regex", "Odlex"}},
     {"replace", {"PACKAGE", "Odlex", "Walk", "--dry-run"}},
     {"changelog", {"PACKAGE"}},
@@ -391,6 +396,9 @@ TEST(OdlexWalk, EditsWriteNothingOnADryRunOrAFailure) {
       args.push_back("--dry-run");
     const ProcessResult result = runOdlex(args);
     EXPECT_EQ(result.exitCode, run.dryRun ? 0 : 1) << result.describe();
+    if (run.dryRun) {
+      EXPECT_NE(result.out, "") << "a dry run prints what would change";
+    }
     EXPECT_EQ(readFileBytes(package), before);
     EXPECT_FALSE(std::filesystem::exists(dir / "out.msi"));
   }

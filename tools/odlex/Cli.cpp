@@ -132,4 +132,24 @@ void printJson(const nlohmann::json& document) {
   printLine(document.dump(2));
 }
 
+void printChanges(const std::vector<Change>& changes, const char* nameKey, bool json,
+                  bool written) {
+  if (!json) {
+    for (const Change& change : changes)
+      printFields({engine::fromUtf8(change.name), engine::fromUtf8(change.before),
+                   engine::fromUtf8(change.after)});
+    return;
+  }
+  nlohmann::json list = nlohmann::json::array();
+  for (const Change& change : changes)
+    list.push_back({{nameKey, change.name}, {"before", change.before}, {"after", change.after}});
+  printJson({{"changed", list}, {"written", written}});
+}
+
+void addChangesJsonFlag(CLI::App& command, bool& json, const char* nameKey) {
+  addJsonFlag(
+      command, json,
+      std::string(R"({"changed": [{")") + nameKey + R"(", "before", "after"}], "written"})");
+}
+
 }  // namespace odlex::cli

@@ -112,4 +112,17 @@ void printFields(const std::vector<std::u16string>& fields);
 // A JSON document on stdout.
 void printJson(const nlohmann::json& document);
 
+// One thing an edit changes (or, on a dry run, would change), its value before and after ("" for
+// none: added, or removed).
+struct Change {
+  std::string name;
+  std::string before;
+  std::string after;
+};
+// The changes of an edit: "NAME<TAB>BEFORE<TAB>AFTER" lines, or with `json` the document
+// {"changed": [{NAMEKEY, "before", "after"}], "written"}, `nameKey` naming what each change is.
+void printChanges(const std::vector<Change>& changes, const char* nameKey, bool json, bool written);
+// --json of a command that prints its changes with printChanges.
+void addChangesJsonFlag(CLI::App& command, bool& json, const char* nameKey);
+
 }  // namespace odlex::cli

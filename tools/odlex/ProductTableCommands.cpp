@@ -5,7 +5,10 @@
 #include <odlex/database/ODLEXDatabase.h>
 #include <odlex/tables/ODLEXTables.h>
 
+#include <map>
+
 #include "LibraryDatabase.h"
+#include "msi/engine/Text.h"
 
 namespace odlex::cli {
 
@@ -23,25 +26,58 @@ void library(const std::string& what, Edit edit) {
   }
 }
 
+// The package's tables with their row counts, as the engine holds them.
+std::map<std::string, std::size_t> tableRows(ODLEXDatabase& db) {
+  std::map<std::string, std::size_t> rows;
+  if (const engine::Database* engine = db.GetDatabase().engineDatabase()) {
+    for (std::size_t i = 0; i < engine->tableCount(); ++i)
+      rows[engine::toUtf8(engine->table(i).name())] = engine->table(i).rowCount();
+  }
+  return rows;
+}
+
+// How many rows of `table` are not marked deleted.
+std::size_t liveRows(ODLEXTObject& table) {
+  RWBTree rows = table.GetEntries();
+  table.FilterOutDeletedEntries(rows, false);
+  return rows.entries();
+}
+
+// A keyword row as a change's name: "KEYWORD/INDEX".
+std::string keywordName(const TalString& keyword, int index) {
+  return keyword.ToUtf8() + "/" + std::to_string(index);
+}
+
 void addGuiRemove(Commands& commands) {
   struct Options {
     std::string package;
     EditTarget edit;
+    bool json = false;
   };
   auto options = std::make_shared<Options>();
   CLI::App& command = commands.add(
       "gui remove",
       "drop the package's user interface: the dialogs, controls, their events and conditions, "
-      "billboards, text styles, UI texts and the UI sequences",
+      "billboards, text styles, UI texts and the UI sequences; prints each table dropped with "
+      "its row count",
       "odlex gui remove product.msi -o quiet.msi", [options] {
         LibrarySession session;
         ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
+        const std::map<std::string, std::size_t> before = tableRows(db);
         db.RemoveGUI();
+        const std::map<std::string, std::size_t> after = tableRows(db);
         session.save(db);
+        std::vector<Change> changes;
+        for (const auto& [table, rows] : before) {
+          if (!after.contains(table))
+            changes.push_back({table, std::to_string(rows), ""});
+        }
+        printChanges(changes, "table", options->json, !options->edit.dryRun);
         return 0;
       });
   addPackageArgument(command, options->package);
   addEditOptions(command, options->edit);
+  addChangesJsonFlag(command, options->json, "table");
 }
 
 void addGuiImport(Commands& commands) {
@@ -49,18 +85,30 @@ void addGuiImport(Commands& commands) {
     std::string package;
     std::string source;
     EditTarget edit;
+    bool json = false;
   };
   auto options = std::make_shared<Options>();
   CLI::App& command = commands.add(
       "gui import",
       "replace the package's dialogs, controls and control events by those of another package "
-      "(the product's query dialog ZrQueryX is kept, never copied)",
+      "(the product's query dialog ZrQueryX is kept, never copied); prints each table's row "
+      "count before and after",
       "odlex gui import product.msi branded.msi -o out.msi", [options] {
         LibrarySession session;
         ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
+        const std::pair<const char*, ODLEXTObject*> tables[] = {
+            {"Dialog", &db.GetDialog()},
+            {"Control", &db.GetControl()},
+            {"ControlEvent", &db.GetControlEvent()}};
+        std::vector<Change> changes;
+        for (const auto& [name, table] : tables)
+          changes.push_back({name, std::to_string(liveRows(*table)), ""});
         library("cannot import the dialogs of " + options->source,
                 [&] { db.ImportGUI(TalString::FromUtf8(options->source)); });
+        for (std::size_t i = 0; i < changes.size(); ++i)
+          changes[i].after = std::to_string(liveRows(*tables[i].second));
         session.save(db);
+        printChanges(changes, "table", options->json, !options->edit.dryRun);
         return 0;
       });
   addPackageArgument(command, options->package);
@@ -68,6 +116,7 @@ void addGuiImport(Commands& commands) {
       ->required()
       ->check(CLI::ExistingFile);
   addEditOptions(command, options->edit);
+  addChangesJsonFlag(command, options->json, "table");
 }
 
 void addChangeLog(Commands& commands) {
@@ -158,32 +207,38 @@ void addKeywordSet(Commands& commands) {
     std::string value;
     short index = 0;
     EditTarget edit;
+    bool json = false;
   };
   auto options = std::make_shared<Options>();
-  CLI::App& command =
-      commands.add("keyword set", "set a keyword's value, adding the keyword when missing",
-                   "odlex keyword set product.msi ChangeLog ENABLED", [options] {
-                     LibrarySession session;
-                     ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
-                     ODLEXTZrKeyword& keywords = db.GetZrKeyword();
-                     const TalString keyword = TalString::FromUtf8(options->keyword);
-                     MSIEZrKeyword values(keyword, options->index);
-                     values.SetValue(TalString::FromUtf8(options->value));
-                     if (MSIEZrKeyword* row = keywords.Lookup(keyword, options->index)) {
-                       values.SetOperator(row->GetOperator());
-                       keywords.Change(*row, values);
-                     } else {
-                       keywords.Add(values);
-                     }
-                     session.save(db);
-                     return 0;
-                   });
+  CLI::App& command = commands.add(
+      "keyword set",
+      "set a keyword's value, adding the keyword when missing; prints the value before and after",
+      "odlex keyword set product.msi ChangeLog ENABLED", [options] {
+        LibrarySession session;
+        ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
+        ODLEXTZrKeyword& keywords = db.GetZrKeyword();
+        const TalString keyword = TalString::FromUtf8(options->keyword);
+        MSIEZrKeyword values(keyword, options->index);
+        values.SetValue(TalString::FromUtf8(options->value));
+        Change change{keywordName(keyword, options->index), "", options->value};
+        if (MSIEZrKeyword* row = keywords.Lookup(keyword, options->index)) {
+          change.before = row->GetValue().ToUtf8();
+          values.SetOperator(row->GetOperator());
+          keywords.Change(*row, values);
+        } else {
+          keywords.Add(values);
+        }
+        session.save(db);
+        printChanges({change}, "keyword", options->json, !options->edit.dryRun);
+        return 0;
+      });
   addPackageArgument(command, options->package);
   command.add_option("KEYWORD", options->keyword, "the keyword")->required();
   command.add_option("VALUE", options->value, "its value")->required();
   command.add_option("--index", options->index, "the row of the keyword (default 0)")
       ->check(CLI::Range(0, 32767));
   addEditOptions(command, options->edit);
+  addChangesJsonFlag(command, options->json, "keyword");
 }
 
 void addKeywordDelete(Commands& commands) {
@@ -192,34 +247,46 @@ void addKeywordDelete(Commands& commands) {
     std::string keyword;
     std::optional<short> index;
     EditTarget edit;
+    bool json = false;
   };
   auto options = std::make_shared<Options>();
-  CLI::App& command =
-      commands.add("keyword delete", "delete a keyword: all its rows, or the one of --index",
-                   "odlex keyword delete product.msi ChangeLog", [options] {
-                     LibrarySession session;
-                     ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
-                     ODLEXTZrKeyword& keywords = db.GetZrKeyword();
-                     const TalString keyword = TalString::FromUtf8(options->keyword);
-                     library("no keyword " + options->keyword, [&] {
-                       if (options->index) {
-                         keywords.Delete(keywords.GetEntry(
-                             keyword, static_cast<unsigned short>(*options->index)));
-                         return;
-                       }
-                       RWBTree rows;
-                       if (keywords.GetWithKeyword(rows, keyword) == 0)
-                         throw ODLEXDatabaseError(ODLEXDatabaseError::eKeywordNotFound);
-                       keywords.Delete(keyword);
-                     });
-                     session.save(db);
-                     return 0;
-                   });
+  CLI::App& command = commands.add(
+      "keyword delete",
+      "delete a keyword: all its rows, or the one of --index; prints each row deleted with its "
+      "value",
+      "odlex keyword delete product.msi ChangeLog", [options] {
+        LibrarySession session;
+        ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
+        ODLEXTZrKeyword& keywords = db.GetZrKeyword();
+        const TalString keyword = TalString::FromUtf8(options->keyword);
+        std::vector<Change> changes;
+        library("no keyword " + options->keyword, [&] {
+          if (options->index) {
+            MSIEZrKeyword& row =
+                keywords.GetEntry(keyword, static_cast<unsigned short>(*options->index));
+            changes.push_back({keywordName(keyword, *options->index), row.GetValue().ToUtf8(), ""});
+            keywords.Delete(row);
+            return;
+          }
+          RWBTree rows;
+          if (keywords.GetWithKeyword(rows, keyword) == 0)
+            throw ODLEXDatabaseError(ODLEXDatabaseError::eKeywordNotFound);
+          for (RWCollectable* item : rows) {
+            const auto& row = static_cast<const MSIEZrKeyword&>(*item);
+            changes.push_back({keywordName(keyword, row.GetIndex()), row.GetValue().ToUtf8(), ""});
+          }
+          keywords.Delete(keyword);
+        });
+        session.save(db);
+        printChanges(changes, "keyword", options->json, !options->edit.dryRun);
+        return 0;
+      });
   addPackageArgument(command, options->package);
   command.add_option("KEYWORD", options->keyword, "the keyword")->required();
   command.add_option("--index", options->index, "delete only this row of the keyword")
       ->check(CLI::Range(0, 32767));
   addEditOptions(command, options->edit);
+  addChangesJsonFlag(command, options->json, "keyword");
 }
 
 }  // namespace

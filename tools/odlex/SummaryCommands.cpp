@@ -70,25 +70,33 @@ void addSet(Commands& commands) {
     std::string package;
     std::vector<std::string> assignments;
     EditTarget edit;
+    bool json = false;
   };
   auto options = std::make_shared<Options>();
   CLI::App& command = commands.add(
-      "summary set", "set summary information fields; the save stamps the time and the author",
+      "summary set",
+      "set summary information fields, printing each field's value before and after; the save "
+      "stamps the time and the author",
       "odlex summary set product.msi Title=Installer \"Subject=My product\" -o out.msi", [options] {
         LibrarySession session;
         ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
         MSIE_SummaryInformation& row = summaryRow(db);
+        std::vector<Change> changes;
         for (const std::string& assignment : options->assignments) {
           const std::size_t equals = assignment.find('=');
           const std::string name = assignment.substr(0, equals);
           const std::string value = assignment.substr(equals + 1);
+          MSIRecordColumn before;
+          row.GetColumn(TalString::FromUtf8(name), before);
           if (!row.SetColumn(TalString::FromUtf8(name),
                              MSIRecordColumn::String(TalString::FromUtf8(value))))
             throw Failure(engine::kInvalidField,
                           "the field " + name + " cannot hold \"" + value + "\"");
+          changes.push_back({name, before.GetString().ToUtf8(), value});
         }
         db.Get_SummaryInformation().Modify(true);
         session.save(db);
+        printChanges(changes, "field", options->json, !options->edit.dryRun);
         return 0;
       });
   addPackageArgument(command, options->package);
@@ -103,6 +111,7 @@ void addSet(Commands& commands) {
         return {};
       });
   addEditOptions(command, options->edit);
+  addChangesJsonFlag(command, options->json, "field");
 }
 
 }  // namespace
