@@ -34,6 +34,11 @@ struct StatementCase {
   std::vector<std::string> streamsRemoved = {};
 };
 
+// Test output names a case by its name, not by its bytes.
+void PrintTo(const StatementCase& c, std::ostream* out) {
+  *out << c.name;
+}
+
 class Statements : public ::testing::TestWithParam<StatementCase> {
  protected:
   TempDir dir_;

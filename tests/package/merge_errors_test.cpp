@@ -23,6 +23,11 @@ struct MergeCase {
   int errorType;             // the kind of the last merge error
 };
 
+// Test output names a case by its name, not by its bytes.
+void PrintTo(const MergeCase& c, std::ostream* out) {
+  *out << c.name;
+}
+
 const std::string kEmptyConfiguration =
     "Name\tFormat\tType\tContextData\tDefaultValue\tAttributes\tDisplayName\tDescription\t"
     "HelpLocation\tHelpKeyword\ns72\ti2\tS72\tS0\tS0\tI4\tL0\tL0\tS0\tS0\nModuleConfiguration\tName"

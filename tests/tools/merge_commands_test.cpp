@@ -20,6 +20,11 @@ struct MergeRun {
   const char* stderrHas;
 };
 
+// Test output names a run by its name, not by its bytes.
+void PrintTo(const MergeRun& run, std::ostream* out) {
+  *out << run.name;
+}
+
 const MergeRun kRuns[] = {
     {"Merges",
      {"--feature", "Complete", "--directory", "INSTALLDIR", "-o", "OUT"},

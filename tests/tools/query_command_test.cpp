@@ -23,6 +23,11 @@ struct WriteCase {
   bool outputWritten;
 };
 
+// Test output names a case by its name, not by its bytes.
+void PrintTo(const WriteCase& c, std::ostream* out) {
+  *out << c.name;
+}
+
 class QueryCommandWrites : public ::testing::TestWithParam<WriteCase> {};
 
 std::string replaced(std::string text, const std::string& package, const std::string& out) {
