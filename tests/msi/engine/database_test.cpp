@@ -300,9 +300,10 @@ TEST(DatabaseBadInput, InconsistentDatabasesAreRefusedWithAReason) {
   expectInvalid(
       tamperedPackage(dir, [](auto& root) { tableStream(root, u"_Tables").data.clear(); }),
       "which _Tables does not list");
-  // The catalogs of the sample package: _Tables holds one 2-byte string reference; _Columns
-  // holds its four rows column by column (Table, Number, Name, Type: 8 bytes each), integers
-  // stored as value + 0x8000, 0 for null.
+  // The string pool starts with its code page (low three bytes); a long string takes a
+  // (0, high length) entry and then a second one. In the sample package _Tables holds one
+  // 2-byte string reference and _Columns its four rows column by column (Table, Number, Name,
+  // Type: 8 bytes each), integers stored as value + 0x8000, 0 for null.
   using Bytes = std::vector<std::uint8_t>;
   const struct {
     const char16_t* stream;
@@ -327,6 +328,12 @@ TEST(DatabaseBadInput, InconsistentDatabasesAreRefusedWithAReason) {
       {u"_Columns", [](Bytes& b) { b[8] = b[9] = 0; }, "_Columns row 1 has a null field"},
       {u"_Columns", [](Bytes& b) { b[10] = 3; }, "column numbers are not 1 to 4"},
       {u"_Columns", [](Bytes& b) { b[26] = 3; }, "has an invalid type"},
+      {u"_StringPool", [](Bytes& b) { b[0] = 1, b[1] = 0, b[2] = 0; }, "unsupported code page 1"},
+      {u"_StringPool",
+       [](Bytes& b) {
+         b.insert(b.end(), {0, 0, 1, 0});
+       },
+       "has no length entry"},
   };
   for (const auto& damage : catalogDamage) {
     expectInvalid(
