@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <tuple>
 
 #include "common/SmallPackage.h"
 #include "tables/TableTestSupport.h"
@@ -55,22 +56,33 @@ class TableObjectLifetimeTest : public ::testing::Test {
 };
 
 TEST_F(TableObjectLifetimeTest, TempEntriesLeaveWithTheirRows) {
-  const std::vector<std::pair<const char*, std::function<void(ODLEXDatabase&, MSIEError&)>>> ways =
-      {
-          {"unload", [](ODLEXDatabase& db, MSIEError&) { db.GetError().Unload(); }},
-          {"reload", [](ODLEXDatabase& db, MSIEError&) { db.Reload(); }},
-          {"rollback", [](ODLEXDatabase& db, MSIEError&) { db.Rollback(); }},
-          {"save a deleted row",
-           [](ODLEXDatabase& db, MSIEError& row) {
-             db.GetError().Delete(row);
-             db.SaveChanges();
-           }},
-      };
-  for (const auto& [name, dropRows] : ways) {
+  using DropRows = std::function<void(ODLEXDatabase&, MSIEError&)>;
+  // The last way keeps the added row, so it comes last.
+  const std::vector<std::tuple<const char*, DropRows, std::size_t>> ways = {
+      {"unload", [](ODLEXDatabase& db, MSIEError&) { db.GetError().Unload(); }, 0},
+      {"reload", [](ODLEXDatabase& db, MSIEError&) { db.Reload(); }, 0},
+      {"rollback", [](ODLEXDatabase& db, MSIEError&) { db.Rollback(); }, 0},
+      {"save a deleted row",
+       [](ODLEXDatabase& db, MSIEError& row) {
+         db.GetError().Delete(row);
+         db.SaveChanges();
+       },
+       0},
+      {"save another row deleted",
+       [](ODLEXDatabase& db, MSIEError& row) {
+         ODLEXTError& errors = db.GetError();
+         MSIEError& other = addRow(errors, errorRow(8, u"other"));
+         errors.SetTempEntries(&row);
+         errors.Delete(other);
+         db.SaveChanges();
+       },
+       1},
+  };
+  for (const auto& [name, dropRows, kept] : ways) {
     SCOPED_TRACE(name);
     MSIEError& added = addRow(db_->GetError(), errorRow(9, u"added"));
     dropRows(*db_, added);
-    EXPECT_EQ(db_->GetError().GetTempEntries().entries(), 0u);
+    EXPECT_EQ(db_->GetError().GetTempEntries().entries(), kept);
   }
 }
 

@@ -50,8 +50,17 @@ TEST(TableAttributes, SettersTouchOnlyTheirBit) {
 // The class ids themselves are checked for every type by the factory test of the database
 // settings, the attributes against the schema catalog by the database tables test.
 TEST(TableTypes, SpeciesSetsAndNames) {
-  std::unique_ptr<RWCollectable> made(ODLEXTIcon().newSpecies());
-  EXPECT_EQ(made->isA(), ODLEXTObject::eIcon);
+  const ODLEXTIcon icon;
+  const ODLEXTObject base;
+  for (const auto& [object, type] :
+       {std::pair<const RWCollectable*, int>{&icon, ODLEXTObject::eIcon},
+        {&base, ODLEXTObject::eTableObjectClass}}) {
+    std::unique_ptr<RWCollectable> made(object->newSpecies());
+    std::unique_ptr<RWCollectable> copied(object->copy());
+    EXPECT_EQ(made->isA(), type);
+    EXPECT_EQ(copied->isA(), type);
+  }
+  EXPECT_EQ(ODLEXTObject().GetTableSet(), eNoTableSet);
   EXPECT_EQ(ODLEXTSignature().GetTableSet(), eFileSearchTables);
   EXPECT_EQ(ODLEXTFile().GetTableSet(), eNoTableSet);
   EXPECT_EQ(ODLEXTError().GetTableName(), u"Error");
@@ -76,6 +85,10 @@ TEST_F(TableObjectTest, LoadOnceUnloadKeepsTheModifiedFlag) {
   EXPECT_TRUE(errors.IsModified());
   errors.Load(db);
   EXPECT_EQ(errors.GetEntries().entries(), rows - 1) << "reloaded from the unsaved database";
+
+  ODLEXTObject bare;
+  bare.Load(db);
+  EXPECT_FALSE(bare.IsLoaded()) << "nothing to load without a lower-layer table";
 }
 
 // A table whose file declares another key than the catalog loads with the repeated rows left
@@ -164,6 +177,16 @@ TEST_F(TableObjectTest, TempEntriesFilteringAndModifyingRows) {
     const auto* entry = static_cast<MSIEntry*>(row);
     EXPECT_EQ(entry->IsModified(), entry == first) << "deleted rows are not marked modified";
   }
+
+  // Rows counted by their component: two of three in the components asked about.
+  auto& folders = static_cast<ODLEXTCreateFolder&>(db.GetTableObject(ODLEXTObject::eCreateFolder));
+  for (const auto& [directory, component] : {std::pair{u"D1", u"A"}, {u"D2", u"A"}, {u"D3", u"B"}})
+    folders.Add(MSIECreateFolder(directory, component));
+  MSIEComponent a(u"A");
+  RWBTree components;
+  components.insert(&a);
+  EXPECT_EQ(folders.GetCount(components), 2);
+  EXPECT_TRUE(properties.IsCharOK(u'x'));
 
   ODLEXDatabase::SetUserPermitsFunction([] { return false; });
   RWBTree asked = all;

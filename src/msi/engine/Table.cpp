@@ -168,21 +168,6 @@ std::vector<std::size_t> Table::savedOrder() const {
   return order;
 }
 
-void Table::sortByKey() {
-  std::vector<std::size_t> order = keyOrder();
-  std::vector<std::uint32_t> sorted;
-  std::vector<std::uint8_t> flags;
-  sorted.reserve(cells_.size());
-  for (std::size_t r : order) {
-    auto cells = row(r);
-    sorted.insert(sorted.end(), cells.begin(), cells.end());
-    if (!temporaryRows_.empty())
-      flags.push_back(temporaryRows_[r]);
-  }
-  cells_ = std::move(sorted);
-  temporaryRows_ = std::move(flags);
-}
-
 std::u16string Table::streamName(const StringPool& pool, std::size_t row) const {
   std::u16string name = name_;
   for (std::size_t c = 0; c < keyCount_; ++c) {

@@ -94,10 +94,8 @@ class Table {
   // Index of the row whose key cells equal `key` (keyCount() cells), or -1. Linear: the
   // table-object layer keeps its own indexes for repeated lookups.
   std::ptrdiff_t findRow(std::span<const std::uint32_t> key) const;
-  // Sorts rows by their key cells as the installer orders them on disk: raw cell values,
-  // text by string id, integers by value with null first.
-  void sortByKey();
-  // Row indexes in that order, leaving the rows where they are.
+  // Row indexes in key order as the installer orders rows on disk: raw cell values, text by
+  // string id, integers by value with null first. The rows stay where they are.
   std::vector<std::size_t> keyOrder() const;
   // The rows that are written, in key order: all but the temporary ones.
   std::vector<std::size_t> savedOrder() const;

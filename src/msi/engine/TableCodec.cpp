@@ -45,11 +45,6 @@ bool decodeTable(const std::vector<std::uint8_t>& stream, Table& table, unsigned
   for (std::size_t c = 0; c < table.columnCount(); ++c) {
     const Column& column = table.columns()[c];
     const unsigned width = storedWidth(column, referenceSize);
-    if (width == 0) {
-      for (std::size_t r = 0; r < rows; ++r)
-        table.setCell(r, c, column.isInteger() ? 0x80000000u : 0);
-      continue;
-    }
     for (std::size_t r = 0; r < rows; ++r, p += width) {
       std::uint32_t value;
       if (column.isInteger()) {

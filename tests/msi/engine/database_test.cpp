@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <functional>
 #include <iterator>
 
 #include "common/FaultyFileSystem.h"
@@ -91,6 +92,13 @@ TEST(DatabaseRoundTrip, AStreamSetFromAFileIsSavedWithTheFilesBytes) {
     db->setStreamSource(name,
                         storage::fileSource(storage::FileSystem::real(), dir / "cabinet", reason));
   Error error;
+  // Before the save, the file's bytes are read from the file.
+  std::vector<std::uint8_t> unsaved;
+  ASSERT_TRUE(db->readStream(u"added.cab", unsaved, error)) << error.text;
+  EXPECT_EQ(unsaved, bytes);
+  EXPECT_EQ(db->streamSource(u"added.cab", error)->size(), bytes.size());
+  EXPECT_FALSE(db->streamSource(u"absent.cab", error));
+  EXPECT_EQ(error.code, kFileNotFound);
   ASSERT_EQ(db->commit(error), kSuccess) << error.text;
   auto back = openOrFail(dir / "new.msi", OpenMode::kReadOnly);
   for (const char16_t* name : {u"replaced.cab", u"added.cab"}) {
@@ -166,7 +174,7 @@ TEST(DatabaseTables, TemporaryColumnsAreNeverWritten) {
   EXPECT_EQ(back->strings().find(u"only in memory"), 0u);
 }
 
-TEST(DatabaseTables, CreateTableRefusesBadDefinitions) {
+TEST(DatabaseTables, CreateTableAndAddColumnRefuseBadDefinitions) {
   test::TempDir dir;
   auto db = openOrFail(dir / "x.msi", OpenMode::kCreate);
   Error error;
@@ -182,9 +190,24 @@ TEST(DatabaseTables, CreateTableRefusesBadDefinitions) {
       << "a temporary key is never written, so the saved table would have none";
   EXPECT_FALSE(db->createTable(u"_Columns", {Column{u"A", kText | kKey}}, error));
   EXPECT_FALSE(db->createTable(std::u16string(70, u'T'), {Column{u"A", kText | kKey}}, error));
-  ASSERT_TRUE(db->createTable(u"Fine", {Column{u"A", kText | kKey}}, error));
+  std::vector<Column> tooMany(33, Column{u"", kText | kKey});
+  for (std::size_t i = 0; i < tooMany.size(); ++i)
+    tooMany[i].name = u"C" + std::u16string(i + 1, u'x');
+  EXPECT_FALSE(db->createTable(u"Wide", tooMany, error));
+  Table* fine = db->createTable(u"Fine", {Column{u"A", kText | kKey}}, error);
+  ASSERT_TRUE(fine);
   EXPECT_FALSE(db->createTable(u"Fine", {Column{u"A", kText | kKey}}, error));
   EXPECT_EQ(error.code, kAlreadyExists);
+
+  for (const Column& refused :
+       {Column{u"A", kText}, Column{u"K", kText | kKey}, Column{u"Odd", kValid | 3}}) {
+    EXPECT_FALSE(db->addColumn(*fine, refused, error));
+    EXPECT_EQ(error.code, kInvalidParameter);
+  }
+  for (std::size_t i = 1; i < tooMany.size(); ++i) {
+    tooMany[i].type = kText;
+    EXPECT_EQ(db->addColumn(*fine, tooMany[i], error), i < 32) << i;
+  }
 }
 
 TEST(DatabaseTables, DropTableRemovesItsStreams) {
@@ -277,6 +300,47 @@ TEST(DatabaseBadInput, InconsistentDatabasesAreRefusedWithAReason) {
   expectInvalid(
       tamperedPackage(dir, [](auto& root) { tableStream(root, u"_Tables").data.clear(); }),
       "which _Tables does not list");
+  // The string pool starts with its code page (low three bytes); a long string takes a
+  // (0, high length) entry and then a second one. In the sample package _Tables holds one
+  // 2-byte string reference and _Columns its four rows column by column (Table, Number, Name,
+  // Type: 8 bytes each), integers stored as value + 0x8000, 0 for null.
+  using Bytes = std::vector<std::uint8_t>;
+  const struct {
+    const char16_t* stream;
+    std::function<void(Bytes&)> tamper;
+    const char* reason;
+  } catalogDamage[] = {
+      {u"_Tables",
+       [](Bytes& b) {
+         b = {0, 0};
+       },
+       "_Tables row 1 has no name"},
+      {u"_Tables",
+       [](Bytes& b) {
+         b.insert(b.end(), {b[0], b[1]});
+       },
+       "listed twice in _Tables"},
+      {u"_Tables",
+       [](Bytes& b) {
+         b.insert(b.end(), {std::uint8_t(b[0] - 1), b[1]});
+       },
+       "has no columns"},
+      {u"_Columns", [](Bytes& b) { b[8] = b[9] = 0; }, "_Columns row 1 has a null field"},
+      {u"_Columns", [](Bytes& b) { b[10] = 3; }, "column numbers are not 1 to 4"},
+      {u"_Columns", [](Bytes& b) { b[26] = 3; }, "has an invalid type"},
+      {u"_StringPool", [](Bytes& b) { b[0] = 1, b[1] = 0, b[2] = 0; }, "unsupported code page 1"},
+      {u"_StringPool",
+       [](Bytes& b) {
+         b.insert(b.end(), {0, 0, 1, 0});
+       },
+       "has no length entry"},
+  };
+  for (const auto& damage : catalogDamage) {
+    expectInvalid(
+        tamperedPackage(dir,
+                        [&](auto& root) { damage.tamper(tableStream(root, damage.stream).data); }),
+        damage.reason);
+  }
   expectInvalid(tamperedPackage(dir,
                                 [](auto& root) {
                                   std::erase_if(root.children, [](auto& c) {
@@ -299,17 +363,38 @@ TEST(DatabaseBadInput, MissingEmptyAndForeignFiles) {
   expectInvalid(dir / "text.msi", "");
 }
 
-TEST(DatabaseSaving, ReadOnlyDatabaseIsNeverWritten) {
+// A save that is refused, or that meets what the file cannot hold, writes nothing.
+TEST(DatabaseSaving, RefusedSavesLeaveTheFileAsItWas) {
   test::TempDir dir;
   auto db = openOrFail(dir / "a.msi", OpenMode::kCreate);
   addSampleTable(*db);
   Error error;
   ASSERT_EQ(db->commit(error), kSuccess);
-  auto before = test::readFileBytes(dir / "a.msi");
-  auto readOnly = openOrFail(dir / "a.msi", OpenMode::kReadOnly);
-  addSampleRow(*readOnly, readOnly->table(0), u"new", 1, 1);
-  EXPECT_EQ(readOnly->commit(error), kAccessDenied);
-  EXPECT_EQ(test::readFileBytes(dir / "a.msi"), before);
+  const auto before = test::readFileBytes(dir / "a.msi");
+  const struct {
+    const char* what;
+    OpenMode mode;
+    std::function<void(Database&)> edit;
+    std::uint32_t result;
+  } cases[] = {
+      {"read-only", OpenMode::kReadOnly,
+       [](Database& d) { addSampleRow(d, d.table(0), u"new", 1, 1); }, kAccessDenied},
+      {"text outside the code page", OpenMode::kUpdate,
+       [](Database& d) {
+         d.setCodePage(1252);
+         addSampleRow(d, d.table(0), u"\u4E2D", 1, 1);
+       },
+       kFunctionFailed},
+      {"a stream name too long", OpenMode::kUpdate,
+       [](Database& d) { d.setStream(std::u16string(80, u'S'), {1}); }, kFunctionFailed},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    auto opened = openOrFail(dir / "a.msi", c.mode);
+    c.edit(*opened);
+    EXPECT_EQ(opened->commit(error), c.result) << error.text;
+    EXPECT_EQ(test::readFileBytes(dir / "a.msi"), before);
+  }
 }
 
 TEST(DatabaseSaving, OpenIntoWritesOnlyTheOutput) {

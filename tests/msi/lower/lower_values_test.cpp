@@ -95,6 +95,8 @@ TEST(MSIRecord, FieldsAreOneBasedAndBounded) {
   EXPECT_EQ(record.GetFieldCount(), 3u);
   MSIBinary data;
   EXPECT_EQ(record.GetStream(3, data), 1629u);
+  record.Clear();
+  EXPECT_EQ(record.GetFieldCount(), 0u);
 }
 
 TEST(Guid, BracedUpperCaseVersion4AndUnique) {

@@ -56,6 +56,11 @@ TEST(Translate, FormatsAsTheInstallerFormats) {
 TEST(Translate, UnFormatPrefersTheLongestValue) {
   MSITranslate translate = folders();
   translate.SetVariable(u"INSTALLDIR", u"C:\\Program Files\\Vendor\\");
+  TalString value;
+  EXPECT_TRUE(translate.GetVariable(u"INSTALLDIR", value));
+  EXPECT_EQ(value, u"C:\\Program Files\\Vendor\\");
+  EXPECT_FALSE(translate.GetVariable(u"Unknown", value));
+  EXPECT_EQ(value, u"C:\\Program Files\\Vendor\\") << "an unknown name leaves the value alone";
   EXPECT_EQ(translate.UnFormat(u"C:\\Program Files\\Vendor\\bin\\"), u"[INSTALLDIR]bin\\");
   EXPECT_EQ(translate.UnFormat(u"C:\\Program Files\\Other\\"), u"[ProgramFilesFolder]Other\\");
   EXPECT_EQ(translate.UnFormat(u"D:\\data"), u"D:\\data");

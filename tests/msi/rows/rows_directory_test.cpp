@@ -80,6 +80,29 @@ TEST(DirectoryNames, SplitStringAtTheFirstSeparator) {
   EXPECT_EQ(utf8(after), "source");
 }
 
+// The short target name of a DefaultDir value, read and set; a name that is not a valid short
+// name, or a folder that names its parent, leaves the value as it was.
+TEST(DirectoryNames, ShortTargetNameOfTheDefaultDir) {
+  const struct {
+    const char16_t* defaultDir;
+    const char16_t* shortBefore;
+    const char16_t* newShort;
+    const char16_t* defaultDirAfter;
+  } cases[] = {
+      {u"PROGRA~1|Program Files", u"PROGRA~1", u"PFILES~1", u"PFILES~1|Program Files"},
+      {u"App:Source", u"App", u"APP~1", u"APP~1|App:Source"},
+      {u"Long Name", u"Long Name", u"not a short name", u"Long Name"},
+      {u".", u".", u"X", u"."},
+  };
+  for (const auto& c : cases) {
+    MSIEDirectory row(u"Dir");
+    row.SetDefaultDir(c.defaultDir);
+    EXPECT_EQ(row.GetShortDefaultDir(), c.shortBefore) << utf8(TalString(c.defaultDir));
+    row.SetShortDefaultDir(c.newShort);
+    EXPECT_EQ(row.GetDefaultDir(), c.defaultDirAfter) << utf8(TalString(c.defaultDir));
+  }
+}
+
 TEST(DirectoryPackage, AddedPathsReuseThePackageRowsAndPersist) {
   const BuiltPackage& built = testPackage(PackageKind::kSample);
   ASSERT_FALSE(built.file.empty()) << built.error;

@@ -356,5 +356,26 @@ TEST(SystemTables, TransformViewLivesInMemoryAndFindsByThreeKeys) {
   EXPECT_EQ(db.engineDatabase()->findTable(u"_TransformView"), nullptr);
 }
 
+// Reading or writing a table the database keeps about itself needs an open database; without
+// one each refuses and says so.
+TEST(SystemTables, WithoutADatabaseReadAndWriteAreRefused) {
+  MSIT_Tables tables;
+  MSIT_Columns columns;
+  MSIT_Streams streams;
+  MSIT_Storages storages;
+  MSIT_SummaryInformation summary;
+  const struct {
+    MSITable* table;
+    bool writeChecks;  // a clean read-only table has nothing to write
+  } cases[] = {
+      {&tables, true}, {&columns, false}, {&streams, true}, {&storages, true}, {&summary, true}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.table->GetName().ToUtf8());
+    EXPECT_FALSE(c.table->Populate());
+    EXPECT_TRUE(c.table->GetLastError().u16().ends_with(u"no open database"));
+    EXPECT_EQ(c.table->Persist(), !c.writeChecks);
+  }
+}
+
 }  // namespace
 }  // namespace odlex::test

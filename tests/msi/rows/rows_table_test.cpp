@@ -145,6 +145,15 @@ TEST(RowsTable, TypedAndGenericAccessAgree) {
   EXPECT_EQ(value.GetStreamName(), u"Binary.Icon");
   EXPECT_FALSE(binary.SetColumn(u"Data", MSIRecordColumn::String(u"text")));
   EXPECT_FALSE(file.SetBinary(u"Version", MSIBinary(data, 4)));
+
+  // Copying the fields of a row copies its binary data; a row of another table copies nothing.
+  MSIEBinary other(u"Other");
+  EXPECT_TRUE(other.CopyFields(binary));
+  EXPECT_EQ(other.GetData(), MSIBinary(data, 4));
+  EXPECT_FALSE(other.CopyFields(binary)) << "nothing left to change";
+  EXPECT_FALSE(other.CopyFields(file));
+  EXPECT_TRUE(other.SetColumn(u"Data", MSIRecordColumn()));
+  EXPECT_EQ(other.GetData().GetSize(), 0u);
 }
 
 TEST(RowsTable, IntegersAColumnCannotHoldAreRefused) {
