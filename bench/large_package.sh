@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Times saving a package that carries one large stream (a cabinet) against copying the file:
-# `odlex rewrite` to a new file and an edit saved in place (`odlex import` of its Property
-# table), each beside `cp` of the package followed by `sync` (a save flushes what it writes).
+# `odlex rewrite` to a new file, an edit saved in place (`odlex import` of its Property table),
+# a transform applied into a new file and every table exported, each beside `cp` of the package
+# followed by `sync` (a save flushes what it writes).
 # Prints the best of three runs of each, odlex's as a ratio to the copy (lower is better), and
 # the peak resident memory of the odlex runs.
 #
@@ -18,6 +19,12 @@ head -c $((megabytes << 20)) /dev/urandom >"$work/cabinet"
 msibuild "$work/package.msi" -a Cabinet.cab "$work/cabinet"
 rm "$work/cabinet"
 "$tool" export "$work/package.msi" Property -o "$work/Property.idt"
+# The transform changes one property; it is made once, outside the timed runs.
+cp "$work/package.msi" "$work/edited.msi"
+"$tool" query "$work/edited.msi" \
+  "UPDATE \`Property\` SET \`Value\` = 'Large' WHERE \`Property\` = 'ProductName'" >/dev/null
+"$tool" transform generate "$work/package.msi" "$work/edited.msi" -o "$work/edit.mst" >/dev/null
+rm "$work/edited.msi"
 
 # Runs a command, appends "seconds peak-kilobytes" to the file named first. What earlier runs
 # wrote is flushed first, so that no run pays for another's writes.
@@ -33,11 +40,16 @@ for _ in 1 2 3; do
   rm "$work/rewritten.msi"
   measure "$work/edit" "$tool" import "$work/copy.msi" "$work/Property.idt"
   rm "$work/copy.msi"
+  measure "$work/transform" "$tool" transform apply "$work/package.msi" "$work/edit.mst" \
+    -o "$work/applied.msi"
+  rm "$work/applied.msi"
+  measure "$work/export-all" "$tool" export-all "$work/package.msi" "$work/tables"
+  rm -r "$work/tables"
 done
 best() { sort -n "$1" | head -1; }
 read -r copy _ < <(best "$work/copy")
 echo "package of $megabytes MiB: cp + sync ${copy}s"
-for run in rewrite edit; do
+for run in rewrite edit transform export-all; do
   read -r seconds peak < <(best "$work/$run")
   awk -v run="$run" -v s="$seconds" -v c="$copy" -v kb="$peak" \
     'BEGIN { printf "odlex %s: %.2fs (%.2fx the copy), peak %d MiB\n", run, s, s / c, kb / 1024 }'
