@@ -67,7 +67,7 @@ std::unique_ptr<storage::ReadableFile> FaultyFileSystem::openRead(const std::fil
                                                                   std::string& error) {
   if (injectFault("openRead", error))
     return nullptr;
-  auto file = inner_.openRead(path, error);
+  auto file = inner().openRead(path, error);
   if (!file)
     return nullptr;
   return std::make_unique<FaultyReadableFile>(std::move(file), *this);
@@ -77,7 +77,7 @@ std::unique_ptr<storage::WritableFile> FaultyFileSystem::createFile(
     const std::filesystem::path& path, const storage::NewFileOptions& options, std::string& error) {
   if (injectFault("createFile", error))
     return nullptr;
-  auto file = inner_.createFile(path, options, error);
+  auto file = inner().createFile(path, options, error);
   if (!file)
     return nullptr;
   return std::make_unique<FaultyWritableFile>(std::move(file), *this);
@@ -87,48 +87,40 @@ bool FaultyFileSystem::resolveLinks(const std::filesystem::path& path,
                                     std::filesystem::path& resolved, std::string& error) {
   if (injectFault("resolveLinks", error))
     return false;
-  return inner_.resolveLinks(path, resolved, error);
+  return inner().resolveLinks(path, resolved, error);
 }
 
 bool FaultyFileSystem::rename(const std::filesystem::path& from, const std::filesystem::path& to,
                               std::string& error) {
   if (injectFault("rename", error))
     return false;
-  return inner_.rename(from, to, error);
+  return inner().rename(from, to, error);
 }
 
 bool FaultyFileSystem::remove(const std::filesystem::path& path, std::string& error) {
   if (injectFault("remove", error))
     return false;
-  return inner_.remove(path, error);
+  return inner().remove(path, error);
 }
 
 bool FaultyFileSystem::exists(const std::filesystem::path& path) {
   std::string ignored;
   if (injectFault("exists", ignored))
     return false;
-  return inner_.exists(path);
+  return inner().exists(path);
 }
 
 std::optional<storage::FileStamp> FaultyFileSystem::stampOf(const std::filesystem::path& path) {
   std::string ignored;
   if (injectFault("stampOf", ignored))
     return std::nullopt;
-  return inner_.stampOf(path);
+  return inner().stampOf(path);
 }
 
 bool FaultyFileSystem::createDirectories(const std::filesystem::path& path, std::string& error) {
   if (injectFault("createDirectories", error))
     return false;
-  return inner_.createDirectories(path, error);
-}
-
-std::vector<std::string> FaultyFileSystem::entryNames(const std::filesystem::path& folder) {
-  return inner_.entryNames(folder);
-}
-
-bool FaultyFileSystem::removeIfAbandoned(const std::filesystem::path& path) {
-  return inner_.removeIfAbandoned(path);
+  return inner().createDirectories(path, error);
 }
 
 }  // namespace odlex::test

@@ -7,13 +7,13 @@
 
 #include <cstdint>
 
-#include "storage/FileSystem.h"
+#include "storage/ForwardingFileSystem.h"
 
 namespace odlex::test {
 
-class FaultyFileSystem final : public storage::FileSystem {
+class FaultyFileSystem final : public storage::ForwardingFileSystem {
  public:
-  explicit FaultyFileSystem(storage::FileSystem& inner) : inner_(inner) {}
+  explicit FaultyFileSystem(storage::FileSystem& inner) : ForwardingFileSystem(inner) {}
 
   // Makes call number `call` (counting from 1) fail; 0 means never fail. Resets the count.
   void failAtCall(std::uint64_t call);
@@ -34,15 +34,13 @@ class FaultyFileSystem final : public storage::FileSystem {
   bool exists(const std::filesystem::path& path) override;
   std::optional<storage::FileStamp> stampOf(const std::filesystem::path& path) override;
   bool createDirectories(const std::filesystem::path& path, std::string& error) override;
-  // Clean-up calls, whose failure callers go on without, are forwarded and not counted.
-  std::vector<std::string> entryNames(const std::filesystem::path& folder) override;
-  bool removeIfAbandoned(const std::filesystem::path& path) override;
+  // Clean-up calls (entryNames, removeIfAbandoned), whose failure callers go on without, are
+  // forwarded and not counted.
 
   // Counts one call; true (with an error) when this is the call that must fail.
   bool injectFault(const char* operation, std::string& error);
 
  private:
-  storage::FileSystem& inner_;
   std::uint64_t calls_ = 0;
   std::uint64_t failAt_ = 0;
 };

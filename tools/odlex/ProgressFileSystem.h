@@ -8,16 +8,14 @@
 #include <string>
 
 #include "ProgressBar.h"
-#include "storage/FileSystem.h"
+#include "storage/ForwardingFileSystem.h"
 
 namespace odlex::cli {
 
-class ProgressFileSystem : public storage::FileSystem {
+class ProgressFileSystem : public storage::ForwardingFileSystem {
  public:
   // Counts and draws for the work named `label` ("rewrite"), writing through `inner`.
   ProgressFileSystem(storage::FileSystem& inner, std::string label);
-  ProgressFileSystem(const ProgressFileSystem&) = delete;
-  ProgressFileSystem& operator=(const ProgressFileSystem&) = delete;
 
   // Counts `bytes` more written, and shows them on the bar.
   void written(std::uint64_t bytes);
@@ -27,19 +25,8 @@ class ProgressFileSystem : public storage::FileSystem {
   std::unique_ptr<storage::WritableFile> createFile(const std::filesystem::path& path,
                                                     const storage::NewFileOptions& options,
                                                     std::string& error) override;
-  bool rename(const std::filesystem::path& from, const std::filesystem::path& to,
-              std::string& error) override;
-  bool resolveLinks(const std::filesystem::path& path, std::filesystem::path& resolved,
-                    std::string& error) override;
-  bool remove(const std::filesystem::path& path, std::string& error) override;
-  bool exists(const std::filesystem::path& path) override;
-  std::optional<storage::FileStamp> stampOf(const std::filesystem::path& path) override;
-  bool createDirectories(const std::filesystem::path& path, std::string& error) override;
-  std::vector<std::string> entryNames(const std::filesystem::path& folder) override;
-  bool removeIfAbandoned(const std::filesystem::path& path) override;
 
  private:
-  storage::FileSystem& inner_;
   ProgressBar bar_;
   std::uint64_t expected_ = 0;
   std::uint64_t written_ = 0;
