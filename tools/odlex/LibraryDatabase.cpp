@@ -16,11 +16,8 @@ namespace {
 
 template <class Open>
 ODLEXDatabase& open(const std::string& package, Open how) {
-  try {
-    return how(TalString::FromUtf8(package));
-  } catch (const ODLEXDatabaseError& error) {
-    throw Failure(static_cast<ODLEXDatabaseError::eCodeMeaning>(error), "cannot open " + package);
-  }
+  return library("cannot open " + package,
+                 [&]() -> ODLEXDatabase& { return how(TalString::FromUtf8(package)); });
 }
 
 // The change log's message catalog shipped with the tool: share/odlex beside the installed

@@ -11,6 +11,8 @@
 #include <set>
 #include <string>
 
+#include <odlex/tables/ODLEXDatabaseError.h>
+
 #include "Cli.h"
 
 class MSIEntry;
@@ -41,6 +43,17 @@ class LibrarySession {
   std::set<ODLEXDatabase*> dryRuns_;
   std::set<ODLEXDatabase*> unsavedOutputs_;  // opened into an output file, not saved yet
 };
+
+// Runs `call` and gives what it returns, turning a library error (ODLEXDatabaseError) into a
+// Failure with its code and the text `what`, which says what was asked.
+template <class Call>
+decltype(auto) library(const std::string& what, Call call) {
+  try {
+    return call();
+  } catch (const ODLEXDatabaseError& error) {
+    throw Failure(static_cast<ODLEXDatabaseError::eCodeMeaning>(error), what);
+  }
+}
 
 // The table object of the table called `table` (exact case); Failure (error 32) when no table
 // has that name.

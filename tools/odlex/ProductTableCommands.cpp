@@ -16,16 +16,6 @@ namespace {
 
 using nlohmann::json;
 
-// Runs `edit`, turning a library error into a failure that names what was asked.
-template <class Edit>
-void library(const std::string& what, Edit edit) {
-  try {
-    edit();
-  } catch (const ODLEXDatabaseError& error) {
-    throw Failure(static_cast<ODLEXDatabaseError::eCodeMeaning>(error), what);
-  }
-}
-
 // The package's tables with their row counts, as the engine holds them.
 std::map<std::string, std::size_t> tableRows(ODLEXDatabase& db) {
   std::map<std::string, std::size_t> rows;

@@ -142,12 +142,8 @@ void addFree(Commands& commands) {
         const bool after = !options->after.empty();
         const std::string& action = after ? options->after : options->before;
         const TalString name = TalString::FromUtf8(action);
-        try {
-          table.GetSequenceWithID(name);
-        } catch (const ODLEXDatabaseError& error) {
-          throw Failure(static_cast<ODLEXDatabaseError::eCodeMeaning>(error),
-                        "no action " + action + " in " + options->table);
-        }
+        library("no action " + action + " in " + options->table,
+                [&] { table.GetSequenceWithID(name); });
         const short number =
             after ? table.GetGoodSequenceAfter(name) : table.GetGoodSequenceBefore(name);
         if (options->json)

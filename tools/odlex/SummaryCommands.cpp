@@ -28,12 +28,9 @@ std::vector<std::string> fieldNames() {
 }
 
 MSIE_SummaryInformation& summaryRow(ODLEXDatabase& db) {
-  try {
+  return library("the package has no summary information", [&]() -> MSIE_SummaryInformation& {
     return db.Get_SummaryInformation().GetEntry();
-  } catch (const ODLEXDatabaseError& error) {
-    throw Failure(static_cast<ODLEXDatabaseError::eCodeMeaning>(error),
-                  "the package has no summary information");
-  }
+  });
 }
 
 void addShow(Commands& commands) {
