@@ -44,26 +44,6 @@ TEST(TableAttributes, SettersTouchOnlyTheirBit) {
   EXPECT_TRUE(attributes != ODLEXTableAttributes());
   // One 32-bit word: a wider value keeps its low bits only.
   EXPECT_EQ(ODLEXTableAttributes(0x100000002ul).GetValue(), 2u);
-  EXPECT_EQ(sizeof(ODLEXTableAttributes), 4u);
-}
-
-// The class ids themselves are checked for every type by the factory test of the database
-// settings, the attributes against the schema catalog by the database tables test.
-TEST(TableTypes, SpeciesSetsAndNames) {
-  const ODLEXTIcon icon;
-  const ODLEXTObject base;
-  for (const auto& [object, type] :
-       {std::pair<const RWCollectable*, int>{&icon, ODLEXTObject::eIcon},
-        {&base, ODLEXTObject::eTableObjectClass}}) {
-    std::unique_ptr<RWCollectable> made(object->newSpecies());
-    std::unique_ptr<RWCollectable> copied(object->copy());
-    EXPECT_EQ(made->isA(), type);
-    EXPECT_EQ(copied->isA(), type);
-  }
-  EXPECT_EQ(ODLEXTObject().GetTableSet(), eNoTableSet);
-  EXPECT_EQ(ODLEXTSignature().GetTableSet(), eFileSearchTables);
-  EXPECT_EQ(ODLEXTFile().GetTableSet(), eNoTableSet);
-  EXPECT_EQ(ODLEXTError().GetTableName(), u"Error");
 }
 
 class TableObjectTest : public DatabaseTest {};
@@ -93,7 +73,7 @@ TEST_F(TableObjectTest, LoadOnceUnloadKeepsTheModifiedFlag) {
 
 // A table whose file declares another key than the catalog loads with the repeated rows left
 // out, and a write to a closed database is refused; each reason stays in the lower layer's error
-// list for the host. A read-only table is never written at all.
+// list for the host.
 TEST_F(TableObjectTest, LoadAndPersistFailuresLeaveTheLowerLayerErrorForTheHost) {
   const std::filesystem::path idt = file("Error.idt");
   writeFileBytes(idt, "Message\tError\ns255\ti2\nError\tMessage\none\t1\ntwo\t1\n");
@@ -103,9 +83,6 @@ TEST_F(TableObjectTest, LoadAndPersistFailuresLeaveTheLowerLayerErrorForTheHost)
   EXPECT_EQ(thrownCode([&] { db.GetTalError(); }), -1) << "no pending error left";
 
   db.DumpAllErrors();
-  db.Get_Columns().Persist();
-  EXPECT_EQ(thrownCode([&] { db.GetTalError(); }), ODLEXDatabaseError::eNoPendingError)
-      << "a read-only table tried to write";
   MSIEError row(short{9});
   row.SetMessage(u"nine");
   db.GetError().Add(row);
@@ -187,13 +164,6 @@ TEST_F(TableObjectTest, TempEntriesFilteringAndModifyingRows) {
   components.insert(&a);
   EXPECT_EQ(folders.GetCount(components), 2);
   EXPECT_TRUE(properties.IsCharOK(u'x'));
-
-  ODLEXDatabase::SetUserPermitsFunction([] { return false; });
-  RWBTree asked = all;
-  EXPECT_EQ(thrownCode([&] { properties.FilterOutDeletedEntries(asked, true); }),
-            ODLEXDatabaseError::eUserCancelled)
-      << "the host's refusal throws";
-  ODLEXDatabase::SetUserPermitsFunction(nullptr);
 }
 
 TEST_F(TableObjectTest, CommonEditsFollowTheKeyRules) {
