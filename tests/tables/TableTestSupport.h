@@ -60,6 +60,9 @@ struct Lookup {
   std::function<void()> missing;
   int code;
   const void* row = nullptr;  // the row `found` must give; any row when null
+  // When set, the second call throws ODLEXDatabaseErrorWithEntry naming this row of `table`.
+  const MSIEntry* named = nullptr;
+  ODLEXTObject::typeID table = ODLEXTObject::eNoTable;
 };
 
 inline void expectLookups(std::span<const Lookup> lookups) {
@@ -70,7 +73,13 @@ inline void expectLookups(std::span<const Lookup> lookups) {
     if (lookups[i].row != nullptr) {
       EXPECT_EQ(found, lookups[i].row);
     }
-    EXPECT_EQ(thrownCode(lookups[i].missing), lookups[i].code);
+    if (lookups[i].named != nullptr) {
+      expectErrorWithEntry(lookups[i].missing,
+                           static_cast<ODLEXDatabaseError::eCodeMeaning>(lookups[i].code),
+                           lookups[i].table, *lookups[i].named);
+    } else {
+      EXPECT_EQ(thrownCode(lookups[i].missing), lookups[i].code);
+    }
   }
 }
 

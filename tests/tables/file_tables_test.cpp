@@ -83,12 +83,10 @@ TEST_F(FileTablesTest, RowsByKeyAndByOwner) {
       {[&] { return &isolated.GetEntry(u"Helpers", u"MainExe"); },
        [&] { isolated.GetEntry(u"Docs", u"Helpers"); }, 21, &helpersForMain},
       {[&] { return &duplicates.GetDuplicateFile(readme); },
-       [&] { duplicates.GetDuplicateFile(mainExeFile); }, 34, &inDocs},
+       [&] { duplicates.GetDuplicateFile(mainExeFile); }, 34, &inDocs, &mainExeFile,
+       ODLEXTObject::eFile},
   };
   expectLookups(lookups);
-  expectErrorWithEntry([&] { duplicates.GetDuplicateFile(mainExeFile); },
-                       ODLEXDatabaseError::eDuplicateFileNotFound, ODLEXTObject::eFile,
-                       mainExeFile);
   EXPECT_TRUE(fonts.IsFileAFont(*db.GetFile().Lookup(u"Handbuch")));
   EXPECT_FALSE(fonts.IsFileAFont(mainExeFile)) << "its font row is deleted";
   EXPECT_FALSE(fonts.IsFileAFont(readme));
