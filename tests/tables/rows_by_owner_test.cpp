@@ -1,0 +1,333 @@
+// Found-or-throw lookups and the collectors of an owner's live rows (deleted rows and those of
+// other owners left out) of the ODBC, file-search, assembly, merge-module, patch-creation and
+// dialog table objects, on rows added to a copy of the idt package (files MainExe, Readme,
+// Handbuch, HelperDll; components MainExe, Docs, GermanDocs, Helpers), which has none of these
+// tables.
+
+#include "common/DatabaseTest.h"
+#include "tables/TableTestSupport.h"
+
+namespace odlex::test {
+namespace {
+
+class RowsByOwnerTest : public DatabaseTest {};
+
+MSIEODBCDriver driverOf(const char16_t* key, const char16_t* file, const char16_t* setupFile) {
+  MSIEODBCDriver row(key);
+  row.SetComponent(u"Helpers");
+  row.SetFile(file);
+  row.SetFileSetup(setupFile);
+  return row;
+}
+
+MSIEODBCDataSource dataSourceOf(const char16_t* key, const char16_t* name) {
+  MSIEODBCDataSource row(key);
+  row.SetComponent(u"Helpers");
+  row.SetDescription(name);
+  return row;
+}
+
+// A driver's and a translator's files, a data source by key, by name and from its attributes, and
+// the live attributes of a driver and of a data source.
+TEST_F(RowsByOwnerTest, ODBCRowsFollowTheirFilesDriversAndSources) {
+  ODLEXDatabase& db = openPackage();
+  ODLEXTODBCDriver& drivers = db.GetODBCDriver();
+  ODLEXTODBCAttribute& driverAttributes = db.GetODBCAttribute();
+  ODLEXTODBCTranslator& translators = db.GetODBCTranslator();
+  ODLEXTODBCDataSource& sources = db.GetODBCDataSource();
+  ODLEXTODBCSourceAttribute& attributes = db.GetODBCSourceAttribute();
+  MSIEODBCDriver& driver = addRow(drivers, driverOf(u"Driver", u"HelperDll", u""));
+  addRow(drivers, driverOf(u"Other", u"HelperDll", u""));
+  MSIEODBCAttribute& kept = addRow(driverAttributes, MSIEODBCAttribute(u"Driver", u"CPTimeout"));
+  driverAttributes.Delete(addRow(driverAttributes, MSIEODBCAttribute(u"Driver", u"FileUsage")));
+  addRow(driverAttributes, MSIEODBCAttribute(u"Other", u"CPTimeout"));
+  MSIEODBCTranslator values(u"Translator");
+  values.SetFile(u"Gone");
+  values.SetFileSetup(u"MainExe");
+  MSIEODBCTranslator& translator = addRow(translators, values);
+  MSIEODBCDataSource& source = addRow(sources, dataSourceOf(u"Orders", u"Order Database"));
+  MSIEODBCSourceAttribute& server =
+      addRow(attributes, MSIEODBCSourceAttribute(u"Orders", u"Server"));
+  attributes.Delete(addRow(attributes, MSIEODBCSourceAttribute(u"Orders", u"Port")));
+  MSIEODBCSourceAttribute& dangling =
+      addRow(attributes, MSIEODBCSourceAttribute(u"Gone", u"Server"));
+  const Lookup lookups[] = {
+      {[&] { return &drivers.GetFile(driver); }, [&] { drivers.GetFileSetup(driver); }, 20,
+       db.GetFile().Lookup(u"HelperDll"), &driver, ODLEXTObject::eODBCDriver},
+      {[&] { return &translators.GetFileSetup(translator); },
+       [&] { translators.GetFile(translator); }, 20, db.GetFile().Lookup(u"MainExe"), &translator,
+       ODLEXTObject::eODBCTranslator},
+      {[&] { return &sources.GetDataSourceWithID(u"Orders"); },
+       [&] { sources.GetDataSourceWithID(u"Order Database"); }, 23, &source},
+      {[&] { return &sources.GetDataSource(u"Order Database"); },
+       [&] { sources.GetDataSource(u"Orders"); }, 23, &source},
+      {[&] { return &attributes.GetDataSource(server); },
+       [&] { attributes.GetDataSource(dangling); }, 23, &source, &dangling,
+       ODLEXTObject::eODBCSourceAttribute},
+  };
+  expectLookups(lookups);
+  const Collector collectors[] = {
+      {[&](RWBTree& tree) { drivers.GetAttributes(tree, driver); }, {&kept}},
+      {[&](RWBTree& tree) { attributes.GetSourceAttributes(tree, source); }, {&server}},
+  };
+  expectCollectors(collectors);
+}
+
+MSIEDrLocator drLocatorOf(const TalString& signature, const TalString& path) {
+  return MSIEDrLocator(signature, u"", path);
+}
+
+// Each table's row of a signature, or code 24; AppSearch and CCPSearch rows follow their signature
+// into the five tables alike.
+TEST_F(RowsByOwnerTest, FileSearchRowsBySignature) {
+  ODLEXDatabase& db = openPackage();
+  ODLEXTSignature& signatures = db.GetSignature();
+  ODLEXTRegLocator& regs = db.GetRegLocator();
+  ODLEXTIniLocator& inis = db.GetIniLocator();
+  ODLEXTCompLocator& comps = db.GetCompLocator();
+  ODLEXTDrLocator& dirs = db.GetDrLocator();
+  MSIESignature& signature = addRow(signatures, MSIESignature(u"AppExe"));
+  signatures.Delete(addRow(signatures, MSIESignature(u"OldExe")));
+  MSIERegLocator& reg = addRow(regs, MSIERegLocator(u"AppExe"));
+  MSIEIniLocator& ini = addRow(inis, MSIEIniLocator(u"AppIni"));
+  MSIECompLocator& comp = addRow(comps, MSIECompLocator(u"AppComp"));
+  dirs.Delete(addRow(dirs, drLocatorOf(u"AppDir", u"C:\\A")));
+  MSIEDrLocator& second = addRow(dirs, drLocatorOf(u"AppDir", u"C:\\B"));
+  addRow(dirs, drLocatorOf(u"AppDir", u"C:\\C"));
+  MSIEDrLocator& dir = addRow(dirs, drLocatorOf(u"AppExe", u"C:\\A"));
+  const Lookup lookups[] = {
+      {[&] { return &signatures.GetWithSignature(u"AppExe"); },
+       [&] { signatures.GetWithSignature(u"appexe"); }, 24, &signature},
+      {[&] { return &signatures.GetWithSignature(u"AppExe"); },
+       [&] { signatures.GetWithSignature(u"OldExe"); }, 24},
+      {[&] { return &regs.GetWithSignature(u"AppExe"); }, [&] { regs.GetWithSignature(u"AppIni"); },
+       24, &reg},
+      {[&] { return &inis.GetWithSignature(u"AppIni"); }, [&] { inis.GetWithSignature(u"AppExe"); },
+       24, &ini},
+      {[&] { return &comps.GetWithSignature(u"AppComp"); },
+       [&] { comps.GetWithSignature(u"AppDir"); }, 24, &comp},
+      // The first live row in key order.
+      {[&] { return &dirs.GetWithSignature(u"AppDir"); },
+       [&] { dirs.GetWithSignature(u"AppComp"); }, 24, &second},
+  };
+  expectLookups(lookups);
+
+  ODLEXTAppSearch& appSearches = db.GetAppSearch();
+  MSIEAppSearch& search = addRow(appSearches, MSIEAppSearch(u"APPEXE", u"AppExe"));
+  ODLEXTCCPSearch& ccpSearches = db.GetCCPSearch();
+  MSIECCPSearch& ccp = addRow(ccpSearches, MSIECCPSearch(u"AppExe"));
+  const auto expectFound = [&](auto& searches, const auto& row, ODLEXTObject::typeID type) {
+    EXPECT_EQ(&searches.GetSignature(row), &signature);
+    EXPECT_EQ(&searches.GetRegLocator(row), &reg);
+    EXPECT_EQ(&searches.GetDrLocator(row), &dir);
+    EXPECT_EQ(searches.GetSignatureTypes(row),
+              eSignatureInSignature | eSignatureInRegLocator | eSignatureInDrLocator);
+    expectErrorWithEntry([&] { searches.GetIniLocator(row); },
+                         ODLEXDatabaseError::eSignatureNotFound, type, row);
+    expectErrorWithEntry([&] { searches.GetCompLocator(row); },
+                         ODLEXDatabaseError::eSignatureNotFound, type, row);
+  };
+  expectFound(appSearches, search, ODLEXTObject::eAppSearch);
+  expectFound(ccpSearches, ccp, ODLEXTObject::eCCPSearch);
+
+  signatures.Delete(signature);
+  dirs.Delete(dir);
+  EXPECT_FALSE(appSearches.HasSignature(search));
+  EXPECT_EQ(appSearches.GetSignatureTypes(search), eSignatureInRegLocator);
+  expectErrorWithEntry([&] { appSearches.GetSignature(search); },
+                       ODLEXDatabaseError::eSignatureNotFound, ODLEXTObject::eAppSearch, search);
+  EXPECT_EQ(ccpSearches.GetSignatureTypes(addRow(ccpSearches, MSIECCPSearch(u"Nowhere"))),
+            eNoSignatureType);
+}
+
+// FileSFPCatalog, MsiAssembly, MsiAssemblyName and merge-module rows, one of each table deleted,
+// the others of more than one owner; module rows belong to the module of the same ID and language.
+TEST_F(RowsByOwnerTest, AssemblyAndModuleRows) {
+  ODLEXDatabase& db = openPackage();
+  ODLEXTMsiAssembly& assemblies = db.GetMsiAssembly();
+  ODLEXTMsiAssemblyName& names = db.GetMsiAssemblyName();
+  ODLEXTFileSFPCatalog& catalogs = db.GetFileSFPCatalog();
+  ODLEXTModuleIgnoreTable& ignored = db.GetModuleIgnoreTable();
+  ODLEXTModuleExclusion& exclusions = db.GetModuleExclusion();
+  MSIEMsiAssembly& assembly = addRow(assemblies, MSIEMsiAssembly(u"MainExe"));
+  MSIEMsiAssemblyName& name = addRow(names, MSIEMsiAssemblyName(u"MainExe", u"Name"));
+  names.Delete(addRow(names, MSIEMsiAssemblyName(u"MainExe", u"Culture")));
+  addRow(names, MSIEMsiAssemblyName(u"Docs", u"Name"));
+  MSIEFileSFPCatalog& catalog = addRow(catalogs, MSIEFileSFPCatalog(u"MainExe", u"app.cat"));
+  catalogs.Delete(addRow(catalogs, MSIEFileSFPCatalog(u"MainExe", u"old.cat")));
+  addRow(catalogs, MSIEFileSFPCatalog(u"Readme", u"app.cat"));
+  MSIEModuleComponents& component =
+      addRow(db.GetModuleComponents(), MSIEModuleComponents(u"MainExe", u"Module.GUID", 1033));
+  addRow(db.GetModuleComponents(), MSIEModuleComponents(u"Docs", u"Module.GUID", 1031));
+  MSIEModuleDependency& dependency = addRow(
+      db.GetModuleDependency(), MSIEModuleDependency(u"Module.GUID", 1033, u"Runtime.GUID", 0));
+  addRow(db.GetModuleDependency(), MSIEModuleDependency(u"Other.GUID", 1033, u"Runtime.GUID", 0));
+  exclusions.Delete(addRow(exclusions, MSIEModuleExclusion(u"Module.GUID", 1033, u"Old.GUID", 0)));
+  MSIEModuleIgnoreTable& ignoredRow = addRow(ignored, MSIEModuleIgnoreTable(u"Registry"));
+  MSIEComponent& main = *db.GetComponent().Lookup(u"MainExe");
+  MSIEComponent& docs = *db.GetComponent().Lookup(u"Docs");
+  const MSIEModuleSignature module(u"Module.GUID", 1033);
+
+  const Lookup lookups[] = {
+      {[&] { return &assemblies.GetEntry(main); }, [&] { assemblies.GetEntry(docs); }, 61,
+       &assembly, &docs, ODLEXTObject::eComponent},
+      {[&] { return &assemblies.GetWithComponentID(u"MainExe"); },
+       [&] { assemblies.GetWithComponentID(u"Docs"); }, 61, &assembly},
+      {[&] { return &names.GetWithCompIDAndName(u"MainExe", u"Name"); },
+       [&] { names.GetWithCompIDAndName(u"MainExe", u"Culture"); }, 62, &name},
+      {[&] { return &catalogs.GetEntry(u"MainExe", u"app.cat"); },
+       [&] { catalogs.GetEntry(u"MainExe", u"old.cat"); }, 59, &catalog},
+      {[&] { return &ignored.GetModuleIgnoreTableWithID(u"Registry"); },
+       [&] { ignored.GetModuleIgnoreTableWithID(u"Shortcut"); }, 37, &ignoredRow},
+  };
+  expectLookups(lookups);
+
+  const Collector collectors[] = {
+      {[&](RWBTree& tree) { names.GetEntries(tree, main); }, {&name}},
+      {[&](RWBTree& tree) { catalogs.GetEntries(tree, *db.GetFile().Lookup(u"MainExe")); },
+       {&catalog}},
+      {[&](RWBTree& tree) { db.GetModuleComponents().GetModuleComponents(tree, module); },
+       {&component}},
+      {[&](RWBTree& tree) { db.GetModuleDependency().GetModuleDependencies(tree, module); },
+       {&dependency}},
+      {[&](RWBTree& tree) { exclusions.GetModuleExclusions(tree, module); }, {}},
+  };
+  expectCollectors(collectors);
+}
+
+MSIEUpgradedImages upgradedOf(const char16_t* key, const char16_t* family) {
+  MSIEUpgradedImages row(key);
+  row.SetFamily(family);
+  return row;
+}
+
+MSIETargetImages targetOf(const char16_t* key, const char16_t* upgraded) {
+  MSIETargetImages row(key);
+  row.SetUpgraded(upgraded);
+  return row;
+}
+
+// Families FAM and OTHER, upgraded images U1 (FAM) and U2 (OTHER), target images T1 (from U1) and
+// T2 (from U2), and one file "app" of each kind of file row.
+TEST_F(RowsByOwnerTest, PatchCreationRowsByKeyAndByImage) {
+  ODLEXDatabase& db = openPackage();
+  ODLEXTExternalFiles& external = db.GetExternalFiles();
+  ODLEXTFamilyFileRanges& ranges = db.GetFamilyFileRanges();
+  ODLEXTImageFamilies& families = db.GetImageFamilies();
+  ODLEXTTargetImages& targets = db.GetTargetImages();
+  ODLEXTTargetFiles_OptionalData& targetFiles = db.GetTargetFiles_OptionalData();
+  ODLEXTUpgradedImages& upgraded = db.GetUpgradedImages();
+  ODLEXTUpgradedFilesToIgnore& ignored = db.GetUpgradedFilesToIgnore();
+  ODLEXTUpgradedFiles_OptionalData& upgradedFiles = db.GetUpgradedFiles_OptionalData();
+  MSIEImageFamilies family(u"FAM");
+  family.SetMediaSrcPropName(u"FAMSRC");
+  MSIEImageFamilies& fam = addRow(families, family);
+  addRow(families, MSIEImageFamilies(u"OTHER"));
+  MSIEUpgradedImages& u1 = addRow(upgraded, upgradedOf(u"U1", u"FAM"));
+  addRow(upgraded, upgradedOf(u"U2", u"OTHER"));
+  MSIETargetImages& t1 = addRow(targets, targetOf(u"T1", u"U1"));
+  addRow(targets, targetOf(u"T2", u"U2"));
+  addRow(external, MSIEExternalFiles(u"FAM", u"app", u"C:\\old\\app.exe"));
+  addRow(ranges, MSIEFamilyFileRanges(u"FAM", u"app"));
+  MSIETargetFiles_OptionalData& targetFile =
+      addRow(targetFiles, MSIETargetFiles_OptionalData(u"T1", u"app"));
+  addRow(ignored, MSIEUpgradedFilesToIgnore(u"U1", u"app"));
+  addRow(upgradedFiles, MSIEUpgradedFiles_OptionalData(u"U1", u"app"));
+  addRow(db.GetProperties(), MSIEProperties(u"PatchGUID"));
+
+  const Lookup lookups[] = {
+      {[&] { return &external.GetEntry(u"FAM", u"app", u"C:\\old\\app.exe"); },
+       [&] { external.GetEntry(u"FAM", u"app", u"C:\\app.exe"); }, 68},
+      {[&] { return &external.GetWithFamily(u"FAM"); }, [&] { external.GetWithFamily(u"OTHER"); },
+       68},
+      {[&] { return &ranges.GetEntry(u"FAM", u"app"); }, [&] { ranges.GetEntry(u"OTHER", u"app"); },
+       73},
+      {[&] { return &ranges.GetWithFamily(u"FAM"); }, [&] { ranges.GetWithFamily(u"fam"); }, 73},
+      {[&] { return &families.GetWithFamily(u"FAM"); }, [&] { families.GetWithFamily(u"NONE"); },
+       69},
+      {[&] { return &families.GetWithMediaSrcPropName(u"FAMSRC"); },
+       [&] { families.GetWithMediaSrcPropName(u"FAM"); }, 69, &fam},
+      {[&] { return &targets.GetWithTarget(u"T1"); }, [&] { targets.GetWithTarget(u"U1"); }, 70},
+      {[&] { return &targets.GetWithUpgraded(u"U1"); }, [&] { targets.GetWithUpgraded(u"T1"); }, 70,
+       &t1},
+      {[&] { return &targetFiles.GetEntry(u"T1", u"app"); },
+       [&] { targetFiles.GetEntry(u"T2", u"app"); }, 74},
+      {[&] { return &targetFiles.GetWithTarget(u"T1"); }, [&] { targetFiles.GetWithTarget(u"T2"); },
+       74},
+      {[&] { return &upgraded.GetWithUpgraded(u"U1"); }, [&] { upgraded.GetWithUpgraded(u"FAM"); },
+       72},
+      {[&] { return &upgraded.GetWithFamily(u"FAM"); }, [&] { upgraded.GetWithFamily(u"U1"); }, 72},
+      {[&] { return &ignored.GetEntry(u"U1", u"app"); }, [&] { ignored.GetEntry(u"U2", u"app"); },
+       76},
+      {[&] { return &ignored.GetWithUpgraded(u"U1"); }, [&] { ignored.GetWithUpgraded(u"U2"); },
+       76},
+      {[&] { return &upgradedFiles.GetEntry(u"U1", u"app"); },
+       [&] { upgradedFiles.GetEntry(u"U1", u"App"); }, 75},
+      {[&] { return &upgradedFiles.GetWithUpgraded(u"U1"); },
+       [&] { upgradedFiles.GetWithUpgraded(u"U2"); }, 75},
+      {[&] { return &db.GetProperties().GetWithName(u"PatchGUID"); },
+       [&] { db.GetProperties().GetWithName(u"PatchGuid"); }, 71},
+  };
+  expectLookups(lookups);
+
+  upgraded.Delete(addRow(upgraded, upgradedOf(u"U3", u"FAM")));
+  families.Delete(families.GetWithFamily(u"OTHER"));
+  const Collector collectors[] = {
+      {[&](RWBTree& tree) { upgraded.GetEntries(tree, fam); }, {&u1}},
+      {[&](RWBTree& tree) { families.GetEntries(tree); }, {&fam}},
+      {[&](RWBTree& tree) { targets.GetEntries(tree, u1); }, {&t1}},
+      {[&](RWBTree& tree) { targetFiles.GetEntries(tree, t1); }, {&targetFile}},
+  };
+  expectCollectors(collectors);
+  EXPECT_EQ(upgraded.GetEntries().entries(), 3u) << "the table's own rows, deleted included";
+}
+
+MSIERadioButton buttonOf(const char16_t* property, short order) {
+  MSIERadioButton row(property, order);
+  row.SetValue(TalString::FromInt(order));
+  return row;
+}
+
+TEST_F(RowsByOwnerTest, EventsOfAControlWithOneArgumentAndOfADialog) {
+  ODLEXDatabase& db = openPackage();
+  ODLEXTControlEvent& events = db.GetControlEvent();
+  MSIEControlEvent& toLicense =
+      addRow(events, MSIEControlEvent(u"Welcome", u"Next", u"NewDialog", u"License", u"1"));
+  MSIEControlEvent& toLicenseAgain =
+      addRow(events, MSIEControlEvent(u"Welcome", u"Next", u"NewDialog", u"License", u"Accepted"));
+  MSIEControlEvent& toSetup =
+      addRow(events, MSIEControlEvent(u"Welcome", u"Next", u"NewDialog", u"Setup", u"Custom"));
+  MSIEControlEvent& cancel =
+      addRow(events, MSIEControlEvent(u"Welcome", u"Cancel", u"SpawnDialog", u"License", u"1"));
+  addRow(events, MSIEControlEvent(u"License", u"Back", u"NewDialog", u"Welcome", u"1"));
+  events.Delete(toLicenseAgain);
+
+  RWBTree ofNext;
+  events.GetControlArgumentEntries(ofNext, MSIEControl(u"Welcome", u"Next"), u"License");
+  EXPECT_EQ(itemsOf(ofNext), (std::set<RWCollectable*>{&toLicense}));
+
+  RWBTree ofWelcome;
+  events.GetDialogEntries(ofWelcome, MSIEDialog(u"Welcome"));
+  EXPECT_EQ(itemsOf(ofWelcome), (std::set<RWCollectable*>{&toLicense, &toSetup, &cancel}));
+}
+
+TEST_F(RowsByOwnerTest, RadioGroupChangedUntilWrittenWhenAButtonIsAddedOrDeleted) {
+  ODLEXDatabase& db = openPackage();
+  ODLEXTRadioButton& buttons = db.GetRadioButton();
+  buttons.Add(buttonOf(u"SETUPTYPE", 1));
+  MSIERadioButton& second = addRow(buttons, buttonOf(u"SETUPTYPE", 2));
+  buttons.Add(buttonOf(u"LICENSE", 1));
+  EXPECT_TRUE(buttons.Changed(u"SETUPTYPE"));
+  EXPECT_FALSE(buttons.Changed(u"UNKNOWN"));
+
+  ASSERT_TRUE(db.SaveChanges());
+  EXPECT_FALSE(buttons.Changed(u"SETUPTYPE"));
+  EXPECT_FALSE(buttons.Changed(u"LICENSE"));
+
+  buttons.Delete(second);
+  EXPECT_TRUE(buttons.Changed(u"SETUPTYPE"));
+  EXPECT_FALSE(buttons.Changed(u"LICENSE"));
+}
+
+}  // namespace
+}  // namespace odlex::test
