@@ -86,13 +86,31 @@ class DatabaseTest : public ::testing::Test {
   std::filesystem::path file(const std::string& name) const { return dir_ / name; }
   // The test's copy of the package, opened in place.
   ODLEXDatabase& openPackage() { return ODLEXDatabase::AddDatabaseToList(text(package_)); }
-  // A copy of the wixl-built package in the test's folder (wixl.msi), opened in place.
-  ODLEXDatabase& openWixl() {
+  // A copy of the wixl-built package in the test's folder (`name`), opened in place.
+  ODLEXDatabase& openWixl(const std::string& name = "wixl.msi") {
     const BuiltPackage& built = testPackage(PackageKind::kWixl);
     EXPECT_FALSE(built.file.empty()) << built.error;
-    std::filesystem::copy_file(built.file, file("wixl.msi"),
+    std::filesystem::copy_file(built.file, file(name),
                                std::filesystem::copy_options::overwrite_existing);
-    return ODLEXDatabase::AddDatabaseToList(text(file("wixl.msi")));
+    return ODLEXDatabase::AddDatabaseToList(text(file(name)));
+  }
+
+  // A new, empty database declaring schema `version`, written to `name` in the test's folder and
+  // opened in place.
+  ODLEXDatabase& openNewDatabase(const std::string& name, eSchemaVersion version) {
+    MSIDatabase created(version);
+    EXPECT_EQ(created.open(text(file(name)), MSIDatabase::ePersistCreate), 0u);
+    EXPECT_EQ(created.commit(), 0u);
+    created.close(false);
+    return ODLEXDatabase::AddDatabaseToList(text(file(name)));
+  }
+
+  // Imports the table text `idt` into the package at `path` and saves it.
+  void importTable(const std::filesystem::path& path, const std::string& idt) {
+    writeFileBytes(file("import.idt"), idt);
+    MSIDatabase lower(text(path), MSIDatabase::ePersistDirect);
+    EXPECT_EQ(lower.Import(text(file("import.idt"))), 0u);
+    EXPECT_EQ(lower.commit(), 0u);
   }
 
   // Copies the package to `name` in the test's folder; empty when it could not be built.

@@ -13,18 +13,7 @@ namespace {
 using Error = ODLEXDatabaseError;
 using Type = ODLEXTObject::typeID;
 
-class DatabaseTablesTest : public DatabaseTest {
- protected:
-  // A new, empty database declaring schema `version`, opened through the list.
-  ODLEXDatabase& databaseOfSchema(eSchemaVersion version) {
-    const std::filesystem::path path = file("schema" + std::to_string(version) + ".msi");
-    MSIDatabase created(version);
-    EXPECT_EQ(created.open(text(path), MSIDatabase::ePersistCreate), 0u);
-    EXPECT_EQ(created.commit(), 0u);
-    created.close(false);
-    return ODLEXDatabase::AddDatabaseToList(text(path));
-  }
-};
+class DatabaseTablesTest : public DatabaseTest {};
 
 TEST_F(DatabaseTablesTest, EachTableTypeHasOneObjectLoadedOnDemand) {
   ODLEXDatabase& db = openPackage();
@@ -45,12 +34,12 @@ TEST_F(DatabaseTablesTest, EachTableTypeHasOneObjectLoadedOnDemand) {
 // Which tables a schema holds is decided in full by tableFitsSchema (checked against the
 // catalog below); a database goes by the schema it declares.
 TEST_F(DatabaseTablesTest, TablesOfNewerSchemasAreRefusedByOlderDatabases) {
-  ODLEXDatabase& schema120 = databaseOfSchema(eSchema120);
+  ODLEXDatabase& schema120 = openNewDatabase("schema120.msi", eSchema120);
   EXPECT_FALSE(ODLEXDatabase::CanCreateTable(ODLEXTObject::eMsiFileHash, schema120));
   EXPECT_EQ(thrownCode([&] { schema120.GetMsiFileHash(); }), Error::eTableNotInSchema);
   EXPECT_NO_THROW(schema120.GetFileSFPCatalog());
 
-  ODLEXDatabase& schema200 = databaseOfSchema(eSchema200);
+  ODLEXDatabase& schema200 = openNewDatabase("schema200.msi", eSchema200);
   EXPECT_TRUE(schema200.IsTableValid(ODLEXTObject::eMsiFileHash));
   EXPECT_NO_THROW(schema200.GetMsiFileHash());
 }

@@ -86,7 +86,7 @@ TEST_F(ComponentTableTest, DeleteRemovesExactlyTheComponentsRows) {
 }
 
 TEST_F(ComponentTableTest, AddSeveralIntoADirectory) {
-  ODLEXDatabase& db = openWixl();
+  ODLEXDatabase& db = openPackage();
   ODLEXTComponent& components = db.GetComponent();
   MSIEDirectory& dir = *db.GetDirectory().Lookup(TalString(u"INSTALLDIR"));
   components.Add(3, dir);
@@ -110,9 +110,9 @@ TEST_F(ComponentTableTest, AddSeveralIntoADirectory) {
 
 // Validity codes, and the key path that names no row.
 TEST_F(ComponentTableTest, ValidityCodes) {
-  ODLEXDatabase& db = openWixl();
+  ODLEXDatabase& db = openPackage();
   ODLEXTComponent& components = db.GetComponent();
-  MSIEComponent row(components.GetComponentWithID(u"ReadmeDoc"));
+  MSIEComponent row(components.GetComponentWithID(u"Docs"));
   struct Case {
     const char16_t* guid;
     const char16_t* keyPath;
@@ -139,9 +139,9 @@ TEST_F(ComponentTableTest, ValidityCodes) {
 // Change revives a deleted row only when something differs; the record rebuilds the
 // attributes and does not assign registryKeyPath.
 TEST_F(ComponentTableTest, ChangeAndTheAttributeRecord) {
-  ODLEXDatabase& db = openWixl();
+  ODLEXDatabase& db = openPackage();
   ODLEXTComponent& components = db.GetComponent();
-  MSIEComponent& row = components.GetComponentWithID(u"ReadmeDoc");
+  MSIEComponent& row = components.GetComponentWithID(u"Docs");
   row.Delete();
   EXPECT_FALSE(components.Change(row, MSIEComponent(row)));
   EXPECT_TRUE(row.IsDeleted());
@@ -160,7 +160,7 @@ TEST_F(ComponentTableTest, ChangeAndTheAttributeRecord) {
   EXPECT_EQ(row.GetAttributes(),
             msidbComponentAttributesPermanent | msidbComponentAttributesTransitive);
 
-  ODLEXComponentInfo registry(components.GetComponentWithID(u"ProgramMenuDir"));
+  ODLEXComponentInfo registry(components.GetComponentWithID(u"Helpers"));
   EXPECT_TRUE(registry.registryKeyPath);
   info = registry;
   EXPECT_FALSE(info.registryKeyPath);
@@ -185,12 +185,7 @@ TEST_F(ComponentTableTest, VersionAndMergeModuleGates) {
   int n = 0;
   for (const auto& c : cases) {
     SCOPED_TRACE(std::to_string(c.version) + (c.mergeModule ? " module" : ""));
-    const std::filesystem::path path = file("gate" + std::to_string(n++) + ".msi");
-    MSIDatabase created(c.version);
-    ASSERT_EQ(created.open(text(path), MSIDatabase::ePersistCreate), 0u);
-    ASSERT_EQ(created.commit(), 0u);
-    created.close(false);
-    ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(path));
+    ODLEXDatabase& db = openNewDatabase("gate" + std::to_string(n++) + ".msi", c.version);
     db.SetMergeModule(c.mergeModule);
     MSIEComponent& main = addRow(db.GetComponent(), MSIEComponent(u"", u"", u"TARGETDIR"));
     const TalString key = main.GetComponentID();

@@ -64,13 +64,7 @@ TEST_F(InstallTablesTest, RowsByKeyAndByComponent) {
 
 // The Complus table object cannot add rows: the package gets one by import.
 TEST_F(InstallTablesTest, ComplusEntryOfAComponentOrTheComponentInTheError) {
-  writeFileBytes(dir_ / "Complus.idt",
-                 "Component_\tExpType\ns72\tI2\nComplus\tComponent_\tExpType\nDocs\t1\n");
-  {
-    MSIDatabase lower(text(package()), MSIDatabase::ePersistDirect);
-    ASSERT_EQ(lower.Import(text(dir_ / "Complus.idt")), 0u);
-    ASSERT_EQ(lower.commit(), 0u);
-  }
+  importTable(package(), "Component_\tExpType\ns72\tI2\nComplus\tComponent_\tExpType\nDocs\t1\n");
   ODLEXDatabase& db = openPackage();
 
   ODLEXTComplus& complus = db.GetComplus();

@@ -21,14 +21,6 @@ class ProductActionsTest : public DatabaseTest {
     DatabaseTest::TearDown();
   }
 
-  // A copy of the oracle package of `kind`, opened in place under the name `name`.
-  ODLEXDatabase& openCopy(PackageKind kind, const std::string& name) {
-    const BuiltPackage& built = testPackage(kind);
-    EXPECT_FALSE(built.file.empty()) << built.error;
-    std::filesystem::copy_file(built.file, file(name));
-    return ODLEXDatabase::AddDatabaseToList(text(file(name)));
-  }
-
   // A merge module holding only `sequence`, the rows of its ModuleInstallExecuteSequence.
   ODLEXDatabase& openModule(const std::string& sequence) {
     const std::filesystem::path idts = dir_ / "module-idt";
@@ -101,7 +93,7 @@ TEST_F(ProductActionsTest, NoDllNoActions) {
 }
 
 TEST_F(ProductActionsTest, ScheduledBeforeInstallFinalizeInAPackage) {
-  ODLEXDatabase& db = openCopy(PackageKind::kWixl, "wixl.msi");
+  ODLEXDatabase& db = openWixl();
   useDll();
   ODLEXTCustomAction& actions = db.GetCustomAction();
   ODLEXTInstallExecuteSequence& sequence = db.GetInstallExecuteSequence();
@@ -236,7 +228,7 @@ TEST_F(ProductActionsTest, TextFileTablesScheduleTheirActionsWhenWritten) {
   useDll();
   for (std::size_t i = 0; i < std::size(cases); ++i) {
     SCOPED_TRACE(testing::Message() << "case #" << i);
-    ODLEXDatabase& db = openCopy(PackageKind::kWixl, "text" + std::to_string(i) + ".msi");
+    ODLEXDatabase& db = openWixl("text" + std::to_string(i) + ".msi");
     cases[i].addRow(db);
     ASSERT_TRUE(db.SaveChanges());
     ODLEXTInstallExecuteSequence& sequence = db.GetInstallExecuteSequence();

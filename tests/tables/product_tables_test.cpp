@@ -58,17 +58,12 @@ TEST_F(ProductTablesTest, ChangeLogFollowsTheSwitchAndThePackagesKeyword) {
 }
 
 TEST_F(ProductTablesTest, VersionRangesIncludeBothEnds) {
-  writeFileBytes(file("idt/_ZrActionInformation.idt"),
-                 "Action\tVerFirst\tVerLast\tSequence\tDescription\r\n"
-                 "s72\ti2\ti2\tI2\tL255\r\n"
-                 "_ZrActionInformation\tAction\r\n"
-                 "Old\t100\t200\t\t\r\nMid\t200\t300\t\t\r\nNew\t300\t500\t\t\r\n"
-                 "Gone\t100\t500\t\t\r\n");
-  {
-    MSIDatabase lower(text(package()), MSIDatabase::ePersistDirect);
-    ASSERT_EQ(lower.Import(text(file("idt/_ZrActionInformation.idt"))), 0u);
-    ASSERT_EQ(lower.commit(), 0u);
-  }
+  importTable(package(),
+              "Action\tVerFirst\tVerLast\tSequence\tDescription\r\n"
+              "s72\ti2\ti2\tI2\tL255\r\n"
+              "_ZrActionInformation\tAction\r\n"
+              "Old\t100\t200\t\t\r\nMid\t200\t300\t\t\r\nNew\t300\t500\t\t\r\n"
+              "Gone\t100\t500\t\t\r\n");
   ODLEXT_ZrActionInformation& table = openPackage().Get_ZrActionInformation();
   for (RWCollectable* item : table.GetEntries()) {
     auto& row = static_cast<MSIE_ZrActionInformation&>(*item);

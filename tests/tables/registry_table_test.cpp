@@ -10,10 +10,7 @@ namespace {
 class RegistryTableTest : public DatabaseTest {};
 
 TEST_F(RegistryTableTest, RootsTextsAndKeyPaths) {
-  const BuiltPackage& built = testPackage(PackageKind::kWixl);
-  ASSERT_FALSE(built.file.empty()) << built.error;
-  std::filesystem::copy_file(built.file, file("wixl.msi"));
-  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(file("wixl.msi")));
+  ODLEXDatabase& db = openWixl();
   ODLEXTRegistry& registry = db.GetRegistry();
 
   const std::pair<short, const char*> roots[] = {{0, "HKCR"}, {1, "HKCU"},       {2, "HKLM"},

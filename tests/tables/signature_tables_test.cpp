@@ -120,10 +120,7 @@ TEST_F(FileHashTest, RefreshAddsThenChangesOnlyWhenTheFileChanged) {
 // The hashes of every file of the wixl package, each source file given distinct content,
 // equal those Python's hashlib gives (MD5, four little-endian signed 32-bit parts).
 TEST_F(FileHashTest, HashesOfAWixlPackageMatchPython) {
-  const BuiltPackage& wixl = testPackage(PackageKind::kWixl);
-  ASSERT_FALSE(wixl.file.empty()) << wixl.error;
-  std::filesystem::copy_file(wixl.file, dir_ / "wixl.msi");
-  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(dir_ / "wixl.msi"));
+  ODLEXDatabase& db = openWixl();
   ODLEXTMsiFileHash& hashes = db.GetMsiFileHash();
   std::vector<std::string> paths;
   std::map<std::string, std::string> ours;
