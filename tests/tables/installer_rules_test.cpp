@@ -6,54 +6,32 @@
 #include <vector>
 
 #include "common/RowText.h"
-#include "common/SmallPackage.h"
 #include "tables/TableTestSupport.h"
 
 namespace odlex::test {
 namespace {
 
-class InstallerRulesTest : public ::testing::Test {
+// On a copy of the idt package: file MainExe (IDTAPP~1.EXE|idt app.exe) of component MainExe, in
+// BinDir = [ProgramFilesFolder]IDTPROD|Idt Product\bin.
+class InstallerRulesTest : public DatabaseTest {
  protected:
   void SetUp() override {
-    ODLEXDatabase::INIT();
-    writeSmallPackage(dir_ / "package.msi", "Product", "payload");
-    db_ = &ODLEXDatabase::AddDatabaseToList(text(dir_ / "package.msi"));
-  }
-  void TearDown() override { ODLEXDatabase::KillDatabaseList(); }
-
-  // The folder INSTALLDIR = [ProgramFilesFolder]Vendor\, a component in it and its file App;
-  // returns the component's key (made by the table).
-  std::u16string addInstalledFile() {
-    ODLEXTDirectory& folders = db_->GetDirectory();
-    folders.Add(folder(u"TARGETDIR", u"", u"SourceDir"));
-    folders.Add(folder(u"ProgramFilesFolder", u"TARGETDIR", u"."));
-    folders.Add(folder(u"INSTALLDIR", u"ProgramFilesFolder", u"Vendor"));
-    db_->GetComponent().Add(MSIEComponent(u"", ODLEXTObject::GenerateGUID(), u"INSTALLDIR"));
-    const std::u16string component =
-        static_cast<MSIEComponent*>(*db_->GetComponent().GetTempEntries().begin())
-            ->GetComponentID()
-            .u16();
-    MSIEFile app(u"App");
-    app.SetComponent(component);
-    app.SetFileName(u"APP~1.EXE|app.exe");
-    db_->GetFile().Add(app);
-    return component;
+    DatabaseTest::SetUp();
+    db_ = &openPackage();
   }
 
-  TempDir dir_;
   ODLEXDatabase* db_ = nullptr;
 };
 
 TEST_F(InstallerRulesTest, ExpandAnswersTheFormsThePackageHolds) {
-  const std::u16string componentReference = u"[$" + addInstalledFile() + u"] [PB]";
   // Properties are formatted as the lower layer formats them (translate_test); these are the
   // forms only the package can answer.
   ODLEXTProperty& properties = db_->GetProperty();
   properties.SetValue(u"PB", u"x");
   const std::vector<std::pair<const char16_t*, const char16_t*>> cases = {
-      {u"[#App]", u"[ProgramFilesFolder]Vendor\\app.exe"},
-      {u"[!App]", u"[ProgramFilesFolder]Vendor\\app.exe"},
-      {componentReference.c_str(), u"[ProgramFilesFolder]Vendor\\ x"},
+      {u"[#MainExe]", u"[ProgramFilesFolder]Idt Product\\bin\\idt app.exe"},
+      {u"[!MainExe]", u"[ProgramFilesFolder]Idt Product\\bin\\idt app.exe"},
+      {u"[$MainExe] [PB]", u"[ProgramFilesFolder]Idt Product\\bin\\ x"},
       {u"[#Gone] [$Gone] [Unset]", u"[#Gone] [$Gone] [Unset]"},
   };
   for (const auto& [text, expanded] : cases) {
@@ -63,18 +41,18 @@ TEST_F(InstallerRulesTest, ExpandAnswersTheFormsThePackageHolds) {
 }
 
 TEST_F(InstallerRulesTest, IconsAreFoundByTheFileTheirDataCameFrom) {
-  const std::filesystem::path source = dir_ / "app.ico";
+  const std::filesystem::path source = file("app.ico");
   writeFileBytes(source, "icon");
   ODLEXTIcon& icons = db_->GetIcon();
   icons.Add(u"FromFile", text(source));
   ASSERT_EQ(icons.GetTempEntries().entries(), 1u);
   EXPECT_EQ(&icons.GetIconWithSourceFile(text(source)), *icons.GetTempEntries().begin());
-  icons.Add(u"Missing", text(dir_ / "missing.ico"));
+  icons.Add(u"Missing", text(file("missing.ico")));
   EXPECT_EQ(icons.GetTempEntries().entries(), 0u);
   // Rows read from the package came from no file, not from the empty path.
   ASSERT_TRUE(db_->SaveChanges());
   db_->Reload();
-  for (const TalString& unknown : {TalString(u""), text(source), text(dir_ / "other.ico")})
+  for (const TalString& unknown : {TalString(u""), text(source), text(file("other.ico"))})
     EXPECT_EQ(thrownCode([&] { icons.GetIconWithSourceFile(unknown); }),
               ODLEXDatabaseError::eIconNotFound);
 }

@@ -6,7 +6,6 @@
 #include <memory>
 #include <tuple>
 
-#include "common/SmallPackage.h"
 #include "tables/TableTestSupport.h"
 
 namespace odlex::test {
@@ -32,14 +31,12 @@ std::map<int, std::string> savedErrors(const std::filesystem::path& path) {
   return rows;
 }
 
-class TableObjectLifetimeTest : public ::testing::Test {
+class TableObjectLifetimeTest : public DatabaseTest {
  protected:
   void SetUp() override {
-    ODLEXDatabase::INIT();
-    writeSmallPackage(path_, "Product", "payload");
-    db_ = &ODLEXDatabase::AddDatabaseToList(text(path_));
+    DatabaseTest::SetUp();
+    db_ = &openPackage();
   }
-  void TearDown() override { ODLEXDatabase::KillDatabaseList(); }
 
   // Saves Error rows 1 and 2 and opens the package again.
   void saveTwoErrors() {
@@ -47,11 +44,9 @@ class TableObjectLifetimeTest : public ::testing::Test {
     db_->GetError().Add(errorRow(2, u"two"));
     ASSERT_TRUE(db_->SaveChanges());
     db_->RemoveFromList(false);
-    db_ = &ODLEXDatabase::AddDatabaseToList(text(path_));
+    db_ = &openPackage();
   }
 
-  TempDir dir_;
-  std::filesystem::path path_ = dir_ / "package.msi";
   ODLEXDatabase* db_ = nullptr;
 };
 
@@ -96,7 +91,7 @@ TEST_F(TableObjectLifetimeTest, RowsEditedBeforeTheTableIsLoadedAreKept) {
   EXPECT_EQ(itemsOf(bound.GetEntries()).count(&added), 1u);
   EXPECT_EQ(replacing.GetMessage(), u"second two");
   ASSERT_TRUE(db_->SaveChanges());
-  EXPECT_EQ(savedErrors(path_),
+  EXPECT_EQ(savedErrors(package()),
             (std::map<int, std::string>{{1, "one"}, {2, "second two"}, {3, "three"}}));
 }
 
@@ -120,7 +115,7 @@ TEST_F(TableObjectLifetimeTest, KeyChangesToAKeyAnotherRowHoldsChangeNothing) {
   }
   EXPECT_EQ(met, (std::vector<int>{1, 2}));
   ASSERT_TRUE(db_->SaveChanges());
-  EXPECT_EQ(savedErrors(path_), (std::map<int, std::string>{{11, "one"}, {12, "two"}}));
+  EXPECT_EQ(savedErrors(package()), (std::map<int, std::string>{{11, "one"}, {12, "two"}}));
 }
 
 TEST_F(TableObjectLifetimeTest, ACopyMadeBeforeAReloadEditsTheReloadedTable) {
@@ -129,7 +124,7 @@ TEST_F(TableObjectLifetimeTest, ACopyMadeBeforeAReloadEditsTheReloadedTable) {
   copy->Add(errorRow(7, u"from the copy"));
   EXPECT_TRUE(db_->IsModified());
   ASSERT_TRUE(db_->SaveChanges());
-  EXPECT_EQ(savedErrors(path_), (std::map<int, std::string>{{7, "from the copy"}}));
+  EXPECT_EQ(savedErrors(package()), (std::map<int, std::string>{{7, "from the copy"}}));
 }
 
 }  // namespace
