@@ -3,7 +3,6 @@
 
 #include <stdlib.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -71,16 +70,10 @@ TEST_F(TableFilesTest, ExportedTablesImportIntoAnotherPackage) {
   EXPECT_FALSE(ODLEXDatabase::ExportMSI(text(file("missing.msi")), text(file("none")) + u"/"));
   EXPECT_FALSE(fs::exists(file("none_SummaryInformation.idt")));
 
+  // What the files hold is the table-text layer's (idt tests, msibuild's re-import in export_test).
   MSIDatabase copy(text(file("copy.msi")), MSIDatabase::ePersistCreate);
   EXPECT_TRUE(ODLEXDatabase::ImportTableFromFile(copy, text(out / "Property.idt")));
   EXPECT_FALSE(ODLEXDatabase::ImportTableFromFile(copy, text(out / "Nothing.idt")));
-  ASSERT_EQ(copy.commit(), 0u);
-  auto sortedRows = [](const fs::path& path) {
-    std::vector<std::string> rows = msiinfoRows(path, "Property");
-    std::sort(rows.begin(), rows.end());
-    return rows;
-  };
-  EXPECT_EQ(sortedRows(file("copy.msi")), sortedRows(package()));
 }
 
 }  // namespace
