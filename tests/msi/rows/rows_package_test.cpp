@@ -76,11 +76,6 @@ INSTANTIATE_TEST_SUITE_P(Packages, RowsPackageTest,
                                            PackageKind::kSample, PackageKind::kVersion4),
                          packageTestName);
 
-MSIBinary bytes(const std::string& data) {
-  return MSIBinary(reinterpret_cast<const unsigned char*>(data.data()),
-                   static_cast<unsigned long>(data.size()));
-}
-
 // Edits on a private copy of the msibuild package made from tests/oracle/fixtures/idt.
 class RowsEditTest : public PackageCopyTest {
  protected:
