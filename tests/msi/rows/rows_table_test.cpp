@@ -195,15 +195,6 @@ TEST(RowsTable, ComponentKeyComesFromTheColumnReferringToComponent) {
   EXPECT_EQ(property.GetComponentKey(), u"");
 }
 
-TEST(RowsTable, FactoryKnowsCatalogTablesOnly) {
-  EXPECT_NE(createTableObject(u"Registry"), nullptr);
-  EXPECT_EQ(createTableObject(u"Registry")->GetName(), u"Registry");
-  EXPECT_NE(createTableObject(u"_Validation"), nullptr);
-  EXPECT_NE(createTableObject(u"_Streams"), nullptr);
-  EXPECT_EQ(createTableObject(u"registry"), nullptr);
-  EXPECT_EQ(createTableObject(u"NoSuchTable"), nullptr);
-}
-
 TEST(RowsMadeKeys, ComponentKeysSkipEveryHeldKeyAndFollowTheFlags) {
   MSITComponent components;
   components.Add(u"Component1");
