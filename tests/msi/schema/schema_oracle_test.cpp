@@ -64,7 +64,8 @@ std::vector<std::string> layoutDifferences(const std::string& name,
   const TableSchema* table = findTable(engine::fromUtf8(name));
   if (!table)
     return {name + ": not in the catalog"};
-  const std::vector<std::string>& ours = test::catalogHeaders().at(name);
+  static const std::map<std::string, std::vector<std::string>> headers = test::catalogHeaders();
+  const std::vector<std::string>& ours = headers.at(name);
   if (wixlHeader.at(0) != ours[0])
     return {name + ": wixl columns " + wixlHeader[0] + ", catalog " + ours[0]};
   const std::vector<std::string> names = test::splitCells(ours[0]);
