@@ -85,10 +85,8 @@ TEST_F(LowerPackageTest, OpenIntoOutputNeverWritesTheSource) {
   ASSERT_EQ(db.commit(), 0u);
   EXPECT_EQ(readFileBytes(package_), before);
 
-  const std::vector<std::string> tables = msiinfoPersistentTables(output);
-  EXPECT_NE(std::find(tables.begin(), tables.end(), "Icon"), tables.end());
-
-  // Re-opening after that commit reads the output, which has the change, and keeps the paths.
+  // Re-opening after that commit reads the output, which has the change (what the output holds
+  // is the engine's test), and keeps the paths.
   db.close(false);
   ASSERT_EQ(db.open(), 0u);
   EXPECT_EQ(db.getInPath(), text(package_));

@@ -1,6 +1,6 @@
 // The Directory row classes over the directory model (whose own tests cover the paths and names
-// themselves): folder properties, deleted rows, refusals, and rows added to a package that msiinfo
-// then reads.
+// themselves): folder properties, deleted rows, refusals, and a package wixl wrote, whose paths
+// are read through the row classes and which takes added rows that msiinfo then reads.
 
 #include <gtest/gtest.h>
 
@@ -103,51 +103,80 @@ TEST(DirectoryNames, ShortTargetNameOfTheDefaultDir) {
   }
 }
 
-TEST(DirectoryPackage, AddedPathsReuseThePackageRowsAndPersist) {
-  const BuiltPackage& built = testPackage(PackageKind::kSample);
-  ASSERT_FALSE(built.file.empty()) << built.error;
+// The package wixl writes from tests/oracle/fixtures/wixl/folders.wxs, nested folders of long
+// names: the paths of its rows follow the nesting of the .wxs, adding those paths again finds
+// wixl's rows, and new folders join the chain and persist as msiinfo then reads them.
+TEST(DirectoryPackage, PathsFollowTheNestingWixlWroteAndAddedFoldersPersist) {
+  struct Expected {
+    const char16_t* key;
+    const char16_t* target;  // long target path for display
+    const char* source;      // long source path for display
+  };
+  const Expected expected[] = {
+      {u"TARGETDIR", u"[TARGETDIR]", "[SourceDir]"},
+      {u"ProgramFilesFolder", u"[ProgramFilesFolder]", "[SourceDir]"},
+      {u"VendorDir", u"[ProgramFilesFolder]Vendor Name\\", "[SourceDir]Vendor Name\\"},
+      {u"AppDir", u"[ProgramFilesFolder]Vendor Name\\Application Files\\",
+       "[SourceDir]Vendor Name\\Application Files\\"},
+      {u"BinDir", u"[ProgramFilesFolder]Vendor Name\\Application Files\\bin\\",
+       "[SourceDir]Vendor Name\\Application Files\\bin\\"},
+      {u"DeepDir",
+       u"[ProgramFilesFolder]Vendor Name\\Application Files\\Documentation.long.ext\\Very Long "
+       u"Nested Folder Name\\",
+       "[SourceDir]Vendor Name\\Application Files\\Documentation.long.ext\\Very Long Nested "
+       "Folder Name\\"},
+      {u"DataDir", u"[TARGETDIR]Shared Data\\", "[SourceDir]Shared Data\\"},
+  };
   TempDir dir;
-  const fs::path package = dir / "directory.msi";
-  fs::copy_file(built.file, package);
+  for (const char* name : {"one.txt", "two.txt", "three.txt"})
+    writeFileBytes(dir / name, name);
+  const fs::path package = dir / "folders.msi";
+  const ProcessResult built = runProcess(
+      {"wixl", "-o", package.string(), fixturePath("wixl/folders.wxs").string()}, dir.path());
+  ASSERT_TRUE(built.ok()) << built.describe();
   {
     MSIDatabase db(TalString::FromUtf8(package.string()), MSIDatabase::ePersistDirect);
     ASSERT_TRUE(db.isValid());
     MSITDirectory table;
     table.SetDatabase(db);
     ASSERT_TRUE(table.Populate()) << utf8(table.GetLastError());
-    const std::size_t before = table.GetTable().entries();
+    ASSERT_EQ(table.GetTable().entries(), 8u);
+    for (const Expected& e : expected) {
+      SCOPED_TRACE(utf8(TalString(e.key)));
+      MSIEDirectory* row = table.Find(e.key);
+      ASSERT_NE(row, nullptr);
+      EXPECT_EQ(row->GetTargetPath(true, false, false), e.target);
+      EXPECT_EQ(utf8(row->GetSourcePath(true, false, false)), e.source);
+      EXPECT_EQ(table.Add(e.target), row);
+    }
+    EXPECT_EQ(table.GetTable().entries(), 8u);
 
     // The package's own rows carry the chain; only the last folder is new.
     MSIEDirectory* plugins =
-        table.Add(u"[ProgramFilesFolder]odlex sample software\\Notepad\\Plugins");
+        table.Add(u"[ProgramFilesFolder]vendor name\\Application Files\\bin\\Plug Ins");
     ASSERT_NE(plugins, nullptr) << utf8(table.GetLastError());
-    EXPECT_EQ(utf8(plugins->GetDirectoryParent()), "INSTALLDIR");
-    EXPECT_EQ(utf8(plugins->GetTargetPath(true, false, true)),
-              "[ProgramFilesFolder]ODLEXS~1\\NOTEPAD\\Plugins\\");
-    ASSERT_NE(table.Add(u"[INSTALLDIR]Extra Tools"), nullptr);
+    EXPECT_EQ(utf8(plugins->GetDirectoryParent()), "BinDir");
+    ASSERT_NE(table.Add(u"[DataDir]Extra Tools"), nullptr);
 
     // Which paths are refused is the directory model's; the row class reports it and adds
     // nothing.
-    EXPECT_EQ(table.Add(u"[INSTALLDIR]..\\x"), nullptr);
+    EXPECT_EQ(table.Add(u"[DataDir]..\\x"), nullptr);
     const TalError* error = db.GetError();
     ASSERT_NE(error, nullptr);
     EXPECT_EQ(error->GetCode(), 87u);
     EXPECT_EQ(error->GetText(), table.GetLastError());
-    EXPECT_EQ(table.Add(u"[OtherFolder]x", u"[INSTALLDIR]Extra Tools"), nullptr);
-    EXPECT_EQ(table.GetTable().entries(), before + 2);
+    EXPECT_EQ(table.Add(u"[OtherFolder]x", u"[DataDir]Extra Tools"), nullptr);
+    EXPECT_EQ(table.GetTable().entries(), 10u);
 
     ASSERT_TRUE(table.Persist()) << utf8(table.GetLastError());
     ASSERT_EQ(db.commit(), 0u);
   }
-  const ProcessResult exported = msiinfoExport(package, "Directory");
-  ASSERT_TRUE(exported.ok()) << exported.describe();
-  const std::vector<std::string> rows = splitLines(exported.out);
+  const std::vector<std::string> rows = msiinfoRows(package, "Directory");
   for (const std::string row :
-       {"Plugins\tINSTALLDIR\tPlugins", "Extra_Tools\tINSTALLDIR\tEXTRAT~1|Extra Tools",
-        "INSTALLDIR\tManufacturerFolder\tNOTEPAD|Notepad"}) {
+       {"Plug_Ins\tBinDir\tPLUGIN~1|Plug Ins", "Extra_Tools\tDataDir\tEXTRAT~1|Extra Tools",
+        "BinDir\tAppDir\tbin"})
     EXPECT_NE(std::find(rows.begin(), rows.end(), row), rows.end()) << row;
-  }
-  EXPECT_EQ(rows.size(), 3u + 9u);
+  EXPECT_EQ(rows.size(), 10u);
 }
 
 }  // namespace

@@ -356,9 +356,9 @@ TEST(SystemTables, TransformViewLivesInMemoryAndFindsByThreeKeys) {
   EXPECT_EQ(db.engineDatabase()->findTable(u"_TransformView"), nullptr);
 }
 
-// Reading or writing a table the database keeps about itself needs an open database; without
-// one each refuses and says so.
+// Reading or writing a table needs an open database; without one each refuses and says so.
 TEST(SystemTables, WithoutADatabaseReadAndWriteAreRefused) {
+  MSITProperty property;
   MSIT_Tables tables;
   MSIT_Columns columns;
   MSIT_Streams streams;
@@ -367,14 +367,20 @@ TEST(SystemTables, WithoutADatabaseReadAndWriteAreRefused) {
   const struct {
     MSITable* table;
     bool writeChecks;  // a clean read-only table has nothing to write
-  } cases[] = {
-      {&tables, true}, {&columns, false}, {&streams, true}, {&storages, true}, {&summary, true}};
+  } cases[] = {{&property, true}, {&tables, true},   {&columns, false},
+               {&streams, true},  {&storages, true}, {&summary, true}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.table->GetName().ToUtf8());
     EXPECT_FALSE(c.table->Populate());
     EXPECT_TRUE(c.table->GetLastError().u16().ends_with(u"no open database"));
     EXPECT_EQ(c.table->Persist(), !c.writeChecks);
   }
+  MSIDatabase closed;
+  property.SetDatabase(closed);
+  EXPECT_FALSE(property.Populate());
+  EXPECT_FALSE(property.Drop());
+  MSITMedia media;
+  EXPECT_EQ(property.AddEntry(media.CreateEntry()), nullptr) << "a row of another table";
 }
 
 }  // namespace
