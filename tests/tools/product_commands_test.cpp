@@ -139,7 +139,6 @@ TEST_F(OdlexProductCommands, Plumbing) {
       {{"search", path, "--regex", "("}, 1, ""},
       {{"replace", path, "Example", "Sample", "--dry-run"}, 0, "Property\t1"},
       {{"summary", "set", path, "NoSuchField=1"}, 2, ""},
-      {{"keyword", "delete", path, "Missing"}, 1, ""},
   };
   for (const auto& c : cases) {
     const ProcessResult result = runOdlex(c.args);
