@@ -7,8 +7,6 @@
 #include <odlex/signature/MsiDigitalFileSignatureInfo.h>
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 #include <tuple>
 
 #include "common/Oracle.h"
@@ -19,17 +17,15 @@
 namespace odlex::test {
 namespace {
 
-using Bytes = std::vector<unsigned char>;
-
-void put(Bytes& bytes, std::size_t at, std::uint32_t value, std::size_t width) {
+void put(std::string& bytes, std::size_t at, std::uint32_t value, std::size_t width) {
   for (std::size_t i = 0; i < width; ++i)
-    bytes[at + i] = static_cast<unsigned char>(value >> (8 * i));
+    bytes[at + i] = static_cast<char>(value >> (8 * i));
 }
 
 // The smallest PE32 file osslsigncode signs: headers with 16 data directories, no sections, and
 // 512 bytes of body.
-Bytes minimalPeFile() {
-  Bytes image(1024);
+std::string minimalPeFile() {
+  std::string image(1024, '\0');
   image[0] = 'M';
   image[1] = 'Z';
   put(image, 0x3c, 0x40, 4);
@@ -43,41 +39,26 @@ Bytes minimalPeFile() {
   put(image, optional + 60, 0x200, 4);  // size of headers
   put(image, optional + 92, 16, 4);     // data directories
   for (std::size_t i = 0x200; i < image.size(); ++i)
-    image[i] = static_cast<unsigned char>(i);
+    image[i] = static_cast<char>(i);
   return image;
-}
-
-Bytes readBytes(const std::filesystem::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return Bytes(std::istreambuf_iterator<char>(in), {});
-}
-
-void writeBytes(const std::filesystem::path& path, const Bytes& bytes) {
-  std::ofstream(path, std::ios::binary)
-      .write(reinterpret_cast<const char*>(bytes.data()),
-             static_cast<std::streamsize>(bytes.size()));
 }
 
 // A copy of `from` with the byte at `at` changed.
 std::filesystem::path withByteChanged(const std::filesystem::path& from, std::size_t at) {
-  Bytes bytes = readBytes(from);
+  std::string bytes = readFileBytes(from);
   bytes.at(at) ^= 0x01;
   const std::filesystem::path changed = from.string() + "." + std::to_string(at);
-  writeBytes(changed, bytes);
+  writeFileBytes(changed, bytes);
   return changed;
 }
 
 // The same at the first byte of the first occurrence of `text`.
 std::filesystem::path withByteChanged(const std::filesystem::path& from, std::string_view text) {
-  const Bytes bytes = readBytes(from);
-  const auto at = std::search(
-      bytes.begin(), bytes.end(), text.begin(), text.end(),
-      [](unsigned char byte, char wanted) { return byte == static_cast<unsigned char>(wanted); });
-  EXPECT_NE(at, bytes.end()) << text;
-  return withByteChanged(from, static_cast<std::size_t>(at - bytes.begin()));
+  const std::size_t at = readFileBytes(from).find(text);
+  EXPECT_NE(at, std::string::npos) << text;
+  return withByteChanged(from, at);
 }
 
-// The signed digest osslsigncode reads from a signed file, upper-case hex.
 // The value osslsigncode shows after the first of `labels` it prints for `file`, upper-case
 // hex; its whole output when it prints none.
 std::string osslsigncodeValue(const std::filesystem::path& file,
@@ -124,7 +105,7 @@ struct Expected {
 TEST(FileSignature, SignedChangedAndUnsignedFiles) {
   TempDir dir;
   const TestCertificate signer = makeCertificate(dir.path(), "signer", "/O=Example/CN=Signer");
-  writeBytes(dir / "app.exe", minimalPeFile());
+  writeFileBytes(dir / "app.exe", minimalPeFile());
   const BuiltPackage& wixl = testPackage(PackageKind::kWixl);
   ASSERT_FALSE(wixl.file.empty()) << wixl.error;
   // The package also with "\005MsiDigitalSignatureEx" (-add-msi-dse).

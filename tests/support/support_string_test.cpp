@@ -1,7 +1,14 @@
+// TalString and RWWString: case rules, comparison, search, edits, numbers, UTF-8 conversion,
+// formatting and tokenizing.
+
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <string>
 #include <unordered_set>
+#include <vector>
 
+#include "odlex/support/RWWTokenizer.h"
 #include "odlex/support/TalString.h"
 
 namespace {
@@ -107,6 +114,123 @@ TEST(TalStringNumbers, FromIntRoundTrips) {
     EXPECT_EQ(TalString::FromInt(n).ToInt(), n);
   }
   EXPECT_EQ(TalString::FromInt(-15), u"-15");
+}
+
+TEST(Utf8, RoundTripsEveryPlaneAndEmbeddedNul) {
+  // ASCII, Latin-1, CJK, and U+1F600 / U+10FFFF as surrogate pairs.
+  const std::u16string text = u"a\u00e9\u4e2d\U0001F600\U0010FFFF";
+  const TalString s(text);
+  const std::string utf8 = s.ToUtf8();
+  EXPECT_EQ(utf8, "a\xC3\xA9\xE4\xB8\xAD\xF0\x9F\x98\x80\xF4\x8F\xBF\xBF");
+  EXPECT_EQ(TalString::FromUtf8(utf8).u16(), text);
+  EXPECT_EQ(s.length(), 7u);  // code units, not characters
+
+  const std::string withNul("a\0b", 3);
+  EXPECT_EQ(TalString::FromUtf8(withNul).length(), 3u);
+  EXPECT_EQ(TalString::FromUtf8(withNul).ToUtf8(), withNul);
+}
+
+TEST(Utf8, IllFormedInputBecomesReplacementCharacters) {
+  struct Case {
+    std::string input;
+    std::u16string expected;
+  };
+  const Case cases[] = {
+      {"\xFF", u"\uFFFD"},                                // never a lead byte
+      {"a\x80z", u"a\uFFFDz"},                            // stray continuation byte
+      {"\xC0\xAF", u"\uFFFD\uFFFD"},                      // overlong '/'
+      {"\xE0\x80\xAF", u"\uFFFD\uFFFD\uFFFD"},            // overlong three-byte form
+      {"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD"},            // encoded surrogate
+      {"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD"},  // above U+10FFFF
+      {"\xE4\xB8", u"\uFFFD"},                            // truncated at the end
+      {"\xE4\xB8z", u"\uFFFDz"},                          // truncated before ASCII
+      {"\xF0\x9F\x98", u"\uFFFD"},                        // truncated four-byte form
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(TalString::FromUtf8(c.input).u16(), c.expected) << testing::PrintToString(c.input);
+  }
+}
+
+TEST(Utf8, LoneSurrogatesBecomeReplacementCharacters) {
+  const std::u16string lone = {u'a', 0xD800, u'b', 0xDC00};
+  EXPECT_EQ(TalString(lone).ToUtf8(),
+            "a\xEF\xBF\xBD"
+            "b\xEF\xBF\xBD");
+  const std::u16string highAtEnd = {0xD83D};
+  EXPECT_EQ(TalString(highAtEnd).ToUtf8(), "\xEF\xBF\xBD");
+  const std::u16string reversedPair = {0xDE00, 0xD83D};
+  EXPECT_EQ(TalString(reversedPair).ToUtf8(), "\xEF\xBF\xBD\xEF\xBF\xBD");
+}
+
+TEST(TalStringFormat, DirectivesWithTypedArguments) {
+  const TalString name(u"ProductName");
+  EXPECT_EQ(TalString::Format(u"SELECT `Value` FROM `Property` WHERE `Property`='%s'", name),
+            u"SELECT `Value` FROM `Property` WHERE `Property`='ProductName'");
+  EXPECT_EQ(TalString::Format(u"%d|%i|%u|%x|%X|%%|%c", -5, 7, 4000000000u, 255, 0xABCu, 65),
+            u"-5|7|4000000000|ff|ABC|%|A");
+  EXPECT_EQ(TalString::Format(u"%ls=%lu (%hd)", u"key", 10ul, short{-3}), u"key=10 (-3)");
+  EXPECT_EQ(TalString::Format(u"{%08X}", 0x1A2Bu), u"{00001A2B}");
+  EXPECT_EQ(TalString::Format(u"[%5s][%05d][%3d]", u"ab", -42, 1234), u"[   ab][-0042][1234]");
+  EXPECT_EQ(TalString::Format(u"%x", -1), u"ffffffff");
+}
+
+TEST(TalStringFormat, MismatchesNeverReadPastTheArguments) {
+  EXPECT_EQ(TalString::Format(u"a%sb%dc"), u"abc");                         // missing arguments
+  EXPECT_EQ(TalString::Format(u"%d and %s", u"text", 12), u"text and 12");  // wrong kinds
+  EXPECT_EQ(TalString::Format(u"%q %", 1), u"%q %");                        // unknown and trailing
+  EXPECT_EQ(TalString::Format(u"%s", static_cast<const char16_t*>(nullptr)), u"");
+  EXPECT_EQ(TalString::Format(nullptr, 1), u"");
+}
+
+TEST(TalStringFormatMessage, NumberedInsertsAndEscapes) {
+  const std::vector<TalString> inserts = {u"Component", u"C1"};
+  EXPECT_EQ(TalString::FormatMessageW(u"Table %1: row %2 changed.%n", inserts),
+            u"Table Component: row C1 changed.\r\n");
+  EXPECT_EQ(TalString::FormatMessageW(u"%2!s! before %1!s!", inserts), u"C1 before Component");
+  EXPECT_EQ(TalString::FormatMessageW(u"100%% %. %! %tx", inserts), u"100% . ! \tx");
+  EXPECT_EQ(TalString::FormatMessageW(u"kept%0dropped", inserts), u"kept");
+  EXPECT_EQ(TalString::FormatMessageW(u"[%3][%12]%", inserts), u"[][]%");
+  EXPECT_EQ(TalString::FormatMessageW(u"%1%1", {TalString(u"x")}), u"xx");
+}
+
+std::vector<RWWString> AllTokens(const RWWString& text, const char16_t* delimiters) {
+  RWWTokenizer next(text);
+  std::vector<RWWString> tokens;
+  for (RWWString token = next(delimiters); !token.isNull(); token = next(delimiters)) {
+    tokens.push_back(token);
+  }
+  return tokens;
+}
+
+TEST(RWWTokenizer, SkipsRunsOfDelimitersAndKeepsEndingWithAnEmptyToken) {
+  EXPECT_EQ(AllTokens(u"a;;b", u";"), (std::vector<RWWString>{u"a", u"b"}));
+  EXPECT_EQ(AllTokens(u";;first.msi;second.msi;", u";"),
+            (std::vector<RWWString>{u"first.msi", u"second.msi"}));
+  EXPECT_TRUE(AllTokens(u"", u";").empty());
+  EXPECT_TRUE(AllTokens(u";;;", u";").empty());
+  EXPECT_EQ(AllTokens(u"a,b;c", u",;"), (std::vector<RWWString>{u"a", u"b", u"c"}));
+
+  RWWTokenizer next(u"only");
+  EXPECT_EQ(next(u";"), u"only");
+  EXPECT_TRUE(next(u";").isNull());
+  EXPECT_TRUE(next(u";").isNull());
+}
+
+TEST(RWWTokenizer, DefaultDelimitersAreWhitespaceAndMayChangeBetweenCalls) {
+  RWWTokenizer next(u" one\ttwo\n three;four");
+  EXPECT_EQ(next(), u"one");
+  EXPECT_EQ(next(nullptr), u"two");
+  EXPECT_EQ(next(u";"), u"\n three");
+  EXPECT_EQ(next(), u";four");  // ';' is no longer a delimiter
+}
+
+TEST(RWWTokenizer, OwnsItsCopyOfTheText) {
+  std::unique_ptr<RWWTokenizer> next;
+  {
+    const RWWString text(u"x y");
+    next = std::make_unique<RWWTokenizer>(text);
+  }
+  EXPECT_EQ((*next)(), u"x");
 }
 
 }  // namespace

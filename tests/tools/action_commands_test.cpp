@@ -1,13 +1,10 @@
-// The sequence, action and module-id commands: what the saved package holds after add-product
-// (read back with msitools), the tool's own ordering and naming of what it prints, and the
+// The sequence and action commands: the tool's own ordering and naming of what it prints, and the
 // failures that must leave every file untouched. The rules behind the numbers are the library's
 // and are tested there.
 
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
-
-#include <map>
 
 #include "common/Oracle.h"
 #include "common/Packages.h"
@@ -32,56 +29,12 @@ class OdlexActions : public ::testing::Test {
   std::filesystem::path dll_ = dir_ / "zrca.dll";
 };
 
-// Action -> sequence number of an msiinfo export of a sequence table.
-std::map<std::string, int> numbers(const std::string& exported) {
-  std::map<std::string, int> numbers;
-  for (const std::string& line : splitLines(exported)) {
-    const auto tab = line.find('\t');
-    const auto last = line.rfind('\t');
-    if (tab != std::string::npos && std::isdigit(static_cast<unsigned char>(line[last + 1])))
-      numbers[line.substr(0, tab)] = std::stoi(line.substr(last + 1));
-  }
-  return numbers;
-}
-
-TEST_F(OdlexActions, AddProductTextFilesIsWhatMsiinfoReads) {
-  const std::string before = readFileBytes(package_);
-  std::map<std::string, int> sequence =
-      numbers(msiinfoExport(package_, "InstallExecuteSequence").out);
-  ASSERT_TRUE(sequence.contains("InstallFinalize"));
-  // By hand: the first number below InstallFinalize that no action holds.
-  int free = sequence["InstallFinalize"] - 1;
-  std::set<int> taken;
-  for (const auto& [action, number] : sequence)
-    taken.insert(number);
-  while (taken.contains(free))
-    --free;
-  EXPECT_EQ(odlexOutput({"sequence", "free", package_.string(), "InstallExecuteSequence",
-                         "--before", "InstallFinalize"}),
-            std::to_string(free) + "\n");
-
+// The type fields by name, as action list prints them; where add-product places the actions and
+// what rows it makes is the library's (product_actions_test).
+TEST_F(OdlexActions, AddProductTextFilesListsTheTypeFieldsByName) {
   const std::filesystem::path out = dir_ / "out.msi";
   odlexOutput({"action", "add-product", package_.string(), "--dll", dll_.string(), "--text-files",
                "-o", out.string()});
-  EXPECT_EQ(readFileBytes(package_), before);
-  sequence = numbers(msiinfoExport(out, "InstallExecuteSequence").out);
-  for (const char* action :
-       {"ZrTextFileInitialize", "ZrTextFileInstallChanges", "ZrRemoveTextFileInstallChanges"}) {
-    ASSERT_TRUE(sequence.contains(action)) << action;
-    EXPECT_LT(sequence[action], sequence["InstallFinalize"]) << action;
-  }
-  EXPECT_LT(sequence["ZrTextFileInitialize"], sequence["ZrTextFileInstallChanges"]);
-  const std::vector<std::string> actions = msiinfoRows(out, "CustomAction");
-  for (const char* row : {"ZrTextFileInitialize\t1\tzrca.dll\tTextFileInitialize",
-                          "ZrTextFileInstallChanges\t1025\tzrca.dll\tTextFileInstallChanges"}) {
-    EXPECT_NE(std::find_if(actions.begin(), actions.end(),
-                           [&](const std::string& line) { return line.starts_with(row); }),
-              actions.end())
-        << row;
-  }
-  EXPECT_EQ(msiinfoExtract(out, "Binary.zrca.dll").out, "MZ product actions");
-
-  // The type fields by name, as action list prints them.
   const json listed = json::parse(odlexOutput({"action", "list", out.string(), "--json"}));
   const json expected = {{"action", "ZrTextFileInstallChanges"},
                          {"type", 1025},
@@ -116,13 +69,6 @@ TEST_F(OdlexActions, SequenceListPlacesModuleActionsByTheirBaseAction) {
             // their base action is not in the module: last, in key order
             "ZrReportInstallFailure\t\tInstallFinalize\tbefore\t\n"
             "ZrReportInstallSuccess\t\tInstallFinalize\tbefore\t\n");
-}
-
-TEST_F(OdlexActions, JsonOfModuleIdentifiers) {
-  EXPECT_EQ(json::parse(odlexOutput({"module-id", "combine", "Mod", "{a1b2-C3}", "--json"})),
-            json({{"id", "Mod.a1b2_C3"}}));
-  EXPECT_EQ(json::parse(odlexOutput({"module-id", "split", "A.B.C", "--json"})),
-            json({{"name", "A"}, {"guid", "{B.C}"}}));
 }
 
 // Failures exit with status 1 and write nothing: not a sequence table, an action the table does

@@ -71,51 +71,50 @@ TEST(OdlexProgress, TheBarIsDrawnOnlyWhenAsked) {
   }
 }
 
-TEST(OdlexQuery, PrintsRowsTabSeparatedWithNullsEmpty) {
+// query prints the selected rows tab-separated, nulls empty; rows prints a table object's live
+// rows in key order under its column names, a tab inside a value written as in table text files.
+TEST(OdlexRows, QueryAndRowsPrintTabSeparatedText) {
   TempDir dir;
   writeFileBytes(dir / "T.idt", "K\tN\tS\r\ni2\tI4\tS10\r\nT\tK\r\n1\t-5\tx\r\n2\t\t\r\n");
-  ASSERT_TRUE(runOdlex({"import", (dir / "t.msi").string(), (dir / "T.idt").string()}).ok());
-  ProcessResult result =
-      runOdlex({"query", (dir / "t.msi").string(), "SELECT * FROM T ORDER BY K"});
-  ASSERT_TRUE(result.ok()) << result.describe();
-  EXPECT_EQ(result.out, "1\t-5\tx\n2\t\t\n");
-}
-
-TEST(OdlexRows, PrintsTheLiveRowsOfATableObjectInKeyOrder) {
-  TempDir dir;
   writeFileBytes(dir / "Property.idt",
                  "Property\tValue\r\ns72\tl0\r\nProperty\tProperty\r\nZeta\tlast\r\n"
                  "Alpha\tA\x10tab\r\n");
-  ASSERT_TRUE(runOdlex({"import", (dir / "p.msi").string(), (dir / "Property.idt").string()}).ok());
-  ProcessResult rows = runOdlex({"rows", (dir / "p.msi").string(), "Property"});
-  ASSERT_TRUE(rows.ok()) << rows.describe();
-  EXPECT_EQ(rows.out, "Property\tValue\nAlpha\tA\x10tab\nZeta\tlast\n")
-      << "a tab inside a value is written as in table text files";
-
-  ProcessResult empty = runOdlex({"rows", (dir / "p.msi").string(), "Shortcut"});
-  ASSERT_TRUE(empty.ok()) << empty.describe();
-  EXPECT_TRUE(empty.out.starts_with("Shortcut\tDirectory_\tName\t")) << empty.out;
+  const std::string package = (dir / "p.msi").string();
+  ASSERT_TRUE(
+      runOdlex({"import", package, (dir / "T.idt").string(), (dir / "Property.idt").string()})
+          .ok());
+  EXPECT_EQ(odlexOutput({"query", package, "SELECT * FROM T ORDER BY K"}), "1\t-5\tx\n2\t\t\n");
+  EXPECT_EQ(odlexOutput({"rows", package, "Property"}),
+            "Property\tValue\nAlpha\tA\x10tab\nZeta\tlast\n");
+  EXPECT_TRUE(
+      odlexOutput({"rows", package, "Shortcut"}).starts_with("Shortcut\tDirectory_\tName\t"));
 }
 
-// Failures on a package that opens name the installer result code; those on files that are not
-// packages are the damaged-package tests'.
-TEST(OdlexErrors, FailuresExitWithStatusOneAndNameTheResultCode) {
+// Failures on a package that opens exit with status 1 and name the installer result code or
+// the key that was asked for; those on files that are not packages are the damaged-package
+// tests'.
+TEST(OdlexErrors, FailuresExitWithStatusOneAndNameTheCodeOrTheKey) {
   TempDir dir;
   writeFileBytes(dir / "Property.idt", kPropertyIdt);
   const std::string package = (dir / "p.msi").string();
   ASSERT_TRUE(runOdlex({"import", package, (dir / "Property.idt").string()}).ok());
+  const std::string before = readFileBytes(package);
   struct Case {
     std::vector<std::string> args;
-    const char* code;
+    std::string named;  // a part of stderr
   };
-  for (const Case& c : std::vector<Case>{{{"query", package, "SELECT * FORM Property"}, "1615"},
-                                         {{"query", package, "SELECT * FROM Nope"}, "1628"},
-                                         {{"rows", package, "property"}, "1628"}}) {
+  for (const Case& c : std::vector<Case>{
+           {{"query", package, "SELECT * FORM Property"}, "(error 1615)"},
+           {{"query", package, "SELECT * FROM Nope"}, "(error 1628)"},
+           {{"rows", package, "property"}, "(error 1628)"},
+           {{"component", "show", package, "NoSuchComponent"}, "NoSuchComponent"},
+           {{"component", "add", package, "NoSuchFolder"}, "NoSuchFolder"},
+           {{"component", "delete", package, "NoSuchComponent"}, "NoSuchComponent"}}) {
     ProcessResult result = runOdlex(c.args);
-    EXPECT_EQ(result.exitCode, 1) << c.args[2];
-    EXPECT_NE(result.err.find("(error " + std::string(c.code) + ")"), std::string::npos)
-        << c.args[2] << ": " << result.err;
+    EXPECT_EQ(result.exitCode, 1) << c.args[1];
+    EXPECT_NE(result.err.find(c.named), std::string::npos) << c.args[1] << ": " << result.err;
   }
+  EXPECT_EQ(readFileBytes(package), before);
 }
 
 }  // namespace

@@ -65,7 +65,6 @@ TEST_P(QueryCommandWrites, WritesOnlyWhereAndWhenAsked) {
 const char* const kUpdate = "UPDATE Property SET Value = 'x' WHERE Property = 'ProductName'";
 
 const WriteCase kCases[] = {
-    {"ToOutput", {kUpdate, "-o", "OUT"}, 0, "", "", false, true},
     {"InPlace", {"DELETE FROM Property WHERE Property = 'ALLUSERS'"}, 0, "", "", true, false},
     {"Json",
      {kUpdate, "-o", "OUT", "--json"},
@@ -88,7 +87,6 @@ const WriteCase kCases[] = {
      "(error 1627)",
      false,
      false},
-    {"BadSyntax", {"UPDATE Property", "-o", "OUT"}, 1, "", "(error 1615)", false, false},
 };
 
 INSTANTIATE_TEST_SUITE_P(Cases, QueryCommandWrites, ::testing::ValuesIn(kCases),

@@ -9,8 +9,6 @@
 #include "common/Oracle.h"
 #include "common/Packages.h"
 #include "common/TempDir.h"
-#include "msi/engine/Database.h"
-#include "storage/FileSystem.h"
 
 namespace odlex::test {
 namespace {
@@ -25,21 +23,11 @@ class TransformCommands : public ::testing::Test {
     fs::copy_file(built.file, base_);
     fs::copy_file(built.file, edited_);
     // Three edits of the Property table: a value changed, a row deleted, a row added.
-    engine::Error error;
-    auto db = engine::Database::open(storage::FileSystem::real(), edited_,
-                                     engine::Database::OpenMode::kUpdate, error);
-    ASSERT_NE(db, nullptr) << error.text;
-    engine::Table& table = *db->findTable(u"Property");
-    for (std::size_t r = table.rowCount(); r-- > 0;) {
-      const std::u16string_view name = table.text(db->strings(), r, 0);
-      if (name == u"GREETING")
-        table.setCell(r, 1, db->strings().intern(u"Hallo"));
-      else if (name == u"ARPHELPLINK")
-        table.removeRow(r);
-    }
-    table.appendRow(
-        std::vector<std::uint32_t>{db->strings().intern(u"NEWPROP"), db->strings().intern(u"new")});
-    ASSERT_EQ(db->commit(error), engine::kSuccess) << error.text;
+    for (const char* statement :
+         {"UPDATE `Property` SET `Value` = 'Hallo' WHERE `Property` = 'GREETING'",
+          "DELETE FROM `Property` WHERE `Property` = 'ARPHELPLINK'",
+          "INSERT INTO `Property` (`Property`, `Value`) VALUES ('NEWPROP', 'new')"})
+      odlexOutput({"query", edited_.string(), statement});
   }
 
   TempDir dir_;
