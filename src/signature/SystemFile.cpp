@@ -71,6 +71,27 @@ class Descriptor {
 
 }  // namespace
 
+const char* fileStatusText(unsigned long status) {
+  switch (status) {
+    case kSuccess:
+      return "read";
+    case kFileNotFound:
+      return "no such file";
+    case kPathNotFound:
+      return "a folder of its path is missing";
+    case kAccessDenied:
+      return "not readable, or a folder";
+    case kInvalidData:
+      return "not what was expected";
+    case kHandleEndOfFile:
+      return "empty";
+    case kFileTooLarge:
+      return "too large";
+    default:
+      return "cannot be read";
+  }
+}
+
 unsigned long readWholeFile(const std::filesystem::path& path, std::uint64_t maxSize,
                             std::vector<unsigned char>& bytes) {
   bytes.clear();

@@ -20,6 +20,9 @@ inline constexpr unsigned long kReadFault = 30;        // any other failure to r
 inline constexpr unsigned long kHandleEndOfFile = 38;  // the file is empty
 inline constexpr unsigned long kFileTooLarge = 223;    // larger than the caller accepts
 
+// A short text saying what a status of these calls means ("no such file", ...).
+const char* fileStatusText(unsigned long status);
+
 // Reads the whole file at `path` into `bytes` (emptied on failure); a file larger than
 // `maxSize` bytes is refused (kFileTooLarge) before anything is allocated.
 unsigned long readWholeFile(const std::filesystem::path& path, std::uint64_t maxSize,

@@ -7,19 +7,8 @@
 #include "msi/lower/PathText.h"
 #include "odlex/database/ODLEXDatabase.h"
 #include "odlex/tables/ODLEXTables.h"
+#include "signature/FileFacts.h"
 #include "signature/SystemFile.h"
-
-namespace {
-
-// The installer's hash part `index` (0 to 3): four bytes of the digest, little-endian, signed.
-long hashPart(const std::array<unsigned char, 16>& digest, std::size_t index) {
-  const unsigned char* bytes = digest.data() + 4 * index;
-  const std::uint32_t word = std::uint32_t{bytes[0]} | std::uint32_t{bytes[1]} << 8 |
-                             std::uint32_t{bytes[2]} << 16 | std::uint32_t{bytes[3]} << 24;
-  return static_cast<std::int32_t>(word);
-}
-
-}  // namespace
 
 void ODLEXTMsiFileHash::Add(const MSIEFile& file) {
   Add(GetFileHash(file));
@@ -66,11 +55,12 @@ MSIEMsiFileHash ODLEXTMsiFileHash::HashFile(const TalString& path, const TalStri
   if (status != odlex::signature::kSuccess)
     throw ODLEXDatabaseErrorWithErrorCode(ODLEXDatabaseError::eFileHashFailed,
                                           static_cast<unsigned int>(status));
+  const std::array<std::int32_t, 4> parts = odlex::signature::hashParts(digest);
   row.SetOptions(0);
-  row.SetHashPart1(hashPart(digest, 0));
-  row.SetHashPart2(hashPart(digest, 1));
-  row.SetHashPart3(hashPart(digest, 2));
-  row.SetHashPart4(hashPart(digest, 3));
+  row.SetHashPart1(parts[0]);
+  row.SetHashPart2(parts[1]);
+  row.SetHashPart3(parts[2]);
+  row.SetHashPart4(parts[3]);
   return row;
 }
 

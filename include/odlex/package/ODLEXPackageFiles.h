@@ -147,10 +147,11 @@ class ODLEXPackageFileEditor {
   // compressed by default). Their bytes go, in that order, into a new embedded cabinet
   // ("added<N>.cab") on a new disk: a Media row with the next DiskId and the last of the new
   // sequence numbers. `keys` receives the new keys in the order of `files`. Errors, nothing
-  // changed: 87 no such component, two files with one name, no files, or a merge module (whose
-  // files are all in its MergeModule.CABinet stream); 2 a file cannot be
-  // read; 1627 a file is too large for a cabinet, the sequence numbers run out (past 32767),
-  // or the cabinet cannot be written.
+  // changed: 87 no such component, two files with one name (compared without regard to case),
+  // a name Windows does not accept for a file (one holding \ / ? | > < : * " or a control
+  // character), no files, or a merge module (whose files are all in its MergeModule.CABinet
+  // stream); 2 a file cannot be read; 1627 a file is too large for a cabinet, the sequence numbers
+  // run out (past 32767), or the cabinet cannot be written.
   bool AddFiles(const TalString& component, const std::vector<TalString>& files,
                 std::vector<TalString>& keys, TalError& error);
 

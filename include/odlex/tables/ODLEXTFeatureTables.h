@@ -5,6 +5,8 @@
 // name code 7 ask the host's permission callback before each row (ODLEXDatabase::UserPermits)
 // and throw ODLEXDatabaseError code 7 when it refuses.
 
+#include <vector>
+
 #include "odlex/tables/ODLEXTRowTable.h"
 
 // A feature's editable attributes (not its key), in one value to show in an editor and write
@@ -53,6 +55,40 @@ class ODLEXTFeature : public ODLEXTRowTable<ODLEXTFeature, ODLEXTObject::eFeatur
   // feature below it (Deep); code 7 when the host refuses.
   RWBTree& GetComponentsShallow(RWBTree& out, const MSIEFeature& feature);
   RWBTree& GetComponentsDeep(RWBTree& out, const MSIEFeature& feature);
+
+  // Adds the host files `files` (paths on this computer) to the feature `featureID`, installed
+  // into the folder `directoryID`, the way an authoring tool adds files: each file becomes
+  //   - a component of its own in that folder (ODLEXTComponent::Add: a new key and GUID, the
+  //     attributes a new component gets), with the file as its key path;
+  //   - a File row: the key made from the file's name (its letters, digits, '_' and '.', any
+  //     other character '_', a '_' in front when it would start with a digit or '.'; "_2",
+  //     "_3", ... appended when a File or MsiFileHash row has the key), the name "SHORT|long",
+  //     or the name alone when it is a valid short name, with a short name made as Windows
+  //     makes them, free among the names of the folder's files; FileSize; Version and Language
+  //     from the version resource of a Windows module; the Noncompressed attribute (8192); the
+  //     sequence numbers after the highest of the live File rows and Media rows, in the order
+  //     of `files`;
+  //   - for a file without a version resource, an MsiFileHash row with the MD5 hash of its
+  //     bytes (left out where the database's schema has no MsiFileHash table);
+  //   - a FeatureComponents row linking its component to the feature.
+  // The files get one new Media row: the DiskId after the highest one, LastSequence the last
+  // of their sequence numbers, and no cabinet. Tables cannot hold a file's bytes: the
+  // installer reads such files uncompressed from the source image, at the source path that
+  // ODLEXTFile::GetLongFilePathSource names (GetSourcePath when the package's summary says
+  // short names), so the caller puts them there beside the saved package, or packs them into
+  // the package afterwards with ODLEXPackageFileEditor::Compress, which takes every file from
+  // wherever it lies into one embedded cabinet.
+  // Returns the new File keys in the order of `files` (none for no files, nothing changed).
+  // Everything is checked before the first row is added: on an error nothing has changed. Each
+  // error is an ODLEXDatabaseErrorWithErrorCode whose status is an installer result code, with
+  // a TalError of that code, a text and the name concerned in the lower layer's error list
+  // (ODLEXDatabase::GetTalError): code 22 (status 87) no such feature; 18 (87) no such folder;
+  // 9 (2) a file cannot be read; 9 (87) a file's name is no valid long file name, is taken in
+  // the folder (two of `files` with one name included), or leaves no free short name; 9
+  // (1627) a file is larger than a File row records (2 GiB), or the sequence numbers or disk
+  // numbers would pass 32767.
+  std::vector<TalString> AddFiles(const TalString& featureID, const TalString& directoryID,
+                                  const std::vector<TalString>& files);
 };
 
 class ODLEXTFeatureComponents

@@ -45,15 +45,20 @@ bool isIdentifier(std::u16string_view text) {
   return true;
 }
 
-std::u16string makeDirectoryKey(const DirectoryModel& model, std::u16string_view folderName) {
+std::u16string identifierFrom(std::u16string_view name) {
   std::u16string base;
-  for (char16_t c : folderName.substr(0, kMaxKeyLength)) {
+  for (char16_t c : name.substr(0, kMaxKeyLength)) {
     base += isKeyChar(c) ? c : u'_';
   }
   if (base.empty() || !(isLetter(base[0]) || base[0] == u'_')) {
     base.insert(0, u"_");
   }
   base.resize(std::min(base.size(), kMaxKeyLength));
+  return base;
+}
+
+std::u16string makeDirectoryKey(const DirectoryModel& model, std::u16string_view folderName) {
+  const std::u16string base = identifierFrom(folderName);
   if (!isTaken(model, base)) {
     return base;
   }

@@ -17,6 +17,10 @@ inline constexpr std::size_t kMaxKeyLength = 72;
 
 bool isIdentifier(std::u16string_view text);
 
+// The identifier made from `name`: its letters, digits, '_' and '.' kept, any other character
+// made '_', a '_' in front when it would start with a digit or '.', cut to kMaxKeyLength.
+std::u16string identifierFrom(std::u16string_view name);
+
 // A key derived from `folderName` that no row of `model` uses.
 std::u16string makeDirectoryKey(const DirectoryModel& model, std::u16string_view folderName);
 

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <set>
 
-#include "msi/directory/ShortName.h"
+#include "msi/directory/FileNames.h"
 #include "package/files/FileEditorState.h"
 #include "package/files/FileFacts.h"
 #include "package/files/FileLayout.h"
@@ -17,45 +17,14 @@ namespace package = odlex::package;
 namespace {
 
 constexpr int kLastSequence = 32767;  // the largest sequence number and disk id
-constexpr std::size_t kKeyLength = 72;
 
 TalError failed(unsigned code, const TalString& subject, const std::string& text) {
   return TalError(code, TalString::FromUtf8(text), subject);
 }
 
-// Folded for comparing names as Windows compares them (ASCII letters without regard to case).
-std::u16string folded(std::u16string_view name) {
-  std::u16string out(name);
-  for (char16_t& c : out) {
-    if (c >= u'a' && c <= u'z')
-      c = static_cast<char16_t>(c - u'a' + u'A');
-  }
-  return out;
-}
-
-// A File key made from `name`: an identifier (a letter or '_' first; letters, digits, '_' and
-// '.' after), with "_2", "_3", ... when `taken` holds it.
-std::u16string keyFor(std::u16string_view name, const std::set<std::u16string>& taken) {
-  std::u16string base;
-  for (const char16_t c : name) {
-    const bool letter = (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || c == u'_';
-    const bool digit = (c >= u'0' && c <= u'9') || c == u'.';
-    if (base.empty() && !letter)
-      base += u'_';
-    base += letter || digit ? c : u'_';
-  }
-  base = base.substr(0, kKeyLength - 6);
-  std::u16string key = base;
-  for (int n = 2; taken.count(key); ++n) {
-    key = base + u'_';
-    for (const char c : std::to_string(n))
-      key += static_cast<char16_t>(c);
-  }
-  return key;
-}
-
-// The short and long names of the files already in `directory`, folded.
-std::set<std::u16string> namesIn(const engine::Database& database, std::u16string_view directory) {
+// The names of the files already in `directory`.
+odlex::directory::FolderFileNames namesIn(const engine::Database& database,
+                                          std::u16string_view directory) {
   std::set<std::u16string> owners;
   if (const engine::Table* table = database.findTable(u"Component")) {
     const package::TableColumns components(database, *table);
@@ -64,15 +33,12 @@ std::set<std::u16string> namesIn(const engine::Database& database, std::u16strin
         owners.emplace(components.text(row, u"Component"));
     }
   }
-  std::set<std::u16string> names;
+  odlex::directory::FolderFileNames names;
   if (const engine::Table* table = database.findTable(u"File")) {
     const package::TableColumns files(database, *table);
     for (std::size_t row = 0; row < files.rows(); ++row) {
-      if (!owners.count(std::u16string(files.text(row, u"Component_"))))
-        continue;
-      const std::u16string_view both = files.text(row, u"FileName");
-      names.insert(folded(package::shortNameOf(both)));
-      names.insert(folded(package::longNameOf(both)));
+      if (owners.count(std::u16string(files.text(row, u"Component_"))))
+        names.add(files.text(row, u"FileName"));
     }
   }
   return names;
@@ -114,31 +80,22 @@ bool ODLEXPackageFileEditor::AddFiles(const TalString& component,
   std::set<std::u16string> takenKeys;
   for (const ODLEXPackageFile& file : state_->files)
     takenKeys.insert(file.key.u16());
-  std::set<std::u16string> takenNames = namesIn(database, directory);
+  odlex::directory::FolderFileNames names = namesIn(database, directory);
   for (const TalString& host : files) {
     NewFile file;
     file.path = host.ToUtf8();
     if (!package::readFileFacts(file.path, file.facts, error))
       return false;
     const std::u16string longName = TalString::FromUtf8(file.path.filename().string()).u16();
-    if (takenNames.count(folded(longName))) {
-      error = failed(engine::kInvalidParameter, host, "the folder already has a file of that name");
+    auto fileName = names.addNew(longName);
+    if (!fileName) {
+      error = TalError(engine::kInvalidParameter, TalString(fileName.error()), host);
       return false;
     }
-    if (odlex::directory::isValidShortName(longName)) {
-      file.fileName = longName;
-    } else {
-      const auto shortName = odlex::directory::makeShortName(
-          longName, [&](std::u16string_view name) { return takenNames.count(folded(name)) > 0; });
-      if (!shortName) {
-        error = TalError(engine::kInvalidParameter, TalString(shortName.error()), host);
-        return false;
-      }
-      file.fileName = *shortName + u"|" + longName;
-      takenNames.insert(folded(*shortName));
-    }
-    takenNames.insert(folded(longName));
-    file.key = keyFor(longName, takenKeys);
+    file.fileName = std::move(*fileName);
+    file.key = odlex::directory::makeFileKey(longName, [&](std::u16string_view key) {
+      return takenKeys.count(std::u16string(key)) > 0;
+    });
     takenKeys.insert(file.key);
     added.push_back(std::move(file));
   }
@@ -159,7 +116,7 @@ bool ODLEXPackageFileEditor::AddFiles(const TalString& component,
     return false;
   }
   const bool hashed = std::any_of(added.begin(), added.end(),
-                                  [](const NewFile& file) { return !file.facts.versioned; });
+                                  [](const NewFile& file) { return !file.facts.version; });
   engine::Table* fileTable = package::standardTable(database, u"File", error);
   engine::Table* media = fileTable ? package::standardTable(database, u"Media", error) : nullptr;
   if (!media || (hashed && !package::standardTable(database, u"MsiFileHash", error)))

@@ -1,50 +1,27 @@
-// Reading a file's size, version and hash, and recording them in the File and MsiFileHash rows.
+// Reading a file's size, version and hash for a cabinet, and recording them in the File and
+// MsiFileHash rows.
 
 #include "package/files/FileFacts.h"
 
 #include <optional>
-#include <system_error>
 
 #include "msi/engine/Text.h"
-#include "odlex/tables/ODLEXTables.h"
 #include "package/cabinet/Cabinet.h"
 #include "package/files/TableCells.h"
-#include "signature/PeVersion.h"
+#include "signature/SystemFile.h"
 
 namespace odlex::package {
 
 bool readFileFacts(const std::filesystem::path& file, FileFacts& facts, TalError& error) {
-  const TalString name = TalString::FromUtf8(file.string());
-  std::error_code failed;
-  const std::uintmax_t size = std::filesystem::file_size(file, failed);
-  if (failed) {
-    error = TalError(engine::kFileNotFound, TalString::FromUtf8(failed.message()), name);
-    return false;
-  }
-  if (size > CabinetWriter::kMaxMemberSize) {
-    error = TalError(engine::kFunctionFailed, TalString(u"too large for a cabinet"), name);
-    return false;
-  }
-  facts = FileFacts{};
-  facts.size = static_cast<std::int32_t>(size);
-  std::string why;
-  if (const auto version = signature::fileVersion(file, why)) {
-    facts.versioned = true;
-    facts.version = engine::fromUtf8(version->version);
-    facts.language = engine::fromUtf8(version->language);
+  const unsigned long status = signature::readFileFacts(file, CabinetWriter::kMaxMemberSize, facts);
+  if (status == signature::kSuccess)
     return true;
-  }
-  try {
-    const MSIEMsiFileHash row = ODLEXTMsiFileHash::HashFile(name, TalString(u"-"));
-    facts.hash = {static_cast<std::int32_t>(row.GetHashPart1()),
-                  static_cast<std::int32_t>(row.GetHashPart2()),
-                  static_cast<std::int32_t>(row.GetHashPart3()),
-                  static_cast<std::int32_t>(row.GetHashPart4())};
-  } catch (const ODLEXDatabaseError&) {
-    error = TalError(engine::kFileNotFound, TalString(u"cannot be read"), name);
-    return false;
-  }
-  return true;
+  const bool tooLarge = status == signature::kFileTooLarge;
+  error = TalError(
+      tooLarge ? engine::kFunctionFailed : engine::kFileNotFound,
+      TalString::FromUtf8(tooLarge ? "too large for a cabinet" : signature::fileStatusText(status)),
+      TalString::FromUtf8(file.string()));
+  return false;
 }
 
 bool recordFileFacts(engine::Database& database, std::u16string_view key, const FileFacts& facts,
@@ -57,15 +34,18 @@ bool recordFileFacts(engine::Database& database, std::u16string_view key, const 
                      TalString(std::u16string(key)));
     return false;
   }
-  engine::Table* hashes = facts.versioned ? database.findTable(u"MsiFileHash")
-                                          : standardTable(database, u"MsiFileHash", error);
-  if (!hashes && !facts.versioned)
+  const bool versioned = facts.version.has_value();
+  engine::Table* hashes = versioned ? database.findTable(u"MsiFileHash")
+                                    : standardTable(database, u"MsiFileHash", error);
+  if (!hashes && !versioned)
     return false;
-  setInteger(*files, *fileRow, u"FileSize", facts.size);
-  setText(database, *files, *fileRow, u"Version", facts.version);
-  setText(database, *files, *fileRow, u"Language", facts.language);
+  setInteger(*files, *fileRow, u"FileSize", static_cast<std::int32_t>(facts.size));
+  setText(database, *files, *fileRow, u"Version",
+          versioned ? engine::fromUtf8(facts.version->version) : std::u16string());
+  setText(database, *files, *fileRow, u"Language",
+          versioned ? engine::fromUtf8(facts.version->language) : std::u16string());
   std::optional<std::size_t> hashRow = hashes ? rowWithKey(database, *hashes, key) : std::nullopt;
-  if (facts.versioned) {
+  if (versioned) {
     if (hashRow)
       hashes->removeRow(*hashRow);
     return true;

@@ -1,24 +1,17 @@
 #pragma once
-// What a package's File and MsiFileHash rows record of a file, read from the file's bytes, and
-// writing it into those rows.
+// What a package's File and MsiFileHash rows record of a file (signature/FileFacts.h), read for
+// a file that goes into a cabinet, and writing it into those rows.
 
-#include <array>
-#include <cstdint>
 #include <filesystem>
 #include <string>
 
 #include "msi/engine/Database.h"
 #include "odlex/support/TalError.h"
+#include "signature/FileFacts.h"
 
 namespace odlex::package {
 
-struct FileFacts {
-  std::int32_t size = 0;
-  bool versioned = false;  // a Windows module with a version resource
-  std::u16string version;  // when versioned
-  std::u16string language;
-  std::array<std::int32_t, 4> hash{};  // when not versioned: the MsiFileHash parts
-};
+using signature::FileFacts;
 
 // The facts of the host file `file`. False with the error (2 it cannot be read, 1627 it is
 // larger than a cabinet member can be) otherwise.
