@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <map>
+#include <ostream>
 #include <string>
 
 #include "common/PathText.h"
@@ -25,6 +26,10 @@ struct WriteBackCase {
   Edit edit;        // between reading and writing back
   std::map<std::string, std::string> expected;
 };
+
+void PrintTo(const WriteBackCase& test, std::ostream* out) {
+  *out << test.name;
+}
 
 // The engine row of `key` in the Property table.
 std::size_t rowOf(engine::Database& engine, const char16_t* key) {
