@@ -10,10 +10,25 @@ RWCollectable* RWBTree::insert(RWCollectable* item) {
   if (item == nullptr) {
     return nullptr;
   }
-  if (const auto held = items_->find(item); held != items_->end())
-    return *held;
-  writableItems().insert(item);
-  return item;
+  // Shared items are looked at before they are copied, so inserting a held item copies nothing.
+  if (items_.use_count() > 1) {
+    if (const auto held = items_->find(item); held != items_->end())
+      return *held;
+  }
+  return *writableItems().insert(item).first;
+}
+
+RWCollectable* RWBTree::append(RWCollectable* item) {
+  if (item == nullptr) {
+    return nullptr;
+  }
+  if (items_.use_count() > 1)
+    return insert(item);
+  // With the end as the hint, an item past the last costs one comparison; any other item is
+  // placed (or refused) as insert does.
+  const std::size_t before = items_->size();
+  const auto at = items_->insert(items_->end(), item);
+  return items_->size() == before ? *at : item;
 }
 
 RWCollectable* RWBTree::find(const RWCollectable* target) const {
@@ -28,10 +43,12 @@ RWCollectable* RWBTree::remove(const RWCollectable* target) {
   if (target == nullptr) {
     return nullptr;
   }
-  if (items_->find(target) == items_->end())
+  if (items_.use_count() > 1 && items_->find(target) == items_->end())
     return nullptr;
   Items& items = writableItems();
   const auto found = items.find(target);
+  if (found == items.end())
+    return nullptr;
   RWCollectable* item = *found;
   items.erase(found);
   return item;

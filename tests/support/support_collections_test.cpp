@@ -56,6 +56,22 @@ TEST(RWBTree, KeepsItemsInCompareToOrderAndRefusesEqualOnes) {
   EXPECT_TRUE(tree.isEmpty());
 }
 
+// Append is insert made cheap for items in order; out of order or equal, it does as insert.
+TEST(RWBTree, AppendPlacesAndRefusesItemsAsInsertDoes) {
+  Item b(u"b"), d(u"d"), a(u"a"), c(u"c"), otherD(u"d"), otherB(u"b");
+  RWBTree tree;
+  EXPECT_EQ(tree.append(&b), &b);
+  EXPECT_EQ(tree.append(&d), &d);
+  EXPECT_EQ(tree.append(&a), &a);
+  EXPECT_EQ(tree.append(&otherD), &d);
+  EXPECT_EQ(tree.append(nullptr), nullptr);
+  const RWBTree shared = tree;
+  EXPECT_EQ(tree.append(&c), &c);
+  EXPECT_EQ(tree.append(&otherB), &b);
+  EXPECT_EQ(Texts(tree), (std::vector<TalString>{u"a", u"b", u"c", u"d"}));
+  EXPECT_EQ(Texts(shared), (std::vector<TalString>{u"a", u"b", u"d"}));
+}
+
 TEST(RWBTree, CopiesShareTheItems) {
   Item a(u"a"), b(u"b");
   RWBTree tree;

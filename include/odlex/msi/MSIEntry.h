@@ -127,6 +127,8 @@ class MSIEntry : public RWCollectable {
   bool isIntegerColumn(std::size_t column) const;
   bool isKeyColumn(std::size_t column) const;
   bool cellIsNull(std::size_t column) const;
+  // The slot of binary data of `column`, made when the row has none.
+  std::shared_ptr<MSIBinary>& binarySlot(std::size_t column) const;
   // Stores a value; a key change of a row held by a table re-files it there (false when
   // another row of the table has the new key, leaving the row unchanged).
   bool store(std::size_t column, MSIRecordColumn value);
@@ -140,8 +142,14 @@ class MSIEntry : public RWCollectable {
   // Integer and text cells as their values; binary cells as a stream field naming where the
   // data is in the database, or null.
   std::vector<MSIRecordColumn> values_;
-  // Binary data read or set, by column; null where not loaded.
+  // Binary data read or set, by column; null where not loaded. Empty for a table without
+  // binary columns.
   mutable std::vector<std::shared_ptr<MSIBinary>> binaries_;
   bool deleted_ = false;
   bool modified_ = false;
+  // The row of the database table the values were read from or last written to, while they
+  // are unchanged since (kNoRow otherwise): the owning table writes such a row back from the
+  // database's cells when that table too is as it was.
+  static constexpr std::uint32_t kNoRow = UINT32_MAX;
+  std::uint32_t storedRow_ = kNoRow;
 };

@@ -26,6 +26,8 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "odlex/msi/MSIEntry.h"
@@ -142,8 +144,21 @@ class MSITable {
   // A row was only marked (modified, deleted, revived): the indexes, which hold deleted rows
   // too, stay valid.
   void rowMarked();
-  // The index of `column`: every row held, deleted ones included, by value, in key order.
-  const std::multimap<std::u16string, MSIEntry*>& indexOf(std::size_t column) const;
+  // A cell's value as FindBy indexes it: its kind, then its number or its text, read in place.
+  struct IndexKey {
+    int kind = 0;
+    int number = 0;
+    std::u16string_view text;
+    static IndexKey of(const MSIRecordColumn& cell);
+    friend auto operator<=>(const IndexKey&, const IndexKey&) = default;
+  };
+  using ColumnIndex = std::vector<std::pair<IndexKey, MSIEntry*>>;
+  // The index of `column`: every row held, deleted ones included, by value, then in key order.
+  // Its texts are read in the rows, so it is dropped whenever a value changes.
+  const ColumnIndex& indexOf(std::size_t column) const;
+  // The rows of `index` whose cell equals `value`.
+  static std::pair<ColumnIndex::const_iterator, ColumnIndex::const_iterator> rowsWith(
+      const ColumnIndex& index, const MSIRecordColumn& value);
   // Marks that rows were destroyed: a new epoch, unique in the process.
   void rowsDestroyed();
   // Starts an operation on the database: clears the last error and gives the engine, or
@@ -155,6 +170,11 @@ class MSITable {
   // table holds live row i) and removes the streams no row uses any more.
   void writeStreams(const std::vector<MSIEntry*>& live, odlex::engine::Table& table);
 
+  // Records that the rows' storedRow_ index the database table `table` as it is now.
+  void rememberStored(const odlex::engine::Table& table);
+  // Whether the rows' storedRow_ index `table` as it is now.
+  bool storedIn(const odlex::engine::Table& table) const;
+
   const odlex::schema::TableSchema* schema_;
   MSIDatabase* database_ = nullptr;
   RWBTree rows_;
@@ -162,11 +182,15 @@ class MSITable {
   std::vector<std::unique_ptr<MSIEntry>> replaced_;
   // Streams of binary cells as the database held them at the last Populate or Persist.
   std::vector<std::u16string> knownStreams_;
+  // The version (see odlex::engine::Table) of the database table the rows' storedRow_ refer to;
+  // 0 and 0 for none.
+  std::uint64_t storedTable_ = 0;
+  std::uint64_t storedChanges_ = 0;
   bool dirty_ = false;
   std::uint64_t changes_ = 0;
   std::uint64_t rowEpoch_;
   TalString lastError_;
   unsigned long nextKeyNumber_ = 1;
-  // FindBy indexes, by catalog column: value key -> rows (deleted ones too) in key order.
-  mutable std::map<std::size_t, std::multimap<std::u16string, MSIEntry*>> indexes_;
+  // FindBy indexes, by catalog column.
+  mutable std::map<std::size_t, ColumnIndex> indexes_;
 };

@@ -12,29 +12,9 @@ constexpr std::size_t kChunkUnits = std::size_t{1} << 16;
 constexpr char16_t kEmpty[] = u"";
 }  // namespace
 
-StringPool::StringPool() : index_(0, TextHash{this}, TextEqual{this}) {
+StringPool::StringPool() {
   starts_.push_back(kEmpty);
   lengths_.push_back(0);
-}
-
-std::size_t StringPool::TextHash::operator()(std::uint32_t id) const {
-  return std::hash<std::u16string_view>{}(pool->get(id));
-}
-
-std::size_t StringPool::TextHash::operator()(std::u16string_view text) const {
-  return std::hash<std::u16string_view>{}(text);
-}
-
-bool StringPool::TextEqual::operator()(std::uint32_t a, std::uint32_t b) const {
-  return pool->get(a) == pool->get(b);
-}
-
-bool StringPool::TextEqual::operator()(std::u16string_view text, std::uint32_t id) const {
-  return text == pool->get(id);
-}
-
-bool StringPool::TextEqual::operator()(std::uint32_t id, std::u16string_view text) const {
-  return pool->get(id) == text;
 }
 
 std::uint32_t StringPool::append(std::u16string_view text) {
@@ -67,7 +47,7 @@ std::uint32_t StringPool::intern(std::u16string_view text) {
   if (std::uint32_t id = find(text))
     return id;
   std::uint32_t id = append(text);
-  index_.insert(id);
+  addToIndex(id);
   return id;
 }
 
@@ -76,14 +56,54 @@ std::uint32_t StringPool::find(std::u16string_view text) const {
     return 0;
   if (!indexed_)
     buildIndex();
-  auto found = index_.find(text);
-  return found == index_.end() ? 0 : *found;
+  return slotOf(text, std::hash<std::u16string_view>{}(text));
+}
+
+std::uint32_t& StringPool::slotOf(std::u16string_view text, std::size_t hash) const {
+  const std::size_t mask = index_.size() - 1;
+  for (std::size_t slot = hash & mask;; slot = (slot + 1) & mask) {
+    std::uint32_t& id = index_[slot];
+    if (id == 0 || get(id) == text)
+      return id;
+  }
+}
+
+bool StringPool::addToIndex(std::uint32_t id) const {
+  if ((indexedCount_ + 1) * 2 > index_.size()) {
+    // Grows to four times the ids filed; each filed text is filed once, under its first id.
+    std::vector<std::uint32_t> filed;
+    filed.reserve(indexedCount_);
+    for (const std::uint32_t held : index_) {
+      if (held != 0)
+        filed.push_back(held);
+    }
+    std::size_t size = 16;
+    while (size < (indexedCount_ + 1) * 4)
+      size *= 2;
+    index_.assign(size, 0);
+    for (const std::uint32_t held : filed)
+      slotOf(get(held), std::hash<std::u16string_view>{}(get(held))) = held;
+  }
+  std::uint32_t& slot = slotOf(get(id), std::hash<std::u16string_view>{}(get(id)));
+  if (slot != 0)
+    return false;
+  slot = id;
+  ++indexedCount_;
+  return true;
+}
+
+std::uint32_t StringPool::canonical(std::uint32_t id) const {
+  if (id >= lengths_.size() || lengths_[id] == 0)
+    return 0;
+  if (!indexed_)
+    buildIndex();
+  return repeats_ ? find(get(id)) : id;
 }
 
 void StringPool::appendLoaded(std::u16string_view text) {
   std::uint32_t id = append(text);
-  if (indexed_ && !text.empty())
-    index_.insert(id);
+  if (indexed_ && !text.empty() && !addToIndex(id))
+    repeats_ = true;
 }
 
 void StringPool::clear() {
@@ -93,15 +113,21 @@ void StringPool::clear() {
   starts_.assign(1, kEmpty);
   lengths_.assign(1, 0);
   index_.clear();
+  indexedCount_ = 0;
   indexed_ = false;
+  repeats_ = false;
 }
 
 void StringPool::buildIndex() const {
-  index_.reserve(lengths_.size());
-  // The first id of a duplicated string wins, so lookups are stable.
+  std::size_t size = 16;
+  while (size < lengths_.size() * 2)
+    size *= 2;
+  index_.assign(size, 0);
+  indexedCount_ = 0;
+  // The first id of a repeated string wins, so lookups are stable.
   for (std::uint32_t id = 1; id < lengths_.size(); ++id) {
-    if (lengths_[id] != 0)
-      index_.insert(id);
+    if (lengths_[id] != 0 && !addToIndex(id))
+      repeats_ = true;
   }
   indexed_ = true;
 }

@@ -8,7 +8,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_set>
 #include <vector>
 
 namespace odlex::engine {
@@ -28,6 +27,10 @@ class StringPool {
   std::uint32_t intern(std::u16string_view text);
   // The id of `text`, or 0 when it is not in the pool.
   std::uint32_t find(std::u16string_view text) const;
+  // The id intern(get(id)) gives: `id` itself unless its text is empty (0) or is held under an
+  // earlier id too (a loaded pool may repeat a string), without looking the text up when the
+  // pool holds no string twice.
+  std::uint32_t canonical(std::uint32_t id) const;
   // Number of ids in use, including the null id 0.
   std::uint32_t size() const { return static_cast<std::uint32_t>(lengths_.size()); }
 
@@ -36,32 +39,25 @@ class StringPool {
   void clear();
 
  private:
-  // Hashes and compares ids by their text, and looks text up without copying it.
-  struct TextHash {
-    using is_transparent = void;
-    const StringPool* pool;
-    std::size_t operator()(std::uint32_t id) const;
-    std::size_t operator()(std::u16string_view text) const;
-  };
-  struct TextEqual {
-    using is_transparent = void;
-    const StringPool* pool;
-    bool operator()(std::uint32_t a, std::uint32_t b) const;
-    bool operator()(std::u16string_view text, std::uint32_t id) const;
-    bool operator()(std::uint32_t id, std::u16string_view text) const;
-  };
-
   std::uint32_t append(std::u16string_view text);
   void buildIndex() const;
+  // Files `id` in the index; false when its text is filed under an earlier id already.
+  bool addToIndex(std::uint32_t id) const;
+  // The slot of the index that holds the id of `text`, or the empty slot where it would go.
+  std::uint32_t& slotOf(std::u16string_view text, std::size_t hash) const;
 
   std::vector<std::unique_ptr<char16_t[]>> chunks_;
   char16_t* current_ = nullptr;  // the chunk short strings are packed into
   std::size_t currentUsed_ = 0;
   std::vector<const char16_t*> starts_;
   std::vector<std::uint32_t> lengths_;
-  // Built on first lookup, so that reading a database never pays for it.
-  mutable std::unordered_set<std::uint32_t, TextHash, TextEqual> index_;
+  // Built on first lookup, so that reading a database never pays for it: ids by the hash of
+  // their text, open addressing with linear probing, 0 for an empty slot, at most half full.
+  mutable std::vector<std::uint32_t> index_;
+  mutable std::size_t indexedCount_ = 0;
   mutable bool indexed_ = false;
+  // Some text is held under more than one id; known once the index is built.
+  mutable bool repeats_ = false;
 };
 
 }  // namespace odlex::engine

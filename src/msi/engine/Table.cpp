@@ -1,11 +1,17 @@
 #include "msi/engine/Table.h"
 
 #include <algorithm>
+#include <atomic>
 #include <numeric>
 
 #include "msi/engine/StringPool.h"
 
 namespace odlex::engine {
+
+std::uint64_t Table::Identity::next() {
+  static std::atomic<std::uint64_t> last{0};
+  return ++last;
+}
 
 Table::Table(std::u16string name, std::vector<Column> columns)
     : name_(std::move(name)), columns_(std::move(columns)) {
@@ -27,6 +33,7 @@ bool Table::temporary() const {
 }
 
 void Table::addColumn(Column column) {
+  ++changes_;
   const std::size_t rows = rowCount();
   const std::size_t width = columns_.size();
   const std::uint32_t null = column.isInteger() ? static_cast<std::uint32_t>(kNullInteger) : 0;
@@ -42,6 +49,7 @@ void Table::addColumn(Column column) {
 }
 
 void Table::removeTemporaryColumns() {
+  ++changes_;
   std::vector<bool> keep;
   for (const Column& column : columns_)
     keep.push_back(!column.temporary());
@@ -80,6 +88,7 @@ std::u16string_view Table::text(const StringPool& pool, std::size_t row, std::si
 }
 
 std::size_t Table::addRow() {
+  ++changes_;
   std::size_t index = rowCount();
   for (const Column& column : columns_) {
     cells_.push_back(column.isInteger() ? static_cast<std::uint32_t>(kNullInteger) : 0);
@@ -90,12 +99,14 @@ std::size_t Table::addRow() {
 }
 
 void Table::appendRow(std::span<const std::uint32_t> cells) {
+  ++changes_;
   cells_.insert(cells_.end(), cells.begin(), cells.end());
   if (!temporaryRows_.empty())
     temporaryRows_.push_back(0);
 }
 
 void Table::removeRow(std::size_t index) {
+  ++changes_;
   auto first = cells_.begin() + static_cast<std::ptrdiff_t>(index * columns_.size());
   cells_.erase(first, first + static_cast<std::ptrdiff_t>(columns_.size()));
   if (!temporaryRows_.empty())
@@ -103,6 +114,7 @@ void Table::removeRow(std::size_t index) {
 }
 
 void Table::removeRows(std::span<const std::uint32_t> indexes) {
+  ++changes_;
   const std::size_t width = columns_.size();
   std::size_t kept = 0;
   auto doomed = indexes.begin();
@@ -121,12 +133,14 @@ void Table::removeRows(std::span<const std::uint32_t> indexes) {
 }
 
 void Table::resizeRows(std::size_t rows) {
+  ++changes_;
   cells_.resize(rows * columns_.size());
   if (!temporaryRows_.empty())
     temporaryRows_.resize(rows);
 }
 
 void Table::markTemporary(std::size_t row) {
+  ++changes_;
   if (temporaryRows_.empty())
     temporaryRows_.resize(rowCount());
   temporaryRows_[row] = 1;

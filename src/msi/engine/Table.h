@@ -6,6 +6,9 @@
 //   binary columns  - 0 = null, 1 = the row has a stream, named by streamName().
 // Rows are kept in insertion order in memory and written in primary-key order.
 //
+// Every change to the columns or cells gives the table a new version, unique among all tables of
+// the process, so that a reader can tell whether what it read is still what the table holds.
+//
 // Temporary data lives in memory only and is never written: temporary columns, rows marked
 // temporary, and temporary tables (every column temporary). A table's hold count keeps its
 // temporary columns alive; releasing the last hold drops them.
@@ -27,7 +30,16 @@ constexpr std::int32_t kNullInteger = INT32_MIN;
 
 class Table {
  public:
+  // Which table, and how many changes it had seen; equal versions mean equal contents.
+  struct Version {
+    std::uint64_t table = 0;
+    std::uint64_t changes = 0;
+    friend bool operator==(const Version&, const Version&) = default;
+  };
+
   Table(std::u16string name, std::vector<Column> columns);
+
+  Version version() const { return {identity_.value, changes_}; }
 
   const std::u16string& name() const { return name_; }
   const std::vector<Column>& columns() const { return columns_; }
@@ -54,12 +66,14 @@ class Table {
     return {cells_.data() + index * columns_.size(), columns_.size()};
   }
   std::span<std::uint32_t> row(std::size_t index) {
+    ++changes_;
     return {cells_.data() + index * columns_.size(), columns_.size()};
   }
   std::uint32_t cell(std::size_t row, std::size_t column) const {
     return cells_[row * columns_.size() + column];
   }
   void setCell(std::size_t row, std::size_t column, std::uint32_t value) {
+    ++changes_;
     cells_[row * columns_.size() + column] = value;
   }
 
@@ -78,7 +92,14 @@ class Table {
   // Removes the rows at `indexes` (ascending, no repeats), keeping the order of the rest.
   void removeRows(std::span<const std::uint32_t> indexes);
   void clearRows() {
+    ++changes_;
     cells_.clear();
+    temporaryRows_.clear();
+  }
+  // Replaces every row with `cells` (columnCount() a row), none of them temporary.
+  void assignRows(std::vector<std::uint32_t> cells) {
+    ++changes_;
+    cells_ = std::move(cells);
     temporaryRows_.clear();
   }
   // Makes the table `rows` rows long; new rows are all zero cells, to be filled in.
@@ -112,6 +133,19 @@ class Table {
   // One flag a row once any row is temporary; empty while none is.
   std::vector<std::uint8_t> temporaryRows_;
   std::uint32_t holdCount_ = 0;
+  // A number no other table has, copies included.
+  struct Identity {
+    std::uint64_t value = next();
+    Identity() = default;
+    Identity(const Identity&) : value(next()) {}
+    Identity& operator=(const Identity&) {
+      value = next();
+      return *this;
+    }
+    static std::uint64_t next();
+  };
+  Identity identity_;
+  std::uint64_t changes_ = 0;
 };
 
 }  // namespace odlex::engine

@@ -29,8 +29,19 @@ class ColumnMap {
              const std::function<bool(std::size_t)>& hasBinary,
              std::span<std::uint32_t> cells) const;
 
+  // Fills `cells` with what write gives for the values read from engine row `row` when they
+  // are unchanged, taken from the row's own cells: its text needs no lookup in the pool.
+  void writeUnchanged(const engine::StringPool& pool, std::size_t row,
+                      std::span<std::uint32_t> cells) const;
+
+  // The engine rows in the order of the keys of the row objects read from them, equal keys in
+  // row order: null first, integers by value, text by UTF-16 code units. Empty when a key
+  // column is binary, whose value (the stream name) only the row objects spell out.
+  std::vector<std::size_t> keyOrder(const engine::StringPool& pool) const;
+
  private:
   const engine::Table& table_;
+  std::vector<int> keyIndex_;      // by catalog key column: engine column, or -1
   std::vector<int> engineIndex_;   // by catalog column: engine column, or -1
   std::vector<int> catalogIndex_;  // by engine column: catalog column, or -1
 };

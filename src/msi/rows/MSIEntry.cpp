@@ -10,8 +10,26 @@
 #include "odlex/msi/MSITable.h"
 #include "odlex/support/Utf8.h"
 
+namespace {
+
+// The column's shape without its name (no copy of the name is made).
+odlex::engine::Column shapeOf(const odlex::schema::ColumnSchema& column) {
+  return odlex::engine::Column{std::u16string(), column.type};
+}
+
+// Rows of tables without binary columns hold no slots for binary data.
+std::size_t binarySlots(const odlex::schema::TableSchema& schema) {
+  for (const auto& column : schema.columns) {
+    if (shapeOf(column).isBinary())
+      return schema.columns.size();
+  }
+  return 0;
+}
+
+}  // namespace
+
 MSIEntry::MSIEntry(const odlex::schema::TableSchema& schema)
-    : schema_(&schema), values_(schema.columns.size()), binaries_(schema.columns.size()) {}
+    : schema_(&schema), values_(schema.columns.size()), binaries_(binarySlots(schema)) {}
 
 MSIEntry::MSIEntry(const MSIEntry& other)
     : RWCollectable(other),
@@ -37,11 +55,6 @@ int MSIEntry::GetColumnIndex(const TalString& name) const {
   return column ? static_cast<int>(column - schema_->columns.data()) : -1;
 }
 
-// The column's shape without its name (no copy of the name is made).
-static odlex::engine::Column shapeOf(const odlex::schema::ColumnSchema& column) {
-  return odlex::engine::Column{std::u16string(), column.type};
-}
-
 bool MSIEntry::isBinaryColumn(std::size_t column) const {
   return shapeOf(schema_->columns[column]).isBinary();
 }
@@ -55,7 +68,7 @@ bool MSIEntry::isKeyColumn(std::size_t column) const {
 }
 
 bool MSIEntry::cellIsNull(std::size_t column) const {
-  return values_[column].IsNull() && !binaries_[column];
+  return values_[column].IsNull() && (column >= binaries_.size() || !binaries_[column]);
 }
 
 bool MSIEntry::GetColumn(const TalString& name, MSIRecordColumn& value) const {
@@ -246,33 +259,43 @@ bool MSIEntry::SetNullAt(std::size_t column) {
   return store(column, MSIRecordColumn());
 }
 
+std::shared_ptr<MSIBinary>& MSIEntry::binarySlot(std::size_t column) const {
+  // A file may give a column of another kind stream data.
+  if (binaries_.empty())
+    binaries_.resize(values_.size());
+  return binaries_[column];
+}
+
 MSIBinary MSIEntry::BinaryAt(std::size_t column) const {
-  if (!binaries_[column]) {
+  std::shared_ptr<MSIBinary>& slot = binarySlot(column);
+  if (!slot) {
     if (values_[column].IsNull() || !owner_)
       return MSIBinary();
-    binaries_[column] =
-        std::make_shared<MSIBinary>(owner_->ReadStream(values_[column].GetStreamName()));
+    slot = std::make_shared<MSIBinary>(owner_->ReadStream(values_[column].GetStreamName()));
   }
-  return *binaries_[column];
+  return *slot;
 }
 
 void MSIEntry::SetStreamAt(std::size_t column, const TalString& stream) {
+  storedRow_ = kNoRow;
   values_[column] = MSIRecordColumn::Stream(stream);
-  binaries_[column].reset();
+  binarySlot(column).reset();
 }
 
 void MSIEntry::SetBinaryAt(std::size_t column, const MSIBinary& value) {
+  storedRow_ = kNoRow;
   if (value.GetSize() == 0) {
-    binaries_[column].reset();
+    binarySlot(column).reset();
     values_[column] = MSIRecordColumn();
   } else {
-    binaries_[column] = std::make_shared<MSIBinary>(value);
+    binarySlot(column) = std::make_shared<MSIBinary>(value);
   }
   valueChanged();
   Modify();
 }
 
 bool MSIEntry::store(std::size_t column, MSIRecordColumn value) {
+  storedRow_ = kNoRow;
   if (owner_ && isKeyColumn(column) && !(value == values_[column])) {
     if (!owner_->rekey(*this, column, value))
       return false;

@@ -2,7 +2,9 @@
 
 #include "odlex/msi/MSITable.h"
 
+#include <algorithm>
 #include <atomic>
+#include <numeric>
 #include <unordered_set>
 
 #include "msi/engine/Database.h"
@@ -21,16 +23,6 @@ MSIEntry* asEntry(RWCollectable* item) {
 
 // The last row epoch given to any table (see GetRowEpoch).
 std::atomic<std::uint64_t> lastRowEpoch{0};
-
-// The key FindBy indexes a cell under: its kind, then its text or number.
-std::u16string indexKey(const MSIRecordColumn& cell) {
-  std::u16string key(1, static_cast<char16_t>(u'0' + cell.GetKind()));
-  if (cell.GetKind() == MSIRecordColumn::kindString)
-    key += odlex::rows::CellText::of(cell);
-  else
-    key += cell.GetString().u16();
-  return key;
-}
 
 }  // namespace
 
@@ -136,8 +128,14 @@ bool MSITable::Populate() {
   if (!table)
     return true;
   const odlex::rows::ColumnMap map(*schema_, *table);
+  // Rows taken in key order join the tree at its end, without a search each.
+  std::vector<std::size_t> order = map.keyOrder(db->strings());
+  if (order.size() != table->rowCount()) {
+    order.resize(table->rowCount());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+  }
   std::size_t duplicates = 0;
-  for (std::size_t row = 0; row < table->rowCount(); ++row) {
+  for (const std::size_t row : order) {
     std::unique_ptr<MSIEntry> entry = NewEntry();
     for (std::size_t column = 0; column < entry->values_.size(); ++column) {
       entry->values_[column] = map.read(db->strings(), row, column);
@@ -145,12 +143,14 @@ bool MSITable::Populate() {
         knownStreams_.push_back(entry->values_[column].GetStreamName().u16());
     }
     entry->owner_ = this;
-    if (rows_.insert(entry.get()) != entry.get()) {
+    entry->storedRow_ = static_cast<std::uint32_t>(row);
+    if (rows_.append(entry.get()) != entry.get()) {
       ++duplicates;
       continue;
     }
     entry.release();
   }
+  rememberStored(*table);
   if (duplicates == 0)
     return true;
   ReportError(odlex::engine::kInvalidData,
@@ -176,6 +176,8 @@ bool MSITable::PopulateKeepingEdits() {
     if (RWCollectable* read = rows_.remove(row.get()))
       delete asEntry(read);
     row->owner_ = this;
+    // Its values are not those of the table as now read.
+    row->storedRow_ = MSIEntry::kNoRow;
     rows_.insert(row.release());
     rowChanged();
   }
@@ -228,20 +230,41 @@ bool MSITable::Persist() {
       }
     }
     const odlex::rows::ColumnMap map(*schema_, *table);
-    table->clearRows();
-    table->resizeRows(live.size());
+    // Rows unchanged since they were read from (or written to) this table as it still is are
+    // copied from their cells; the others are written from their values.
+    const bool stored = storedIn(*table);
+    const std::size_t width = table->columnCount();
+    std::vector<std::uint32_t> cells(live.size() * width);
     for (std::size_t index = 0; index < live.size(); ++index) {
       const MSIEntry* row = live[index];
-      map.write(
-          db->strings(), row->values_,
-          [row](std::size_t column) { return !row->cellIsNull(column); }, table->row(index));
+      const std::span<std::uint32_t> target(cells.data() + index * width, width);
+      if (stored && !row->modified_ && row->storedRow_ < table->rowCount())
+        map.writeUnchanged(db->strings(), row->storedRow_, target);
+      else
+        map.write(
+            db->strings(), row->values_,
+            [row](std::size_t column) { return !row->cellIsNull(column); }, target);
     }
+    table->assignRows(std::move(cells));
     writeStreams(live, *table);
+    for (std::size_t index = 0; index < live.size(); ++index)
+      live[index]->storedRow_ = static_cast<std::uint32_t>(index);
+    rememberStored(*table);
   }
   for (MSIEntry* row : live)
     row->modified_ = false;
   dirty_ = false;
   return true;
+}
+
+void MSITable::rememberStored(const odlex::engine::Table& table) {
+  const odlex::engine::Table::Version version = table.version();
+  storedTable_ = version.table;
+  storedChanges_ = version.changes;
+}
+
+bool MSITable::storedIn(const odlex::engine::Table& table) const {
+  return table.version() == odlex::engine::Table::Version{storedTable_, storedChanges_};
 }
 
 void MSITable::writeStreams(const std::vector<MSIEntry*>& live, odlex::engine::Table& table) {
@@ -338,17 +361,45 @@ MSIEntry* MSITable::FindEntry(const MSIEntry& probe) const {
   return held && !held->IsDeleted() ? held : nullptr;
 }
 
-const std::multimap<std::u16string, MSIEntry*>& MSITable::indexOf(std::size_t column) const {
+MSITable::IndexKey MSITable::IndexKey::of(const MSIRecordColumn& cell) {
+  IndexKey key;
+  key.kind = cell.GetKind();
+  if (cell.GetKind() == MSIRecordColumn::kindString)
+    key.text = odlex::rows::CellText::of(cell);
+  else if (cell.GetKind() == MSIRecordColumn::kindInteger)
+    key.number = cell.GetInteger();
+  // Stream cells all index alike: their value is the data, not the stream's name.
+  return key;
+}
+
+const MSITable::ColumnIndex& MSITable::indexOf(std::size_t column) const {
   auto [index, built] = indexes_.try_emplace(column);
   if (built) {
+    index->second.reserve(rows_.entries());
     for (RWCollectable* item : rows_)
-      index->second.emplace(indexKey(asEntry(item)->values_[column]), asEntry(item));
+      index->second.emplace_back(IndexKey::of(asEntry(item)->values_[column]), asEntry(item));
+    // Stable: rows of one value stay in key order.
+    std::stable_sort(index->second.begin(), index->second.end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
   }
   return index->second;
 }
 
+std::pair<MSITable::ColumnIndex::const_iterator, MSITable::ColumnIndex::const_iterator>
+MSITable::rowsWith(const ColumnIndex& index, const MSIRecordColumn& value) {
+  struct ByKey {
+    bool operator()(const std::pair<IndexKey, MSIEntry*>& row, const IndexKey& key) const {
+      return row.first < key;
+    }
+    bool operator()(const IndexKey& key, const std::pair<IndexKey, MSIEntry*>& row) const {
+      return key < row.first;
+    }
+  };
+  return std::equal_range(index.begin(), index.end(), IndexKey::of(value), ByKey{});
+}
+
 MSIEntry* MSITable::FindEntryBy(std::size_t column, const MSIRecordColumn& value) const {
-  auto [first, last] = indexOf(column).equal_range(indexKey(value));
+  auto [first, last] = rowsWith(indexOf(column), value);
   for (auto at = first; at != last; ++at)
     if (!at->second->IsDeleted())
       return at->second;
@@ -358,7 +409,7 @@ MSIEntry* MSITable::FindEntryBy(std::size_t column, const MSIRecordColumn& value
 std::vector<MSIEntry*> MSITable::FindEntriesBy(std::size_t column,
                                                const MSIRecordColumn& value) const {
   std::vector<MSIEntry*> found;
-  auto [first, last] = indexOf(column).equal_range(indexKey(value));
+  auto [first, last] = rowsWith(indexOf(column), value);
   for (auto at = first; at != last; ++at)
     if (!at->second->IsDeleted())
       found.push_back(at->second);
@@ -366,6 +417,8 @@ std::vector<MSIEntry*> MSITable::FindEntriesBy(std::size_t column,
 }
 
 bool MSITable::rekey(MSIEntry& entry, std::size_t column, const MSIRecordColumn& value) {
+  // The indexes read the value about to be replaced.
+  indexes_.clear();
   rows_.remove(&entry);
   MSIRecordColumn old = entry.values_[column];
   entry.values_[column] = value;
