@@ -72,8 +72,6 @@ std::uint32_t StringPool::intern(std::u16string_view text) {
 }
 
 std::uint32_t StringPool::find(std::u16string_view text) const {
-  if (text.empty())
-    return 0;
   if (!indexed_)
     buildIndex();
   auto found = index_.find(text);
@@ -81,9 +79,7 @@ std::uint32_t StringPool::find(std::u16string_view text) const {
 }
 
 void StringPool::appendLoaded(std::u16string_view text) {
-  std::uint32_t id = append(text);
-  if (indexed_ && !text.empty())
-    index_.insert(id);
+  append(text);
 }
 
 void StringPool::clear() {
