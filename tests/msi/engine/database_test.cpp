@@ -308,7 +308,7 @@ TEST(DatabaseBadInput, InconsistentDatabasesAreRefusedWithAReason) {
                                   // A lead byte that ends the text without its trail byte.
                                   tableStream(root, u"_StringData").data.back() = 0x93;
                                 }),
-                "inside a character of code page 932");
+                "is not valid in code page 932");
   expectInvalid(tamperedPackage(dir,
                                 [](auto& root) {
                                   std::erase_if(root.children, [](auto& c) {
