@@ -397,11 +397,11 @@ TEST(DatabaseSaving, RefusedSavesLeaveTheFileAsItWas) {
   }
 }
 
-// The bytes of "Inner" in storage Sub, as the database reads them.
-std::vector<std::uint8_t> innerOfSub(const Database& db) {
+// The bytes of "Inner" in storage `name`, as the database reads them.
+std::vector<std::uint8_t> innerOf(const Database& db, std::u16string_view name = u"Sub") {
   storage::CompoundNode read;
   Error error;
-  EXPECT_TRUE(db.readStorage(u"Sub", read, error)) << error.text;
+  EXPECT_TRUE(db.readStorage(name, read, error)) << error.text;
   return read.children.empty() ? std::vector<std::uint8_t>{} : read.children[0].data;
 }
 
@@ -413,13 +413,13 @@ TEST(DatabaseStorages, AReplacedStorageIsReadAndSavedInPlaceOfTheOld) {
   Error error;
   ASSERT_EQ(db->commit(error), kSuccess) << error.text;
   auto reopened = openOrFail(dir / "s.msi", OpenMode::kUpdate);
-  EXPECT_EQ(innerOfSub(*reopened), std::vector<std::uint8_t>{1});
+  EXPECT_EQ(innerOf(*reopened, u"Another"), std::vector<std::uint8_t>{9});
+  EXPECT_EQ(innerOf(*reopened), std::vector<std::uint8_t>{1});
   reopened->setStorage(u"Sub", storageHolding({2}));
-  EXPECT_EQ(innerOfSub(*reopened), std::vector<std::uint8_t>{2});
+  EXPECT_EQ(innerOf(*reopened), std::vector<std::uint8_t>{2});
   ASSERT_EQ(reopened->commit(error), kSuccess) << error.text;
   EXPECT_EQ(reopened->storageNames(), (std::vector<std::u16string>{u"Another", u"Sub"}));
-  EXPECT_EQ(innerOfSub(*openOrFail(dir / "s.msi", OpenMode::kReadOnly)),
-            std::vector<std::uint8_t>{2});
+  EXPECT_EQ(innerOf(*openOrFail(dir / "s.msi", OpenMode::kReadOnly)), std::vector<std::uint8_t>{2});
 }
 
 // A read of a stream or storage still in the opened file that fails is reported, naming it.
