@@ -99,9 +99,9 @@ unsigned ODLEXTObject::SearchAndReplace(const TalString& find, const TalString& 
       }
       if (replaced == 0 || !fits(column, text) || (database_ && !IsStringOK(text)))
         continue;
-      if (!row->SetColumn(column.GetName(),
-                          text.isNull() ? MSIRecordColumn() : MSIRecordColumn::String(text)))
-        continue;
+      // A searchable column (text, not a key) takes any text that fits it.
+      row->SetColumn(column.GetName(),
+                     text.isNull() ? MSIRecordColumn() : MSIRecordColumn::String(text));
       count += replaced;
       changed = true;
     }

@@ -46,12 +46,15 @@ TEST(Checkers, MatchOnlyTextColumnsThatAreNoKeyOrReference) {
       {exact, u"Environment", u"Environment", u"Value", false},  // key
       {exact, u"Environment", u"Component_", u"Value", false},   // reference
       {empty, u"Environment", u"Name", u"", true},
-      {empty, u"Environment", u"Name", u"abc", true},
+      {ODLEXRegExpChecker(empty), u"Environment", u"Name", u"abc", true},
       {empty, u"Environment", u"Environment", u"", false},
       {empty, u"Component", u"Attributes", u"4", false},  // not text
       {bad, u"Environment", u"Name", u"(", false},
       {ODLEXBaseChecker(), u"Environment", u"Name", u"", false},
   };
+  TalString text = u"aaa";
+  EXPECT_EQ(SubStringReplace(text, u"", u"b"), 0u) << "an empty text is found everywhere";
+  EXPECT_EQ(ODLEXTObject().Search(exact), 0u) << "a table object of no table";
   for (std::size_t i = 0; i < std::size(cases); ++i) {
     SCOPED_TRACE(testing::Message() << "case #" << i);
     EXPECT_EQ(cases[i].checker(columnOf(cases[i].table, cases[i].column),
@@ -109,6 +112,7 @@ TEST_F(SearchReplaceTest, PackageWideSearchAndReplaceKeepTheProductsIdentity) {
   EXPECT_EQ(found[0].table, u"Property");
   ASSERT_EQ(matches.size(), 1u);
   EXPECT_EQ(matches[0].column, u"Value");
+  EXPECT_EQ(db.GetProperty().Search(ODLEXRegExpChecker(oracle)), 1u);
 
   const struct {
     TalString find;

@@ -239,12 +239,7 @@ std::shared_ptr<const storage::StreamSource> Database::streamSource(std::u16stri
     return slot.source;
   if (slot.data)
     return storage::memorySource(*slot.data);
-  std::shared_ptr<const storage::StreamSource> stream = reader_->streamSource(slot.entry);
-  if (!stream) {
-    error = Error{kReadFault, "stream " + toUtf8(name) + " is not in the file"};
-    return nullptr;
-  }
-  return std::make_shared<OpenedFileSource>(reader_, std::move(stream));
+  return std::make_shared<OpenedFileSource>(reader_, reader_->streamSource(slot.entry));
 }
 
 void Database::setStream(std::u16string name, std::vector<std::uint8_t> data) {
@@ -297,7 +292,7 @@ bool Database::readStorage(std::u16string_view name, storage::CompoundNode& out,
       out = *slot.replacement;
       return true;
     }
-    return readStoredNode(slot.entry, out, error);
+    return readStoredNode(slot, out, error);
   }
   error = Error{kFileNotFound, "no storage named " + toUtf8(name)};
   return false;
@@ -318,12 +313,12 @@ bool Database::removeStorage(std::u16string_view name) {
          0;
 }
 
-bool Database::readStoredNode(std::uint32_t entry, storage::CompoundNode& out, Error& error,
+bool Database::readStoredNode(const StorageSlot& slot, storage::CompoundNode& out, Error& error,
                               storage::StreamContents contents) const {
   std::string reason;
-  if (storage::readCompoundTree(*reader_, entry, out, reason, contents))
+  if (storage::readCompoundTree(*reader_, slot.entry, out, reason, contents))
     return true;
-  error = Error{kReadFault, toUtf8(reader_->entries().at(entry).name) + ": " + reason};
+  error = Error{kReadFault, "storage " + toUtf8(slot.name) + ": " + reason};
   return false;
 }
 

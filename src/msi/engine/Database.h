@@ -129,8 +129,8 @@ class Database {
 
   Database(storage::FileSystem& fs, OpenMode mode);
   bool load(Error& error);
-  // Copies an entry of the opened file (a stream, or a storage with everything in it).
-  bool readStoredNode(std::uint32_t entry, storage::CompoundNode& out, Error& error,
+  // Copies a storage of the opened file with everything in it.
+  bool readStoredNode(const StorageSlot& slot, storage::CompoundNode& out, Error& error,
                       storage::StreamContents contents = storage::StreamContents::kRead) const;
   // The tree of the file to write: tables encoded, streams still in the opened file as
   // sources read when the file is written.

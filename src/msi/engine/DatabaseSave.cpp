@@ -29,19 +29,19 @@ storage::CompoundNode streamNode(std::u16string name, std::vector<std::uint8_t> 
   return node;
 }
 
-// The container name of a stream: its original name when it came from the file, else the
-// packed form (names starting with U+0005 are system streams and are never packed).
-bool containerName(const std::u16string& storedName, const std::u16string& name, bool isTable,
+// The container name of a stream or storage: its original name when it came from the file, else
+// the packed form (names starting with U+0005 are system streams and are never packed).
+bool containerName(const std::u16string& storedName, const std::u16string& name,
                    std::u16string& out, Error& error) {
   if (!storedName.empty()) {
     out = storedName;
     return true;
   }
-  if (!isTable && name.starts_with(u'\u0005')) {
+  if (name.starts_with(u'\u0005')) {
     out = name;
     return true;
   }
-  auto encoded = storage::encodeStreamName(name, isTable);
+  auto encoded = storage::encodeStreamName(name, false);
   if (!encoded) {
     error = Error{kFunctionFailed, "the name " + toUtf8(name) + " is too long to store"};
     return false;
@@ -127,33 +127,31 @@ bool Database::buildTree(storage::CompoundNode& root, Error& error) {
     addTableStream(*table, std::move(bytes));
   }
 
-  auto addStream = [&](const StreamSlot& slot, bool isTable) {
+  for (const auto& [name, slot] : streams_) {
     storage::CompoundNode node;
     if (slot.data)
       node.data = *slot.data;
     else
       node.source = slot.source ? slot.source : reader_->streamSource(slot.entry);
-    if (!containerName(slot.storedName, slot.name, isTable, node.name, error))
+    if (!containerName(slot.storedName, slot.name, node.name, error))
       return false;
     root.children.push_back(std::move(node));
-    return true;
-  };
-  for (const auto& [name, slot] : streams_) {
-    if (!addStream(slot, false))
-      return false;
   }
+  // Streams kept as they were read go back under the names they were read with.
   for (const StreamSlot& slot : preserved_) {
-    if (!addStream(slot, true))
-      return false;
+    storage::CompoundNode node;
+    node.name = slot.storedName;
+    node.source = reader_->streamSource(slot.entry);
+    root.children.push_back(std::move(node));
   }
   for (const StorageSlot& slot : storages_) {
     storage::CompoundNode node;
     if (slot.replacement) {
       node = *slot.replacement;
-    } else if (!readStoredNode(slot.entry, node, error, storage::StreamContents::kSource)) {
+    } else if (!readStoredNode(slot, node, error, storage::StreamContents::kSource)) {
       return false;
     }
-    if (!containerName(slot.storedName, slot.name, false, node.name, error))
+    if (!containerName(slot.storedName, slot.name, node.name, error))
       return false;
     node.isStorage = true;
     root.children.push_back(std::move(node));

@@ -52,8 +52,6 @@ std::uint32_t StringPool::intern(std::u16string_view text) {
 }
 
 std::uint32_t StringPool::find(std::u16string_view text) const {
-  if (text.empty())
-    return 0;
   if (!indexed_)
     buildIndex();
   return slotOf(text, std::hash<std::u16string_view>{}(text));
@@ -101,9 +99,7 @@ std::uint32_t StringPool::canonical(std::uint32_t id) const {
 }
 
 void StringPool::appendLoaded(std::u16string_view text) {
-  std::uint32_t id = append(text);
-  if (indexed_ && !text.empty() && !addToIndex(id))
-    repeats_ = true;
+  append(text);
 }
 
 void StringPool::clear() {

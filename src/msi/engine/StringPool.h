@@ -34,7 +34,8 @@ class StringPool {
   // Number of ids in use, including the null id 0.
   std::uint32_t size() const { return static_cast<std::uint32_t>(lengths_.size()); }
 
-  // Loading: append strings in id order (id 1 first). Empty entries keep their id unused.
+  // Loading, into a pool just cleared: append strings in id order (id 1 first). Empty entries
+  // keep their id unused. The index of lookups is built after, on the first one.
   void appendLoaded(std::u16string_view text);
   void clear();
 

@@ -63,8 +63,6 @@ void Table::removeTemporaryColumns() {
   }
   std::erase_if(columns_, [](const Column& column) { return column.temporary(); });
   cells_ = std::move(cells);
-  if (columns_.empty())
-    temporaryRows_.clear();
   keyCount_ = 0;
   while (keyCount_ < columns_.size() && columns_[keyCount_].key())
     ++keyCount_;

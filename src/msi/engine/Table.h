@@ -53,7 +53,7 @@ class Table {
 
   // Appends a column (never a key); every row gets a null cell in it.
   void addColumn(Column column);
-  // Removes the temporary columns and their cells.
+  // Removes the temporary columns and their cells. REQUIRES: the table is not temporary().
   void removeTemporaryColumns();
 
   std::uint32_t holdCount() const { return holdCount_; }

@@ -30,10 +30,6 @@ bool decodeTable(const std::vector<std::uint8_t>& stream, Table& table, unsigned
                  std::uint32_t poolSize, std::string& error) {
   const std::size_t rowSize = storedRowSize(table.columns(), referenceSize);
   const std::string where = "table " + toUtf8(table.name());
-  if (rowSize == 0) {
-    error = where + ": no stored columns";
-    return false;
-  }
   if (stream.size() % rowSize != 0) {
     error = where + ": stream of " + std::to_string(stream.size()) +
             " bytes is not a whole number of " + std::to_string(rowSize) + "-byte rows";

@@ -16,7 +16,8 @@ namespace odlex::engine {
 // Bytes one row takes on disk.
 std::size_t storedRowSize(const std::vector<Column>& columns, unsigned referenceSize);
 
-// Fills `table` (which has its columns, none of them temporary, and no rows) from `stream`.
+// Fills `table` (which has its columns, at least one and none of them temporary, and no rows)
+// from `stream`.
 // String references must be below `poolSize`.
 bool decodeTable(const std::vector<std::uint8_t>& stream, Table& table, unsigned referenceSize,
                  std::uint32_t poolSize, std::string& error);

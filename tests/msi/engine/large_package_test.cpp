@@ -24,30 +24,6 @@
 namespace odlex::engine {
 namespace {
 
-// The bytes of a file as a stream source (the file is read, never loaded whole).
-class FileSource final : public storage::StreamSource {
- public:
-  explicit FileSource(std::filesystem::path path) : path_(std::move(path)) {}
-  std::uint64_t size() const override { return std::filesystem::file_size(path_); }
-  std::unique_ptr<storage::StreamReader> open(std::string& error) const override {
-    struct Reader final : storage::StreamReader {
-      std::unique_ptr<storage::ReadableFile> file;
-      std::uint64_t at = 0;
-      bool read(std::uint8_t* out, std::size_t length, std::string& why) override {
-        const bool ok = file->readAt(at, out, length, why);
-        at += length;
-        return ok;
-      }
-    };
-    auto reader = std::make_unique<Reader>();
-    reader->file = storage::FileSystem::real().openRead(path_, error);
-    return reader->file ? std::move(reader) : nullptr;
-  }
-
- private:
-  std::filesystem::path path_;
-};
-
 // A package with table Kept and a stream "Binary.Big" of `streamSize` bytes (zeros, but the
 // last one, 0x5A).
 std::filesystem::path writeLargePackage(const test::TempDir& dir, std::uint64_t streamSize) {
@@ -69,7 +45,7 @@ std::filesystem::path writeLargePackage(const test::TempDir& dir, std::uint64_t 
   EXPECT_TRUE(storage::readCompoundTree(*reader, 0, root, reason)) << reason;
   storage::CompoundNode big;
   big.name = *storage::encodeStreamName(u"Binary.Big", false);
-  big.source = std::make_shared<FileSource>(dir / "blob");
+  big.source = storage::fileSource(storage::FileSystem::real(), dir / "blob", reason);
   root.children.push_back(std::move(big));
   storage::CompoundFileWriter writer;
   EXPECT_TRUE(writer.plan(root, reason)) << reason;
