@@ -10,6 +10,7 @@
 #include <map>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "common/PathText.h"
 #include "common/TempDir.h"
@@ -69,11 +70,19 @@ const WriteBackCase kCases[] = {
        table.Find(u"C")->SetValue(u"z");
      },
      {{"A", "1"}, {"B", "2"}, {"C", "z"}}},
-    // A loaded pool may hold a text twice; the row written back names the first.
+    // A loaded pool may hold a text twice; the row written back names the first. The pool is
+    // loaded again as a reader loads one, with "2" repeated at its end.
     {"TextHeldTwiceInThePool",
      [](MSITProperty&, engine::Database& engine) {
-       engine.strings().appendLoaded(u"2");
-       engine.findTable(u"Property")->setCell(rowOf(engine, u"B"), 1, engine.strings().size() - 1);
+       engine::StringPool& pool = engine.strings();
+       std::vector<std::u16string> texts;
+       for (std::uint32_t id = 1; id < pool.size(); ++id)
+         texts.emplace_back(pool.get(id));
+       pool.clear();
+       for (const std::u16string& text : texts)
+         pool.appendLoaded(text);
+       pool.appendLoaded(u"2");
+       engine.findTable(u"Property")->setCell(rowOf(engine, u"B"), 1, pool.size() - 1);
      },
      nothing,
      {{"A", "1"}, {"B", "2"}, {"C", "3"}}},
