@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Times saving a package that carries one large stream (a cabinet) against copying the file:
 # `odlex rewrite` to a new file, an edit saved in place (`odlex import` of its Property table),
-# a transform applied into a new file and every table exported, each beside `cp` of the package
+# a transform applied into a new file, every table exported and a merge module merged into a
+# new file, each beside `cp` of the package
 # followed by `sync` (a save flushes what it writes).
 # Prints the best of three runs of each, odlex's as a ratio to the copy (lower is better), and
 # the peak resident memory of the odlex runs.
@@ -15,7 +16,13 @@ work="$(mktemp -d "${TMPDIR:-/tmp}/odlex-large.XXXXXX")"
 trap 'rm -rf "$work"' EXIT
 
 head -c $((megabytes << 20)) /dev/urandom >"$work/cabinet"
-"$tool" import "$work/package.msi" "$root/examples/sample/Property.idt" >/dev/null
+sample="$root/examples/sample"
+"$tool" import "$work/package.msi" "$sample/Property.idt" "$sample/Feature.idt" \
+  "$sample/Directory.idt" >/dev/null
+# A merge module of its signature alone: merging it writes the whole package anew.
+printf 'ModuleID\tLanguage\tVersion\ns72\ti2\ts32\nModuleSignature\tModuleID\tLanguage\n%s\t1033\t1.0.0.0\n' \
+  Bench.1A2B3C4D_5E6F_4A5B_8C9D_0E1F2A3B4C5D >"$work/ModuleSignature.idt"
+"$tool" import "$work/module.msm" "$work/ModuleSignature.idt" >/dev/null
 msibuild "$work/package.msi" -a Cabinet.cab "$work/cabinet"
 rm "$work/cabinet"
 "$tool" export "$work/package.msi" Property -o "$work/Property.idt"
@@ -49,11 +56,14 @@ for _ in 1 2 3; do
   rm "$work/applied.msi"
   measure "$work/export-all" "$tool" export-all "$work/package.msi" "$work/tables"
   rm -r "$work/tables"
+  measure "$work/merge" "$tool" merge "$work/package.msi" "$work/module.msm" --feature Main \
+    --directory TARGETDIR -o "$work/merged.msi"
+  rm "$work/merged.msi"
 done
 best() { sort -n "$1" | head -1; }
 read -r copy _ < <(best "$work/copy")
 echo "package of $megabytes MiB: cp + sync ${copy}s"
-for run in rewrite edit transform export-all; do
+for run in rewrite edit transform export-all merge; do
   read -r seconds peak < <(best "$work/$run")
   awk -v run="$run" -v s="$seconds" -v c="$copy" -v kb="$peak" \
     'BEGIN { printf "odlex %s: %.2fs (%.2fx the copy), peak %d MiB\n", run, s, s / c, kb / 1024 }'
