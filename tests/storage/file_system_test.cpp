@@ -9,6 +9,7 @@
 
 #include "common/FaultyFileSystem.h"
 #include "common/TempDir.h"
+#include "storage/ForwardingFileSystem.h"
 #include "storage/MemoryFileSystem.h"
 
 namespace odlex::storage {
@@ -79,40 +80,19 @@ TEST(RealFileSystem, ReplaceLeavesOnlyTheTargetWithItsPermissions) {
 }
 
 // The real file system, noting the permission bits and owner of each file as it is created.
-class CreationWatcher final : public FileSystem {
+class CreationWatcher final : public ForwardingFileSystem {
  public:
-  std::unique_ptr<ReadableFile> openRead(const std::filesystem::path& path,
-                                         std::string& error) override {
-    return real_.openRead(path, error);
-  }
+  CreationWatcher() : ForwardingFileSystem(FileSystem::real()) {}
   std::unique_ptr<WritableFile> createFile(const std::filesystem::path& path,
                                            const NewFileOptions& options,
                                            std::string& error) override {
-    auto file = real_.createFile(path, options, error);
+    auto file = inner().createFile(path, options, error);
     if (file)
       ::stat(path.c_str(), &created);
     return file;
   }
-  bool rename(const std::filesystem::path& from, const std::filesystem::path& to,
-              std::string& error) override {
-    return real_.rename(from, to, error);
-  }
-  bool resolveLinks(const std::filesystem::path& path, std::filesystem::path& resolved,
-                    std::string& error) override {
-    return real_.resolveLinks(path, resolved, error);
-  }
-  bool remove(const std::filesystem::path& path, std::string& error) override {
-    return real_.remove(path, error);
-  }
-  bool exists(const std::filesystem::path& path) override { return real_.exists(path); }
-  bool createDirectories(const std::filesystem::path& path, std::string& error) override {
-    return real_.createDirectories(path, error);
-  }
 
   struct stat created {};
-
- private:
-  FileSystem& real_ = FileSystem::real();
 };
 
 TEST(RealFileSystem, ReplaceWritesThroughLinksPrivatelyAndWithinNameLimits) {
