@@ -59,20 +59,11 @@ TEST(DatabaseRoundTrip, TablesRowsStreamsAndNullsSurviveSaveAndReopen) {
   auto back = openOrFail(dir / "new.msi", OpenMode::kReadOnly);
   ASSERT_EQ(back->tableCount(), 1u);
   EXPECT_EQ(back->codePage(), 1252u);
-  const Table& read = back->table(0);
-  ASSERT_EQ(read.rowCount(), 3u);
-  ASSERT_EQ(read.columns().size(), 4u);
-  EXPECT_EQ(read.columns()[1].type, kInteger16 | kNullable);
+  EXPECT_EQ(back->table(0).columns()[1].type, kInteger16 | kNullable);
   // On disk rows are in key order: ids of "zeta", "alpha", "été" were given in that order.
-  EXPECT_EQ(read.text(back->strings(), 0, 0), u"zeta");
-  EXPECT_EQ(read.integer(0, 1), -32767);
-  EXPECT_EQ(read.integer(0, 2), INT32_MAX);
-  EXPECT_TRUE(read.isNull(1, 1));
-  EXPECT_EQ(read.integer(1, 2), -1);
-  EXPECT_EQ(read.text(back->strings(), 2, 0), u"\u00e9t\u00e9");
-  EXPECT_TRUE(read.isNull(2, 2));
-  EXPECT_FALSE(read.isNull(1, 3));
-  EXPECT_TRUE(read.isNull(0, 3));
+  EXPECT_EQ(tableLines(*back, u"Sample"),
+            (std::vector<std::string>{"zeta\t-32767\t2147483647\t", "alpha\t\t-1\tstream",
+                                      "\xc3\xa9t\xc3\xa9\t32767\t\t"}));
   std::vector<std::uint8_t> data;
   ASSERT_TRUE(back->readStream(u"Sample.alpha", data, error)) << error.text;
   EXPECT_EQ(data, (std::vector<std::uint8_t>{1, 2, 3}));
@@ -111,29 +102,6 @@ TEST(DatabaseRoundTrip, AStreamSetFromAFileIsSavedWithTheFilesBytes) {
   }
 }
 
-TEST(DatabaseRoundTrip, ManyStringsUseThreeByteReferences) {
-  test::TempDir dir;
-  auto db = openOrFail(dir / "big.msi", OpenMode::kCreate);
-  Error error;
-  Table* table = db->createTable(
-      u"Big", {Column{u"Key", kText | kKey | 72}, Column{u"Value", kText | kNullable}}, error);
-  ASSERT_TRUE(table);
-  const int rows = 36000;  // two distinct strings a row: past 65,535 ids
-  for (int i = 0; i < rows; ++i) {
-    std::size_t row = table->addRow();
-    std::string key = "key" + std::to_string(i), value = "value" + std::to_string(i);
-    table->setCell(row, 0, db->strings().intern(std::u16string(key.begin(), key.end())));
-    table->setCell(row, 1, db->strings().intern(std::u16string(value.begin(), value.end())));
-  }
-  ASSERT_EQ(db->commit(error), kSuccess) << error.text;
-
-  auto back = openOrFail(dir / "big.msi", OpenMode::kReadOnly);
-  const Table& read = back->table(0);
-  ASSERT_EQ(read.rowCount(), static_cast<std::size_t>(rows));
-  EXPECT_EQ(read.text(back->strings(), 0, 1), u"value0");
-  EXPECT_EQ(read.text(back->strings(), rows - 1, 1), u"value" + std::u16string(u"35999"));
-}
-
 TEST(DatabaseTables, TemporaryColumnsAndRowsAreNeverWritten) {
   test::TempDir dir;
   auto db = openOrFail(dir / "t.msi", OpenMode::kCreate);
@@ -155,11 +123,8 @@ TEST(DatabaseTables, TemporaryColumnsAndRowsAreNeverWritten) {
   ASSERT_EQ(db->commit(error), kSuccess) << error.text;
 
   auto back = openOrFail(dir / "t.msi", OpenMode::kReadOnly);
-  const Table& read = back->table(0);
-  ASSERT_EQ(read.columnCount(), 2u);
-  ASSERT_EQ(read.rowCount(), 1u);
-  EXPECT_EQ(read.columns()[1].name, u"Kept");
-  EXPECT_EQ(read.integer(0, 1), 7);
+  EXPECT_EQ(back->table(0).columns()[1].name, u"Kept");
+  EXPECT_EQ(tableLines(*back, u"Held"), std::vector<std::string>{"k\t7"});
   EXPECT_EQ(back->strings().find(u"only in memory"), 0u);
   EXPECT_EQ(back->strings().find(u"temporary row"), 0u);
 }

@@ -9,7 +9,6 @@
 #include "common/TempDir.h"
 #include "msi/engine/Database.h"
 #include "msi/engine/EngineTest.h"
-#include "odlex/support/Utf8.h"
 
 namespace odlex::engine {
 namespace {
@@ -20,27 +19,6 @@ using OpenMode = Database::OpenMode;
 std::vector<std::string> sorted(std::vector<std::string> lines) {
   std::sort(lines.begin(), lines.end());
   return lines;
-}
-
-// One table as .idt data lines (fields joined by tabs, null as empty), through the engine.
-std::vector<std::string> engineLines(const Database& db, std::u16string_view name) {
-  const Table* table = db.findTable(name);
-  EXPECT_TRUE(table) << "no table";
-  std::vector<std::string> lines;
-  for (std::size_t row = 0; table && row < table->rowCount(); ++row) {
-    std::string line;
-    for (std::size_t column = 0; column < table->columnCount(); ++column) {
-      if (column > 0)
-        line += '\t';
-      if (table->isNull(row, column))
-        continue;
-      line += table->columns()[column].isInteger()
-                  ? std::to_string(table->integer(row, column))
-                  : Utf16ToUtf8(table->text(db.strings(), row, column));
-    }
-    lines.push_back(std::move(line));
-  }
-  return sorted(std::move(lines));
 }
 
 struct EdgeTable {
@@ -86,7 +64,7 @@ TEST(EngineLimits, EdgeValuesReadFromMsibuildAndWrittenForMsiinfo) {
     const auto built = dir / (std::string(edge.name) + ".msi");
     const auto run = test::runProcess({"msibuild", built.string(), "-i", idtPath.string()});
     ASSERT_TRUE(run.ok()) << run.describe();
-    EXPECT_EQ(engineLines(*openOrFail(built, OpenMode::kReadOnly), Utf8ToUtf16(edge.name)),
+    EXPECT_EQ(sorted(tableLines(*openOrFail(built, OpenMode::kReadOnly), Utf8ToUtf16(edge.name))),
               expected);
 
     const auto written = dir / (std::string(edge.name) + "-written.msi");
