@@ -4,11 +4,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 
 #include "msi/engine/ByteIo.h"
 #include "msi/engine/Database.h"
-#include "msi/engine/Text.h"
+#include "msi/engine/EngineTest.h"
 #include "msi/transform/Transform.h"
 #include "storage/MemoryFileSystem.h"
 #include "storage/StreamName.h"
@@ -99,20 +100,9 @@ std::unique_ptr<engine::Database> baseDatabase(storage::MemoryFileSystem& fs) {
   return db;
 }
 
-// Table NAME as "key=value" lines in key order.
+// Table `name` as .idt data lines, sorted.
 std::vector<std::string> rowsOf(const engine::Database& db, std::u16string_view name) {
-  std::vector<std::string> rows;
-  const engine::Table* table = db.findTable(name);
-  if (!table)
-    return {"(no table)"};
-  for (std::size_t r : table->keyOrder()) {
-    std::string line;
-    for (std::size_t c = 0; c < table->columnCount(); ++c) {
-      const Value value = cellValue(db, *table, r, c);
-      line += (c == 0 ? "" : c == 1 ? "=" : ",") + engine::toUtf8(value.display());
-    }
-    rows.push_back(line);
-  }
+  std::vector<std::string> rows = engine::tableLines(db, name);
   std::sort(rows.begin(), rows.end());
   return rows;
 }
@@ -142,8 +132,9 @@ TEST(HandBuiltTransform, AddsUpdatesDeletesRowsAndAddsATable) {
   std::vector<Conflict> conflicts;
   ASSERT_EQ(apply(*db, t, 0, conflicts), engine::kSuccess);
   EXPECT_TRUE(conflicts.empty());
-  EXPECT_EQ(rowsOf(*db, u"Property"), (std::vector<std::string>{"KEEP=k", "NEW=v", "OLD=changed"}));
-  EXPECT_EQ(rowsOf(*db, u"Extra"), (std::vector<std::string>{"a=5", "b="}));
+  EXPECT_EQ(rowsOf(*db, u"Property"),
+            (std::vector<std::string>{"KEEP\tk", "NEW\tv", "OLD\tchanged"}));
+  EXPECT_EQ(rowsOf(*db, u"Extra"), (std::vector<std::string>{"a\t5", "b\t"}));
 }
 
 // Each error condition: unsuppressed, the transform fails and changes nothing; suppressed (by
@@ -157,7 +148,7 @@ TEST(HandBuiltTransform, ErrorConditions) {
     std::function<void(HandTransform&)> build;
     std::vector<std::string> propertyAfter;  // when suppressed
   };
-  const std::vector<std::string> unchanged = {"GONE=g", "KEEP=k", "OLD=o"};
+  const std::vector<std::string> unchanged = {"GONE\tg", "KEEP\tk", "OLD\to"};
   const std::vector<Case> cases = {
       {"add existing row",
        kAddExistingRow,
@@ -165,14 +156,14 @@ TEST(HandBuiltTransform, ErrorConditions) {
        [](HandTransform& t) {
          t.record(u"Property", 0x0201, {t.str(u"KEEP"), t.str(u"new")});
        },
-       {"GONE=g", "KEEP=new", "OLD=o"}},
+       {"GONE\tg", "KEEP\tnew", "OLD\to"}},
       {"add existing row, named by the transform",
        kAddExistingRow,
        true,
        [](HandTransform& t) {
          t.record(u"Property", 0x0201, {t.str(u"KEEP"), t.str(u"new")});
        },
-       {"GONE=g", "KEEP=new", "OLD=o"}},
+       {"GONE\tg", "KEEP\tnew", "OLD\to"}},
       {"delete missing row", kDeleteMissingRow, false,
        [](HandTransform& t) { t.record(u"Property", 0, {t.str(u"NONE")}); }, unchanged},
       {"update missing row", kUpdateMissingRow, false,
@@ -191,7 +182,7 @@ TEST(HandBuiltTransform, ErrorConditions) {
          t.codePage = 1250;
          t.record(u"Property", 0x0201, {t.str(u"NEW"), t.str(u"v")});
        },
-       {"GONE=g", "KEEP=k", "NEW=v", "OLD=o"}},
+       {"GONE\tg", "KEEP\tk", "NEW\tv", "OLD\to"}},
   };
   for (const Case& test : cases) {
     SCOPED_TRACE(test.name);
