@@ -1,5 +1,6 @@
 #pragma once
-// Text helpers of the query tests: statements written in ASCII, and fields shown as text.
+// Text helpers of the query tests: statements written in ASCII, and fields and records shown as
+// text.
 
 #include <string>
 #include <string_view>
@@ -26,6 +27,14 @@ inline std::string show(const Field& field) {
       return "stream:" + Utf16ToUtf8(field.text);
   }
   return "?";
+}
+
+// The fields of a record joined with '|'.
+inline std::string show(const Record& record) {
+  std::string line;
+  for (const Field& field : record)
+    line += (line.empty() ? "" : "|") + show(field);
+  return line;
 }
 
 }  // namespace odlex::query

@@ -56,12 +56,8 @@ class QueryChange : public ::testing::Test {
     if (query->changes())
       return {"ok"};
     std::vector<std::string> rows;
-    for (Record record; query->fetch(record) == engine::kSuccess;) {
-      std::string line;
-      for (const Field& field : record)
-        line += (line.empty() ? "" : "|") + show(field);
-      rows.push_back(line);
-    }
+    for (Record record; query->fetch(record) == engine::kSuccess;)
+      rows.push_back(show(record));
     return rows;
   }
 

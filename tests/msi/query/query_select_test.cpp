@@ -69,12 +69,8 @@ class QueryTest : public ::testing::Test {
   static std::vector<std::string> fetchAll(Query& query) {
     std::vector<std::string> out;
     Record record;
-    while (query.fetch(record) == engine::kSuccess) {
-      std::string line;
-      for (const Field& field : record)
-        line += (line.empty() ? "" : "|") + show(field);
-      out.push_back(line);
-    }
+    while (query.fetch(record) == engine::kSuccess)
+      out.push_back(show(record));
     EXPECT_EQ(query.fetch(record), engine::kNoMoreItems);
     return out;
   }
