@@ -5,6 +5,7 @@
 
 #include <map>
 
+#include "common/IdtText.h"
 #include "common/Oracle.h"
 #include "common/Packages.h"
 #include "common/PeModule.h"
@@ -254,17 +255,6 @@ TEST(PackageFiles, AdministrativeImageInstallsLikeTheOriginal) {
   EXPECT_EQ(filesUnder(dir / "from-image"), filesUnder(dir / "from-original"));
 }
 
-std::vector<std::string> splitTabs(const std::string& row) {
-  std::vector<std::string> fields;
-  for (std::size_t start = 0;;) {
-    const std::size_t tab = row.find('\t', start);
-    fields.push_back(row.substr(start, tab - start));
-    if (tab == std::string::npos)
-      return fields;
-    start = tab + 1;
-  }
-}
-
 // The row of `key` in `table` as msiinfo exports it; empty when there is none (or no table).
 std::string rowOf(const fs::path& package, const std::string& table, const std::string& key) {
   if (test::msiinfoTables(package).out.find(table + "\n") == std::string::npos)
@@ -301,14 +291,15 @@ TEST(PackageFileEditor, ReplacedFileHasTheNewBytesAndRows) {
   const struct {
     const char* key;
     std::string bytes;
-    const char* versionAndLanguage;
+    const char* version;
+    const char* language;
     bool hashed;
   } cases[] = {
-      {"Readme", "a new readme\r\n", "\t", true},
-      {"DataDb", random, "\t", true},
+      {"Readme", "a new readme\r\n", "", "", true},
+      {"DataDb", random, "", "", true},
       {"MainExe",
        test::peModuleWith(16, test::versionResource(0x00020001, 0x00040003, {0x04B00409})),
-       "2.1.4.3\t1033", false},
+       "2.1.4.3", "1033", false},
   };
   const fs::path original = test::testPackage(test::PackageKind::kWixl).file;
   ASSERT_FALSE(original.empty());
@@ -335,40 +326,14 @@ TEST(PackageFileEditor, ReplacedFileHasTheNewBytesAndRows) {
     std::map<std::string, std::string> expected = before;
     expected.at(path) = test.bytes;
     EXPECT_EQ(msiextractFiles(out, dir / test.key), expected);
-    const std::vector<std::string> fields = splitTabs(rowOf(out, "File", test.key));
-    ASSERT_EQ(fields.size(), 8u);
-    EXPECT_EQ(fields[3], std::to_string(test.bytes.size()));
-    EXPECT_EQ(fields[4] + "\t" + fields[5], test.versionAndLanguage);
+    std::vector<std::string> row = test::splitCells(rowOf(original, "File", test.key));
+    ASSERT_EQ(row.size(), 8u);
+    row[3] = std::to_string(test.bytes.size());
+    row[4] = test.version;
+    row[5] = test.language;
+    EXPECT_EQ(rowOf(out, "File", test.key), test::joinCells(row));
     EXPECT_EQ(rowOf(out, "MsiFileHash", test.key),
               test.hashed ? expectedHashRow(test.key, replacement) : "");
-  }
-}
-
-TEST(PackageFileEditor, ReplaceRefusesWhatItCannotReplace) {
-  TempDir dir;
-  writeFileBytes(dir / "new", "new bytes");
-  const fs::path wixl = test::testPackage(test::PackageKind::kWixl).file;
-  const struct {
-    const char* name;
-    fs::path package;
-    const char* key;
-    fs::path newFile;
-    unsigned code;
-  } cases[] = {
-      {"unknown key", wixl, "NoSuchFile", dir / "new", 87},
-      {"missing new file", wixl, "Readme", dir / "missing", 2},
-      {"uncompressed file", msibuildUncompressed(dir.path()), "F1", dir / "new", 1627},
-  };
-  for (const auto& test : cases) {
-    SCOPED_TRACE(test.name);
-    TalError error;
-    auto editor =
-        ODLEXPackageFileEditor::Open(TalString::FromUtf8(test.package.string()),
-                                     TalString::FromUtf8((dir / "out.msi").string()), error);
-    ASSERT_TRUE(editor) << error.GetText().ToUtf8();
-    EXPECT_FALSE(editor->ReplaceFile(TalString::FromUtf8(test.key),
-                                     TalString::FromUtf8(test.newFile.string()), error));
-    EXPECT_EQ(error.GetCode(), test.code) << error.GetText().ToUtf8();
   }
 }
 
@@ -416,35 +381,55 @@ TEST(PackageFileEditor, AddedFilesHaveRowsAndANewCabinet) {
             (std::vector<std::string>{"1\t5\t\t#product.cab\t\t", "2\t7\t\t#added2.cab\t\t"}));
 }
 
-TEST(PackageFileEditor, AddRefusesUnknownComponentsAndTakenNames) {
+// A refused replacement or addition gives its code and leaves the editor's file list as it was.
+TEST(PackageFileEditor, RefusedEditsGiveTheirCode) {
   TempDir dir;
+  writeFileBytes(dir / "new", "new bytes");
   writeFileBytes(dir / "readme.txt", "same name as the package's readme");
-  writeFileBytes(dir / "fresh.txt", "fresh");
   const fs::path wixl = test::testPackage(test::PackageKind::kWixl).file;
+  using Edit = std::function<bool(ODLEXPackageFileEditor&, TalError&)>;
+  const auto replace = [](const char* key, const fs::path& file) -> Edit {
+    return [=](ODLEXPackageFileEditor& editor, TalError& error) {
+      return editor.ReplaceFile(TalString::FromUtf8(key), TalString::FromUtf8(file.string()),
+                                error);
+    };
+  };
+  const auto add = [](const char* component, const std::vector<fs::path>& paths) -> Edit {
+    return [=](ODLEXPackageFileEditor& editor, TalError& error) {
+      std::vector<TalString> files;
+      for (const fs::path& file : paths)
+        files.push_back(TalString::FromUtf8(file.string()));
+      std::vector<TalString> keys;
+      return editor.AddFiles(TalString::FromUtf8(component), files, keys, error);
+    };
+  };
   const struct {
-    const char* component;
-    std::vector<fs::path> files;
+    const char* name;
+    fs::path package;
+    Edit edit;
     unsigned code;
   } cases[] = {
-      {"NoSuchComponent", {dir / "fresh.txt"}, 87},
-      {"ReadmeDoc", {dir / "README.TXT"}, 2},
-      {"ReadmeDoc", {dir / "readme.txt"}, 87},
-      {"ReadmeDoc", {dir / "fresh.txt", dir / "fresh.txt"}, 87},
-      {"ReadmeDoc", {}, 87},
+      {"replace: unknown key", wixl, replace("NoSuchFile", dir / "new"), 87},
+      {"replace: missing new file", wixl, replace("Readme", dir / "missing"), 2},
+      {"replace: uncompressed file", msibuildUncompressed(dir.path()), replace("F1", dir / "new"),
+       1627},
+      {"add: unknown component", wixl, add("NoSuchComponent", {dir / "new"}), 87},
+      {"add: missing file", wixl, add("ReadmeDoc", {dir / "README.TXT"}), 2},
+      {"add: name taken", wixl, add("ReadmeDoc", {dir / "readme.txt"}), 87},
+      {"add: a file twice", wixl, add("ReadmeDoc", {dir / "new", dir / "new"}), 87},
+      {"add: no file", wixl, add("ReadmeDoc", {}), 87},
   };
-  for (std::size_t i = 0; i < std::size(cases); ++i) {
-    SCOPED_TRACE(testing::Message() << "case #" << i);
+  for (const auto& test : cases) {
+    SCOPED_TRACE(test.name);
     TalError error;
-    auto editor = ODLEXPackageFileEditor::Open(
-        TalString::FromUtf8(wixl.string()), TalString::FromUtf8((dir / "out.msi").string()), error);
+    auto editor =
+        ODLEXPackageFileEditor::Open(TalString::FromUtf8(test.package.string()),
+                                     TalString::FromUtf8((dir / "out.msi").string()), error);
     ASSERT_TRUE(editor) << error.GetText().ToUtf8();
-    std::vector<TalString> files;
-    for (const fs::path& file : cases[i].files)
-      files.push_back(TalString::FromUtf8(file.string()));
-    std::vector<TalString> keys;
-    EXPECT_FALSE(editor->AddFiles(TalString::FromUtf8(cases[i].component), files, keys, error));
-    EXPECT_EQ(error.GetCode(), cases[i].code) << error.GetText().ToUtf8();
-    EXPECT_EQ(editor->GetFiles().size(), 5u);
+    const std::size_t files = editor->GetFiles().size();
+    EXPECT_FALSE(test.edit(*editor, error));
+    EXPECT_EQ(error.GetCode(), test.code) << error.GetText().ToUtf8();
+    EXPECT_EQ(editor->GetFiles().size(), files);
   }
 }
 

@@ -14,13 +14,13 @@ namespace {
 
 struct MergeCase {
   const char* name;
-  IdtFiles changes;  // tables replacing or joining the baseline module's
-  std::vector<std::pair<TalString, TalString>> configuration;
-  const char16_t* feature;
-  const char16_t* directory;
-  bool baselineMergedFirst;  // the unchanged baseline module is merged into the package before
-  int code;                  // the code thrown; -1 when the merge succeeds
-  int errorType;             // the kind of the last merge error
+  int code;               // the code thrown; -1 when the merge succeeds
+  int errorType;          // the kind of the last merge error
+  IdtFiles changes = {};  // tables replacing or joining the baseline module's
+  std::vector<std::pair<TalString, TalString>> configuration = {};
+  const char16_t* feature = u"Complete";
+  const char16_t* directory = u"INSTALLDIR";
+  bool baselineMergedFirst = false;  // the unchanged baseline module is merged into the package
 };
 
 // Test output names a case by its name, not by its bytes.
@@ -28,41 +28,41 @@ void PrintTo(const MergeCase& c, std::ostream* out) {
   *out << c.name;
 }
 
-const std::string kEmptyConfiguration =
+// The header lines of the module tables the cases replace.
+const std::string kConfiguration =
     "Name\tFormat\tType\tContextData\tDefaultValue\tAttributes\tDisplayName\tDescription\t"
     "HelpLocation\tHelpKeyword\ns72\ti2\tS72\tS0\tS0\tI4\tL0\tL0\tS0\tS0\nModuleConfiguration\tName"
     "\n";
+const std::string kSignature =
+    "ModuleID\tLanguage\tVersion\ns72\ti2\ts32\nModuleSignature\tModuleID\tLanguage\n";
+const std::string kDependency =
+    "ModuleID\tModuleLanguage\tRequiredID\tRequiredLanguage\tRequiredVersion\n"
+    "s72\ti2\ts72\ti2\tS32\nModuleDependency\tModuleID\tModuleLanguage\tRequiredID\t"
+    "RequiredLanguage\n";
+const std::string kSequence =
+    "Action\tSequence\tBaseAction\tAfter\tCondition\ns64\tI2\tS64\tI2\tS255\n"
+    "ModuleInstallExecuteSequence\tAction\n";
+
+using Error = ODLEXMergeError;
 
 const MergeCase kCases[] = {
     {"MissingDependency",
-     {{"ModuleDependency.idt",
-       "ModuleID\tModuleLanguage\tRequiredID\tRequiredLanguage\tRequiredVersion\n"
-       "s72\ti2\ts72\ti2\tS32\nModuleDependency\tModuleID\tModuleLanguage\tRequiredID\t"
-       "RequiredLanguage\nOdlexMod.G\t1033\tOther.G\t0\t2.0\n"}},
-     {},
-     u"Complete",
-     u"INSTALLDIR",
-     false,
      -1,
-     ODLEXMergeError::eMissingDependency},
+     Error::eMissingDependency,
+     {{"ModuleDependency.idt", kDependency + "OdlexMod.G\t1033\tOther.G\t0\t2.0\n"}}},
     {"DependencyOnAnOlderVersion",
-     {{"ModuleSignature.idt",
-       "ModuleID\tLanguage\tVersion\ns72\ti2\ts32\nModuleSignature\tModuleID\tLanguage\n"
-       "Second.G\t1033\t1.0\n"},
-      {"ModuleDependency.idt",
-       "ModuleID\tModuleLanguage\tRequiredID\tRequiredLanguage\tRequiredVersion\n"
-       "s72\ti2\ts72\ti2\tS32\nModuleDependency\tModuleID\tModuleLanguage\tRequiredID\t"
-       "RequiredLanguage\nSecond.G\t1033\tOdlexMod.G\t1033\t1.0.0.10\n"}},
+     -1,
+     Error::eMissingDependency,
+     {{"ModuleSignature.idt", kSignature + "Second.G\t1033\t1.0\n"},
+      {"ModuleDependency.idt", kDependency + "Second.G\t1033\tOdlexMod.G\t1033\t1.0.0.10\n"}},
      {},
      u"Complete",
      u"INSTALLDIR",
-     true,
-     -1,
-     ODLEXMergeError::eMissingDependency},
+     true},
     {"ExcludesAMergedModule",
-     {{"ModuleSignature.idt",
-       "ModuleID\tLanguage\tVersion\ns72\ti2\ts32\nModuleSignature\tModuleID\tLanguage\n"
-       "Second.G\t1033\t1.0\n"},
+     50,
+     Error::eExclusion,
+     {{"ModuleSignature.idt", kSignature + "Second.G\t1033\t1.0\n"},
       {"ModuleExclusion.idt",
        "ModuleID\tModuleLanguage\tExcludedID\tExcludedLanguage\tExcludedMinVersion\t"
        "ExcludedMaxVersion\ns72\ti2\ts72\ti2\tS32\tS32\nModuleExclusion\tModuleID\t"
@@ -70,98 +70,43 @@ const MergeCase kCases[] = {
      {},
      u"Complete",
      u"INSTALLDIR",
-     true,
-     50,
-     ODLEXMergeError::eExclusion},
-    {"NoSignature",
-     {{"ModuleSignature.idt",
-       "ModuleID\tLanguage\tVersion\ns72\ti2\ts32\nModuleSignature\tModuleID\tLanguage\n"}},
-     {},
-     u"Complete",
-     u"INSTALLDIR",
-     false,
-     49,
-     ODLEXMergeError::eModuleUnreadable},
+     true},
+    {"NoSignature", 49, Error::eModuleUnreadable, {{"ModuleSignature.idt", kSignature}}},
     {"RequiredItemWithoutValue",
-     {{"ModuleConfiguration.idt", kEmptyConfiguration + "Greeting\t0\t\t\t\t2\t\t\t\t\n"}},
-     {},
-     u"Complete",
-     u"INSTALLDIR",
-     false,
      51,
-     ODLEXMergeError::eBadNullSubstitution},
-    {"ValueForAnUnknownItem",
-     {},
-     {{u"Nope", u"1"}},
-     u"Complete",
-     u"INSTALLDIR",
-     false,
-     51,
-     ODLEXMergeError::eMissingConfigItem},
+     Error::eBadNullSubstitution,
+     {{"ModuleConfiguration.idt", kConfiguration + "Greeting\t0\t\t\t\t2\t\t\t\t\n"}}},
+    {"ValueForAnUnknownItem", 51, Error::eMissingConfigItem, {}, {{u"Nope", u"1"}}},
     {"TextForAnIntegerItem",
-     {{"ModuleConfiguration.idt", kEmptyConfiguration + "Greeting\t2\t\t\t7\t0\t\t\t\t\n"}},
-     {{u"Greeting", u"seven"}},
-     u"Complete",
-     u"INSTALLDIR",
-     false,
      51,
-     ODLEXMergeError::eBadSubstitutionType},
-    {"MissingFeature",
-     {},
-     {},
-     u"NoSuchFeature",
-     u"INSTALLDIR",
-     false,
-     53,
-     ODLEXMergeError::eFeatureRequired},
-    {"MissingDirectory", {}, {}, u"Complete", u"NoSuchDir", false, 53, ODLEXMergeError::eDirCreate},
+     Error::eBadSubstitutionType,
+     {{"ModuleConfiguration.idt", kConfiguration + "Greeting\t2\t\t\t7\t0\t\t\t\t\n"}},
+     {{u"Greeting", u"seven"}}},
+    {"MissingFeature", 53, Error::eFeatureRequired, {}, {}, u"NoSuchFeature"},
+    {"MissingDirectory", 53, Error::eDirCreate, {}, {}, u"Complete", u"NoSuchDir"},
     {"TextInAnIntegerColumn",
-     {{"Media.idt", "DiskId\tLastSequence\ns72\ti2\nMedia\tDiskId\nfirst\t1\n"}},
-     {},
-     u"Complete",
-     u"INSTALLDIR",
-     false,
      54,
-     ODLEXMergeError::eTableMerge},
+     Error::eTableMerge,
+     {{"Media.idt", "DiskId\tLastSequence\ns72\ti2\nMedia\tDiskId\nfirst\t1\n"}}},
     {"UnknownBaseAction",
-     {{"ModuleInstallExecuteSequence.idt",
-       "Action\tSequence\tBaseAction\tAfter\tCondition\ns64\tI2\tS64\tI2\tS255\n"
-       "ModuleInstallExecuteSequence\tAction\nModAction.G\t\tNoSuchAction\t0\t\n"}},
-     {},
-     u"Complete",
-     u"INSTALLDIR",
-     false,
      57,
-     ODLEXMergeError::eResequenceMerge},
+     Error::eResequenceMerge,
+     {{"ModuleInstallExecuteSequence.idt", kSequence + "ModAction.G\t\tNoSuchAction\t0\t\n"}}},
     {"BaseActionsInACycle",
-     {{"ModuleInstallExecuteSequence.idt",
-       "Action\tSequence\tBaseAction\tAfter\tCondition\ns64\tI2\tS64\tI2\tS255\n"
-       "ModuleInstallExecuteSequence\tAction\nModAction.G\t\tModAction2.G\t1\t\n"
-       "ModAction2.G\t\tModAction.G\t1\t\n"}},
-     {},
-     u"Complete",
-     u"INSTALLDIR",
-     false,
      57,
-     ODLEXMergeError::eResequenceMerge},
+     Error::eResequenceMerge,
+     {{"ModuleInstallExecuteSequence.idt",
+       kSequence + "ModAction.G\t\tModAction2.G\t1\t\nModAction2.G\t\tModAction.G\t1\t\n"}}},
     {"ConflictingDirectory",
+     53,
+     Error::eDirCreate,
      {{"Directory.idt",
        "Directory\tDirectory_Parent\tDefaultDir\ns72\tS72\tl255\nDirectory\tDirectory\n"
-       "TARGETDIR\t\tSourceDir\nModDir.G\tTARGETDIR\tModFiles\nDataDir\tTARGETDIR\tother\n"}},
-     {},
-     u"Complete",
-     u"INSTALLDIR",
-     false,
-     53,
-     ODLEXMergeError::eDirCreate},
+       "TARGETDIR\t\tSourceDir\nModDir.G\tTARGETDIR\tModFiles\nDataDir\tTARGETDIR\tother\n"}}},
     {"RowConflictsWithThePackage",
-     {{"Property.idt", "Property\tValue\ns72\tl0\nProperty\tProperty\nALLUSERS\t2\n"}},
-     {},
-     u"Complete",
-     u"INSTALLDIR",
-     false,
      -1,
-     ODLEXMergeError::eTableMerge},
+     Error::eTableMerge,
+     {{"Property.idt", "Property\tValue\ns72\tl0\nProperty\tProperty\nALLUSERS\t2\n"}}},
 };
 
 class MergeErrorsTest : public PackageCopyTest, public ::testing::WithParamInterface<MergeCase> {};

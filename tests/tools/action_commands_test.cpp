@@ -6,26 +6,20 @@
 
 #include <nlohmann/json.hpp>
 
-#include "common/Oracle.h"
-#include "common/Packages.h"
-#include "common/TempDir.h"
+#include "common/PackageTest.h"
 
 namespace odlex::test {
 namespace {
 
 using nlohmann::json;
 
-class OdlexActions : public ::testing::Test {
+class OdlexActions : public PackageCopyTest {
  protected:
   void SetUp() override {
-    const BuiltPackage& built = testPackage(PackageKind::kWixl);
-    ASSERT_FALSE(built.file.empty()) << built.error;
-    std::filesystem::copy_file(built.file, package_);
+    copyPackage(PackageKind::kWixl);
     writeFileBytes(dll_, "MZ product actions");
   }
 
-  TempDir dir_;
-  std::filesystem::path package_ = dir_ / "product.msi";
   std::filesystem::path dll_ = dir_ / "zrca.dll";
 };
 

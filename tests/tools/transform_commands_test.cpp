@@ -51,56 +51,49 @@ TEST_F(TransformCommands, DiffListsExactlyTheEdits) {
 
 // Each command's exit status and what it leaves on disk.
 TEST_F(TransformCommands, ExitStatusAndFilesWritten) {
-  const std::string mst = (dir_ / "edit.mst").string();
-  const std::string out = (dir_ / "out.msi").string();
-  const std::string embedded = (dir_ / "embedded.msi").string();
+  const std::string base = base_.string();
+  const auto at = [&](const char* name) { return (dir_ / name).string(); };
   struct Case {
     std::vector<std::string> args;
     int exitCode;
-    std::string written;  // a file that must exist afterwards, or "" for none checked
-    std::string absent;   // a file that must not exist afterwards
+    const char* file;  // a file in the test's folder that must exist afterwards, or not
+    bool written;
   };
   const std::vector<Case> cases = {
-      {{"transform", "generate", base_.string(), edited_.string(), "-o", mst, "--suppress",
+      {{"transform", "generate", base, edited_.string(), "-o", at("edit.mst"), "--suppress",
         "add-existing-row,update-missing-row", "--validate", "product"},
        0,
-       mst,
-       ""},
-      {{"transform", "generate", base_.string(), base_.string(), "-o",
-        (dir_ / "same.mst").string()},
-       0,
-       "",
-       (dir_ / "same.mst").string()},
-      {{"transform", "generate", base_.string(), edited_.string(), "-o", mst, "--suppress",
+       "edit.mst",
+       true},
+      {{"transform", "generate", base, base, "-o", at("same.mst")}, 0, "same.mst", false},
+      {{"transform", "generate", base, edited_.string(), "-o", at("edit.mst"), "--suppress",
         "bogus"},
        2,
-       "",
-       ""},
-      {{"transform", "apply", base_.string(), mst, "-o", out}, 0, out, ""},
+       "edit.mst",
+       true},
+      {{"transform", "apply", base, at("edit.mst"), "-o", at("out.msi")}, 0, "out.msi", true},
       // Applied again, the deleted row is missing: nothing is written.
-      {{"transform", "apply", out, mst, "-o", (dir_ / "again.msi").string()},
+      {{"transform", "apply", at("out.msi"), at("edit.mst"), "-o", at("again.msi")},
        1,
-       "",
-       (dir_ / "again.msi").string()},
-      {{"transform", "embed", base_.string(), mst, "edit", "-o", embedded}, 0, embedded, ""},
-      {{"transform", "apply", embedded, ":edit", "-o", (dir_ / "from-embedded.msi").string()},
+       "again.msi",
+       false},
+      {{"transform", "embed", base, at("edit.mst"), "edit", "-o", at("embedded.msi")},
        0,
-       (dir_ / "from-embedded.msi").string(),
-       ""},
-      {{"transform", "show", mst}, 2, "", ""},
+       "embedded.msi",
+       true},
+      {{"transform", "apply", at("embedded.msi"), ":edit", "-o", at("from-embedded.msi")},
+       0,
+       "from-embedded.msi",
+       true},
+      {{"transform", "show", at("edit.mst")}, 2, "edit.mst", true},
   };
   for (const Case& test : cases) {
     SCOPED_TRACE(test.args[1] + " " + test.args.back());
     const ProcessResult run = runOdlex(test.args);
     EXPECT_EQ(run.exitCode, test.exitCode) << run.describe();
-    if (!test.written.empty()) {
-      EXPECT_TRUE(fs::exists(test.written));
-    }
-    if (!test.absent.empty()) {
-      EXPECT_FALSE(fs::exists(test.absent));
-    }
+    EXPECT_EQ(fs::exists(dir_ / test.file), test.written);
   }
-  EXPECT_TRUE(splitLines(odlexOutput({"diff", edited_.string(), out})).empty());
+  EXPECT_TRUE(splitLines(odlexOutput({"diff", edited_.string(), at("out.msi")})).empty());
 }
 
 }  // namespace
