@@ -1,10 +1,11 @@
 // Adding host files to a feature of the wixl package (folder INSTALLDIR holds app.exe and
-// readme.txt; DataDir holds config.ini; five files on disk 1), read back by msiinfo.
+// readme.txt; DataDir holds config.ini; five files on disk 1).
 
 #include <map>
 
 #include "common/DatabaseTest.h"
 #include "common/PeModule.h"
+#include "common/RowText.h"
 #include "common/VersionResource.h"
 
 namespace odlex::test {
@@ -13,25 +14,6 @@ namespace {
 namespace fs = std::filesystem;
 
 using FeatureAddFilesTest = DatabaseTest;
-
-// The fields of the row of `table` in `package` whose first fields are `key`; empty when there
-// is none.
-std::vector<std::string> fieldsOf(const fs::path& package, const std::string& table,
-                                  const std::string& key) {
-  for (const std::string& row : msiinfoRows(package, table)) {
-    if (row != key && !row.starts_with(key + "\t"))
-      continue;
-    std::vector<std::string> fields(1);
-    for (const char c : row) {
-      if (c == '\t')
-        fields.emplace_back();
-      else
-        fields.back() += c;
-    }
-    return fields;
-  }
-  return {};
-}
 
 // The tables `package` has, and the rows of those the files are added to.
 std::map<std::string, std::vector<std::string>> snapshot(const fs::path& package) {
@@ -51,7 +33,7 @@ std::vector<TalString> hostPaths(const std::vector<fs::path>& files) {
   return paths;
 }
 
-// Keys, GUIDs and component keys are made; the rest is what msiinfo must read back. Only
+// Keys, GUIDs and component keys are made; the rest is what the rows must hold. Only
 // INSTALLDIR's names are taken for the new files' names (config.ini is DataDir's); a key is
 // taken wherever it is (Readme is readme.txt's key).
 TEST_F(FeatureAddFilesTest, EachFileGetsAComponentAFileRowAHashAndALink) {
@@ -75,34 +57,29 @@ TEST_F(FeatureAddFilesTest, EachFileGetsAComponentAFileRowAHashAndALink) {
   ASSERT_TRUE(db.SaveChanges());
 
   ASSERT_EQ(keys.size(), std::size(files));
-  const fs::path saved = file("wixl.msi");
-  std::set<std::string> components;
+  std::set<std::u16string> components;
   for (std::size_t i = 0; i < keys.size(); ++i) {
     SCOPED_TRACE(files[i].name);
     EXPECT_EQ(keys[i].ToUtf8(), files[i].key);
-    const std::vector<std::string> row = fieldsOf(saved, "File", files[i].key);
-    ASSERT_EQ(row.size(), 8u);
-    EXPECT_EQ(std::vector<std::string>(row.begin() + 2, row.end()),
-              (std::vector<std::string>{files[i].fileName, std::to_string(files[i].bytes.size()),
-                                        files[i].version, files[i].language, "8192",
-                                        std::to_string(6 + i)}));
-    const std::string component = row[1];
-    components.insert(component);
-    const std::vector<std::string> owner = fieldsOf(saved, "Component", component);
-    ASSERT_EQ(owner.size(), 6u);
-    EXPECT_EQ(owner[1].size(), 38u) << "a GUID";
-    EXPECT_EQ(std::vector<std::string>(owner.begin() + 2, owner.end()),
-              (std::vector<std::string>{"INSTALLDIR", "0", "", files[i].key}));
-    EXPECT_EQ(fieldsOf(saved, "FeatureComponents", "Documentation\t" + component).size(), 2u);
-    EXPECT_EQ(fieldsOf(saved, "MsiFileHash", files[i].key).size(),
-              files[i].version.empty() ? 6u : 0u);
+    const MSIEFile& row = db.GetFile().GetFileWithID(keys[i]);
+    const TalString component = row.GetComponent();
+    components.insert(component.u16());
+    EXPECT_EQ(rowText(row), files[i].key + "\t" + component.ToUtf8() + "\t" + files[i].fileName +
+                                "\t" + std::to_string(files[i].bytes.size()) + "\t" +
+                                files[i].version + "\t" + files[i].language + "\t8192\t" +
+                                std::to_string(6 + i));
+    const MSIEComponent& owner = db.GetComponent().GetComponentWithID(component);
+    EXPECT_EQ(owner.GetComponentGUID().length(), 38u) << "a GUID";
+    EXPECT_EQ(rowText(owner), component.ToUtf8() + "\t" + owner.GetComponentGUID().ToUtf8() +
+                                  "\tINSTALLDIR\t0\t\t" + files[i].key);
+    EXPECT_NE(db.GetFeatureComponents().Lookup(TalString(u"Documentation"), component), nullptr);
+    EXPECT_EQ(db.GetMsiFileHash().Lookup(keys[i]) != nullptr, files[i].version.empty());
   }
   EXPECT_EQ(components.size(), std::size(files));
   // MD5 of "added text" (md5sum: 9eababe8701fda9d8ac0304d4af095d1), four little-endian parts.
-  EXPECT_EQ(fieldsOf(saved, "MsiFileHash", "A_Long_Name.txt"),
-            (std::vector<std::string>{"A_Long_Name.txt", "0", "-391402594", "-1646649488",
-                                      "1295040650", "-778702774"}));
-  EXPECT_EQ(msiinfoRows(saved, "Media"),
+  EXPECT_EQ(rowText(*db.GetMsiFileHash().Lookup(TalString(u"A_Long_Name.txt"))),
+            "A_Long_Name.txt\t0\t-391402594\t-1646649488\t1295040650\t-778702774");
+  EXPECT_EQ(msiinfoRows(file("wixl.msi"), "Media"),
             (std::vector<std::string>{"1\t5\t\t#product.cab\t\t", "2\t9\t\t\t\t"}));
 }
 

@@ -1,5 +1,5 @@
-// The operations of the install tables (IniFile, Shortcut, CreateFolder, LockPermissions,
-// ReserveCost, ServiceInstall, Complus, LaunchCondition) on a copy of the idt package, whose
+// The operations of the install tables that hold their own logic (Complus, ReserveCost,
+// CreateFolder's permissions, ServiceInstall) on a copy of the idt package, whose
 // components are MainExe, Docs, GermanDocs (key files) and Helpers (registry key path, none
 // set).
 
@@ -10,12 +10,6 @@ namespace odlex::test {
 namespace {
 
 class InstallTablesTest : public DatabaseTest {};
-
-MSIEIniFile iniFileOf(const char16_t* key, const char16_t* component) {
-  MSIEIniFile row(key);
-  row.SetComponent(component);
-  return row;
-}
 
 MSIELockPermissions grant(const char16_t* domain, const char16_t* user, int permission) {
   MSIELockPermissions row(u"ignored", u"ignored", domain, user);
@@ -29,37 +23,6 @@ MSIEReserveCost reserveCostOf(const char16_t* key, const char16_t* component,
   row.SetComponent(component);
   row.SetReserveFolder(folder);
   return row;
-}
-
-TEST_F(InstallTablesTest, RowsByKeyAndByComponent) {
-  ODLEXDatabase& db = openPackage();
-  ODLEXTIniFile& iniFiles = db.GetIniFile();
-  MSIEIniFile& kept = addRow(iniFiles, iniFileOf(u"Ini1", u"MainExe"));
-  iniFiles.Delete(addRow(iniFiles, iniFileOf(u"Ini2", u"MainExe")));
-  MSIEIniFile& other = addRow(iniFiles, iniFileOf(u"Ini3", u"Docs"));
-  ODLEXTShortcut& shortcuts = db.GetShortcut();
-  MSIEShortcut& shortcut = addRow(shortcuts, MSIEShortcut(u"Menu"));
-  shortcuts.Delete(addRow(shortcuts, MSIEShortcut(u"Desktop")));
-  ODLEXTCreateFolder& folders = db.GetCreateFolder();
-  MSIECreateFolder& folder = addRow(folders, MSIECreateFolder(u"BinDir", u"MainExe"));
-  ODLEXTLaunchCondition& conditions = db.GetLaunchCondition();
-  MSIELaunchCondition& condition = addRow(conditions, MSIELaunchCondition(u"VersionNT"));
-  const Lookup lookups[] = {
-      {[&] { return &shortcuts.GetShortcutWithID(u"Menu"); },
-       [&] { shortcuts.GetShortcutWithID(u"menu"); }, 25, &shortcut},
-      {[&] { return &shortcuts.GetShortcutWithID(u"Menu"); },
-       [&] { shortcuts.GetShortcutWithID(u"Desktop"); }, 25},
-      {[&] { return &folders.GetCreateFolder(u"BinDir", u"MainExe"); },
-       [&] { folders.GetCreateFolder(u"BinDir", u"Docs"); }, 12, &folder},
-      {[&] { return &conditions.GetEntry(u"VersionNT"); },
-       [&] { conditions.GetEntry(u"Version9X"); }, 67, &condition},
-  };
-  expectLookups(lookups);
-
-  RWBTree out;
-  out.insert(&other);
-  iniFiles.GetIniFiles(out, *db.GetComponent().Lookup(u"MainExe"));
-  EXPECT_EQ(itemsOf(out), (std::set<RWCollectable*>{&kept, &other})) << "what the tree held stays";
 }
 
 // The Complus table object cannot add rows: the package gets one by import.

@@ -2,7 +2,10 @@
 // their DLL, and their scheduling in a package (wixl builds one) and in a merge module (msibuild
 // builds one from .idt text).
 
+#include <array>
+
 #include "common/DatabaseTest.h"
+#include "common/RowText.h"
 #include "tables/TableTestSupport.h"
 
 namespace odlex::test {
@@ -67,15 +70,12 @@ TEST_F(ProductActionsTest, CustomActionEditsAndTypes) {
       {0x7FFF, 7, 0x30, 0xC0, 0x0700, 0x0800},  // bits above 0x0800 are in none
   };
   for (const auto& t : types) {
-    unsigned short executable = 9, source = 9, result = 9, scheduling = 9, noImpersonate = 9;
+    std::array<unsigned short, 5> parts{9, 9, 9, 9, 9};
     ODLEXTCustomAction::GetSeparateTypes(
-        executable, source, result, scheduling, noImpersonate,
+        parts[0], parts[1], parts[2], parts[3], parts[4],
         MSIECustomAction(u"A", static_cast<msidbCustomActionType>(t.type)));
-    EXPECT_EQ(executable, t.executable) << t.type;
-    EXPECT_EQ(source, t.source) << t.type;
-    EXPECT_EQ(result, t.result) << t.type;
-    EXPECT_EQ(scheduling, t.scheduling) << t.type;
-    EXPECT_EQ(noImpersonate, t.noImpersonate) << t.type;
+    EXPECT_EQ(parts, (std::array{t.executable, t.source, t.result, t.scheduling, t.noImpersonate}))
+        << t.type;
   }
 }
 
@@ -121,22 +121,16 @@ TEST_F(ProductActionsTest, ScheduledBeforeInstallFinalizeInAPackage) {
           {u"ZrReportInstallFailure", finalize - 3},
           {u"ZrInstallInitialize", initialize + 1}});
 
-  const struct {
-    const char16_t* action;
-    int type;
-    const char16_t* target;
-  } rows[] = {
-      {u"ZrTextFileInitialize", 0x0001, u"TextFileInitialize"},
-      {u"ZrTextFileInstallChanges", 0x0401, u"TextFileInstallChanges"},
-      {u"ZrReportInstallFailure", 0x0501, u"ReportInstallFailure"},
-      {u"ZrInstallInitialize", 0x0001, u"InstallInitialize"},
+  // Types 0x0001, 0x0401 and 0x0501: a DLL in the Binary table, deferred or on commit.
+  const std::pair<const char16_t*, const char*> rows[] = {
+      {u"ZrTextFileInitialize", "ZrTextFileInitialize\t1\tzrca.dll\tTextFileInitialize\t"},
+      {u"ZrTextFileInstallChanges",
+       "ZrTextFileInstallChanges\t1025\tzrca.dll\tTextFileInstallChanges\t"},
+      {u"ZrReportInstallFailure", "ZrReportInstallFailure\t1281\tzrca.dll\tReportInstallFailure\t"},
+      {u"ZrInstallInitialize", "ZrInstallInitialize\t1\tzrca.dll\tInstallInitialize\t"},
   };
-  for (const auto& row : rows) {
-    const MSIECustomAction& found = actions.FindCustomActionWithID(row.action);
-    EXPECT_EQ(found.GetType(), row.type);
-    EXPECT_EQ(found.GetSource(), u"zrca.dll");
-    EXPECT_EQ(found.GetTarget(), row.target);
-  }
+  for (const auto& [action, row] : rows)
+    EXPECT_EQ(rowText(actions.FindCustomActionWithID(action)), row);
   // The Binary row is made once, from the file, and not read again.
   writeFileBytes(dll_, "changed bytes");
   actions.AddRemoveTextFileInstallChanges();
@@ -178,35 +172,17 @@ TEST_F(ProductActionsTest, PlacedByBaseActionInAMergeModule) {
   actions.AddTextFileInitialize();
   actions.AddTextFileInstallChanges();
 
-  const struct {
-    const char16_t* action;
-    int number;  // -1: null
-    const char16_t* base;
-    int after;  // -1: null
-  } rows[] = {
-      {u"InstallInitialize", 1400, u"", -1},  // was there: left as it was
-      {u"InstallFinalize", 1500, u"", -1},
-      {u"ZrInstallInitialize", -1, u"InstallInitialize", 1},
-      {u"ZrReportInstallSuccess", -1, u"InstallFinalize", 0},
-      {u"ZrTextFileInitialize", -1, u"InstallFinalize", 0},
-      {u"ZrTextFileInstallChanges", -1, u"InstallFinalize", 0},
-  };
-  EXPECT_EQ(sequence.GetEntries().entries(), std::size(rows));
-  for (const auto& row : rows) {
-    SCOPED_TRACE(TalString(row.action).ToUtf8());
-    const auto& found =
-        dynamic_cast<MSIModuleSequenceEntry&>(sequence.GetSequenceWithID(row.action));
-    EXPECT_EQ(found.GetSequence().IsNull() ? -1 : found.GetSequence().Get(), row.number);
-    EXPECT_EQ(found.GetBaseAction(), row.base);
-    EXPECT_EQ(found.GetAfter().IsNull() ? -1 : found.GetAfter().Get(), row.after);
-  }
+  // Action, Sequence, BaseAction, After, Condition; InstallInitialize was there and is left.
+  std::vector<std::string> rows;
+  for (RWCollectable* item : sequence.GetEntries())
+    rows.push_back(rowText(static_cast<const MSIEntry&>(*item)));
+  EXPECT_EQ(rows, (std::vector<std::string>{"InstallFinalize\t1500\t\t\t",
+                                            "InstallInitialize\t1400\t\t\t",
+                                            "ZrInstallInitialize\t\tInstallInitialize\t1\t",
+                                            "ZrReportInstallSuccess\t\tInstallFinalize\t0\t",
+                                            "ZrTextFileInitialize\t\tInstallFinalize\t0\t",
+                                            "ZrTextFileInstallChanges\t\tInstallFinalize\t0\t"}));
 }
-
-}  // namespace
-}  // namespace odlex::test
-
-namespace odlex::test {
-namespace {
 
 // A text-file table that holds a live row schedules its actions when it is written; an empty
 // one schedules nothing.

@@ -4,6 +4,7 @@
 #include <odlex/tables/ODLEXCheckers.h>
 
 #include "common/DatabaseTest.h"
+#include "common/RowText.h"
 #include "msi/schema/Schema.h"
 #include "tables/TableTestSupport.h"
 
@@ -93,10 +94,8 @@ TEST_F(SearchReplaceTest, ReplacesInTextColumnsOnly) {
     ASSERT_TRUE(db.SaveChanges());
     EXPECT_EQ(table.SearchAndReplace(cases[i].find, cases[i].replace, cases[i].flags),
               cases[i].count);
-    EXPECT_EQ(row.GetName(), cases[i].name);
-    EXPECT_EQ(row.GetValue(), cases[i].value);
-    EXPECT_EQ(row.GetEnvironment(), u"Contoso");
-    EXPECT_EQ(row.GetComponent(), u"Contoso");
+    EXPECT_EQ(rowText(row), "Contoso\t" + TalString(cases[i].name).ToUtf8() + "\t" +
+                                TalString(cases[i].value).ToUtf8() + "\tContoso");
     EXPECT_EQ(row.IsModified(), cases[i].count > 0);
     table.Delete(row);
   }
