@@ -181,7 +181,8 @@ class MSITable {
   // Whether the rows' storedRow_ index `table` as it is now.
   bool storedIn(const odlex::engine::Table& table) const;
   // Whether the rows held are, one for one and unchanged, the rows of `table` as it is now (null:
-  // the database has no table of this name), so that writing them would change nothing.
+  // the database has no table of this name), so that writing them would change nothing. Never
+  // while the string pool repeats a text: writing the rows gives such a text its first id.
   bool matchesStored(const odlex::engine::Table* table) const;
 
   const odlex::schema::TableSchema* schema_;

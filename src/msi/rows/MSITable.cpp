@@ -284,6 +284,9 @@ bool MSITable::matchesStored(const odlex::engine::Table* table) const {
     return rows_.isEmpty();
   if (!storedIn(*table) || rows_.entries() != table->rowCount())
     return false;
+  // Rows written back name a repeated text by its first id; the table's cells may name another.
+  if (database_->engineDatabase()->strings().repeatsText())
+    return false;
   std::vector<bool> seen(table->rowCount(), false);
   for (RWCollectable* item : rows_) {
     const MSIEntry* row = asEntry(item);
