@@ -1,6 +1,8 @@
 // Modification state and saving: the modified flags, SaveChanges and the order in which table
 // objects are persisted.
 
+#include <algorithm>
+
 #include "odlex/database/ODLEXDatabase.h"
 #include "odlex/msi/MSISystemTables.h"
 #include "odlex/tables/ODLEXDatabaseError.h"
@@ -19,8 +21,20 @@ bool ODLEXDatabase::GetInteriorModify() const {
   return !readOnly_ && modified_;
 }
 
+bool ODLEXDatabase::HasUnsavedChanges() {
+  if (!database_.committedUnchanged())
+    return true;
+  return std::any_of(tableObjects_.begin(), tableObjects_.end(), [](const auto& table) {
+    const MSITable* lower = table ? table->GetLowerTable() : nullptr;
+    return lower && table->IsLoaded() && table->IsModified() && lower->HasUnsavedChanges();
+  });
+}
+
 bool ODLEXDatabase::SaveChanges() {
-  if (modified_) {
+  // With nothing changed since the last save wrote the file, persisting would only stamp a new
+  // last-save time into the summary information: the file stays as that save wrote it.
+  const bool unsaved = HasUnsavedChanges();
+  if (modified_ && unsaved) {
     Get_SummaryInformation().DeclareModified();
     const bool newPackageCode =
         info_.packageCodePolicy == ODLEXDatabaseInfo::ePackageCodeAlways ||
@@ -32,7 +46,8 @@ bool ODLEXDatabase::SaveChanges() {
       SetDatabaseInfo(info, nullptr);
     }
   }
-  PersistTables();
+  if (unsaved)
+    PersistTables();
   // A failed commit (a full disk, the file changed by another program) leaves its reason in
   // the lower layer's error list and the file as it was.
   if (database_.commit() != 0)

@@ -2,8 +2,6 @@
 
 #include "storage/CompoundFileNames.h"
 
-#include <vector>
-
 namespace odlex::storage::cfb {
 namespace {
 
@@ -65,22 +63,38 @@ char16_t upcaseByRules(char16_t unit) {
   return unit;
 }
 
-// Every unit's upper-case form, worked out once: sorting the names of a large package compares
-// many units outside ASCII (installer names are packed into U+3800..U+4840).
-std::vector<char16_t> makeUpcaseTable() {
-  std::vector<char16_t> table(0x10000);
-  for (std::size_t unit = 0; unit < table.size(); ++unit)
-    table[unit] = upcaseByRules(static_cast<char16_t>(unit));
-  return table;
-}
+// The first of the full-width letters, the highest units the rules change.
+constexpr char16_t kFullWidthFirst = 0xFF41;
+
+// The highest unit below the full-width letters that the rules change: the units between it and
+// them have no case.
+constexpr char16_t kLastCasedBelowFullWidth = [] {
+  char16_t last = 0;
+  for (const ShiftedBlock& block : kShiftedBlocks) {
+    if (block.first < kFullWidthFirst && block.last > last)
+      last = block.last;
+  }
+  for (const PairedBlock& block : kPairedBlocks) {
+    if (block.last > last)
+      last = block.last;
+  }
+  for (const SingleMapping& mapping : kSingleMappings) {
+    if (mapping.lower > last)
+      last = mapping.lower;
+  }
+  return last;
+}();
 
 }  // namespace
 
 char16_t upcaseUnit(char16_t unit) {
   if (unit < 0x80)
     return (unit >= u'a' && unit <= u'z') ? static_cast<char16_t>(unit - 0x20) : unit;
-  static const std::vector<char16_t> table = makeUpcaseTable();
-  return table[unit];
+  // Installer names are packed into U+3800..U+4840, where no unit has a case, so sorting the
+  // names of a package rarely reaches the rules.
+  if (unit > kLastCasedBelowFullWidth && unit < kFullWidthFirst)
+    return unit;
+  return upcaseByRules(unit);
 }
 
 int compareEntryNames(std::u16string_view a, std::u16string_view b) {

@@ -113,7 +113,9 @@ class ODLEXDatabase : public RWCollectable {
   bool GetExteriorModify() const {
     return exteriorModify_;
   }
-  // Persists the modified table objects and commits; false when the commit failed.
+  // Persists the modified table objects and commits; false when the commit failed. A save with
+  // nothing to write since the last one leaves the file as that save wrote it, its last-save
+  // time and package code included.
   bool SaveChanges();
   void PersistTables();
   void Rollback();
@@ -445,6 +447,9 @@ class ODLEXDatabase : public RWCollectable {
   // source's streams and sub-storages after an output-file open).
   template <class Row>
   static void CarryRows(ODLEXTObject& table, const std::vector<std::unique_ptr<Row>>& rows);
+  // Whether a save would write anything: the file as last committed differs from the database
+  // in memory, or a modified table object holds rows not yet written into it.
+  bool HasUnsavedChanges();
   // Writes the values of `info` that differ from the cached record to the summary information
   // and the Property table.
   void WriteChangedInfo(const ODLEXDatabaseInfo& info);

@@ -82,8 +82,11 @@ class MSIDatabase {
   // Closes, committing first when `commit` is true and the database is writable. Returns the
   // commit's result (0 when nothing was to be committed). The paths stay for open().
   unsigned close(bool commit);
-  // Writes the database. 5 (access denied) when opened read-only, 6 when not open.
+  // Writes the database. 5 (access denied) when opened read-only, 6 when not open. A commit
+  // with nothing changed since the last one writes nothing.
   unsigned commit();
+  // Whether a commit wrote the file and nothing changed since.
+  bool committedUnchanged() const;
 
   // The file that receives changes (the only file unless opened with two paths).
   const TalString& getPath() const { return path_; }

@@ -68,6 +68,12 @@ class MSITable {
   virtual bool Persist();
   // Some row was added, changed or deleted since the last Populate or Persist.
   bool IsDirty() const { return dirty_; }
+  // Whether Persist would change the database: the table is dirty, or the rows held are not,
+  // one for one and unchanged, those of the database table of its name as it is now (which
+  // another writer may have changed). A table whose rows are not those of a database table of
+  // its name (the catalog tables, streams, storages, summary information) has unsaved changes
+  // exactly when it is dirty.
+  bool HasUnsavedChanges() const;
   // Changes whenever rows this table held are destroyed (Populate, Persist, Drop, ...), and
   // differs between tables: holders of row pointers check it to tell whether theirs may be
   // gone.
@@ -174,6 +180,10 @@ class MSITable {
   void rememberStored(const odlex::engine::Table& table);
   // Whether the rows' storedRow_ index `table` as it is now.
   bool storedIn(const odlex::engine::Table& table) const;
+  // Whether the rows held are, one for one and unchanged, the rows of `table` as it is now (null:
+  // the database has no table of this name), so that writing them would change nothing. Never
+  // while the string pool repeats a text: writing the rows gives such a text its first id.
+  bool matchesStored(const odlex::engine::Table* table) const;
 
   const odlex::schema::TableSchema* schema_;
   MSIDatabase* database_ = nullptr;

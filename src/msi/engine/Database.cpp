@@ -243,6 +243,7 @@ std::shared_ptr<const storage::StreamSource> Database::streamSource(std::u16stri
 }
 
 void Database::setStream(std::u16string name, std::vector<std::uint8_t> data) {
+  ++changes_;
   const auto found = streams_.find(name);
   if (found != streams_.end()) {
     found->second.data = std::move(data);
@@ -256,6 +257,7 @@ void Database::setStream(std::u16string name, std::vector<std::uint8_t> data) {
 
 void Database::setStreamSource(std::u16string name,
                                std::shared_ptr<const storage::StreamSource> source) {
+  ++changes_;
   const auto found = streams_.find(name);
   if (found != streams_.end()) {
     found->second.data.reset();
@@ -272,6 +274,7 @@ bool Database::removeStream(std::u16string_view name) {
   if (found == streams_.end())
     return false;
   streams_.erase(found);
+  ++changes_;
   return true;
 }
 
@@ -299,6 +302,7 @@ bool Database::readStorage(std::u16string_view name, storage::CompoundNode& out,
 }
 
 void Database::setStorage(std::u16string name, storage::CompoundNode storage) {
+  ++changes_;
   for (StorageSlot& slot : storages_) {
     if (slot.name == name) {
       slot.replacement = std::move(storage);
@@ -309,8 +313,10 @@ void Database::setStorage(std::u16string name, storage::CompoundNode storage) {
 }
 
 bool Database::removeStorage(std::u16string_view name) {
-  return std::erase_if(storages_, [name](const StorageSlot& slot) { return slot.name == name; }) >
-         0;
+  if (std::erase_if(storages_, [name](const StorageSlot& slot) { return slot.name == name; }) == 0)
+    return false;
+  ++changes_;
+  return true;
 }
 
 bool Database::readStoredNode(const StorageSlot& slot, storage::CompoundNode& out, Error& error,

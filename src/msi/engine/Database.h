@@ -41,7 +41,10 @@ class Database {
   bool readOnly() const { return mode_ == OpenMode::kReadOnly; }
 
   std::uint32_t codePage() const { return codePage_; }
-  void setCodePage(std::uint32_t codePage) { codePage_ = codePage; }
+  void setCodePage(std::uint32_t codePage) {
+    codePage_ = codePage;
+    ++changes_;
+  }
 
   StringPool& strings() { return strings_; }
   const StringPool& strings() const { return strings_; }
@@ -96,14 +99,20 @@ class Database {
   void setSummary(storage::SummaryInformation info) {
     summary_ = std::move(info);
     summaryStream_.clear();
+    ++changes_;
   }
 
   // Writes the database to path(): a new file beside it, renamed into place. kAccessDenied
   // when opened read-only. On failure the existing file is untouched. Refused with
   // kFunctionFailed, nothing written, when another program changed or replaced the source or
   // path() since this object last read or wrote them: streams still in the source would be
-  // read from someone else's bytes, and their file would be overwritten.
+  // read from someone else's bytes, and their file would be overwritten. When nothing changed
+  // since the last commit wrote path() (committedUnchanged()), the file already holds the
+  // database and is not written again.
   std::uint32_t commit(Error& error);
+  // Whether a commit wrote path() and nothing changed since: no table, column or cell, stream,
+  // storage, summary information or code page.
+  bool committedUnchanged() const;
   // Writes a complete copy to `target` the same way, whatever the open mode; refused likewise
   // when the source changed.
   std::uint32_t saveAs(const std::filesystem::path& target, Error& error);
@@ -126,6 +135,14 @@ class Database {
     std::optional<storage::CompoundNode> replacement;
   };
   using StreamSlots = std::map<std::u16string, StreamSlot, std::less<>>;
+  // What a commit wrote: the tables by their versions (which change with every edit and differ
+  // between tables), everything else by the count of changes made through this object.
+  struct Contents {
+    std::vector<Table::Version> tables;
+    std::uint64_t changes = 0;
+    friend bool operator==(const Contents&, const Contents&) = default;
+  };
+  Contents contents() const;
 
   Database(storage::FileSystem& fs, OpenMode mode);
   bool load(Error& error);
@@ -163,6 +180,9 @@ class Database {
   std::vector<StreamSlot> preserved_;
   std::optional<storage::SummaryInformation> summary_;
   std::vector<std::uint8_t> summaryStream_;  // as read, while unchanged
+  // Streams, storages, summary information and code page set or removed since opening.
+  std::uint64_t changes_ = 0;
+  std::optional<Contents> committed_;  // as the last commit wrote them
 };
 
 }  // namespace odlex::engine

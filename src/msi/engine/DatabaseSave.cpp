@@ -177,14 +177,31 @@ std::uint32_t Database::commit(Error& error) {
   }
   if (!unchangedOnDisk(outputPath_, outputStamp_, error))
     return error.code;
+  if (committedUnchanged())
+    return kSuccess;
+  Contents writing = contents();
   std::optional<storage::FileStamp> written;
   if (const std::uint32_t code = write(outputPath_, error, &written); code != kSuccess)
     return code;
   outputStamp_ = written;
+  committed_ = std::move(writing);
   // The streams still to be read stay in the file opened, which the new one replaced by name.
   if (outputPath_ == sourcePath_)
     sourceStamp_ = outputStamp_;
   return kSuccess;
+}
+
+Database::Contents Database::contents() const {
+  Contents now;
+  now.tables.reserve(tables_.size());
+  for (const auto& table : tables_)
+    now.tables.push_back(table->version());
+  now.changes = changes_;
+  return now;
+}
+
+bool Database::committedUnchanged() const {
+  return committed_ && *committed_ == contents();
 }
 
 bool Database::unchangedOnDisk(const std::filesystem::path& path,

@@ -98,6 +98,12 @@ std::uint32_t StringPool::canonical(std::uint32_t id) const {
   return repeats_ ? find(get(id)) : id;
 }
 
+bool StringPool::repeatsText() const {
+  if (!indexed_)
+    buildIndex();
+  return repeats_;
+}
+
 void StringPool::appendLoaded(std::u16string_view text) {
   append(text);
 }

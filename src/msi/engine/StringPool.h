@@ -31,6 +31,8 @@ class StringPool {
   // earlier id too (a loaded pool may repeat a string), without looking the text up when the
   // pool holds no string twice.
   std::uint32_t canonical(std::uint32_t id) const;
+  // Whether some text is held under more than one id (a loaded pool may repeat a string).
+  bool repeatsText() const;
   // Number of ids in use, including the null id 0.
   std::uint32_t size() const { return static_cast<std::uint32_t>(lengths_.size()); }
 

@@ -138,6 +138,19 @@ std::uint32_t exportTableText(engine::Database& db, std::u16string_view table, E
   return error.code;
 }
 
+namespace {
+
+// A table's file, and a cell's, can be exported again from the package, so they are not flushed
+// to the disk one by one: a package of many small tables or cells would spend its time waiting
+// for each.
+storage::NewFileOptions notFlushed() {
+  storage::NewFileOptions options;
+  options.flush = false;
+  return options;
+}
+
+}  // namespace
+
 std::uint32_t writeBinaryFiles(storage::FileSystem& fs, const ExportedTable& exported,
                                const std::filesystem::path& folder, engine::Error& error) {
   if (exported.binaries.empty())
@@ -147,10 +160,6 @@ std::uint32_t writeBinaryFiles(storage::FileSystem& fs, const ExportedTable& exp
     error = {engine::kWriteFault, folder.string() + ": " + reason};
     return error.code;
   }
-  // A cell's file can be exported again from the package, so it is not flushed to the disk one
-  // by one: a table of many small cells would spend its time waiting for each.
-  storage::NewFileOptions notFlushed;
-  notFlushed.flush = false;
   for (const BinaryFile& file : exported.binaries) {
     const std::u16string name(file.fileName.begin(), file.fileName.end());
     if (!isPlainFileName(name)) {
@@ -158,7 +167,7 @@ std::uint32_t writeBinaryFiles(storage::FileSystem& fs, const ExportedTable& exp
       return error.code;
     }
     const std::filesystem::path path = folder / file.fileName;
-    if (!storage::writeStreamToFile(fs, path, *file.data, notFlushed, reason)) {
+    if (!storage::writeStreamToFile(fs, path, *file.data, notFlushed(), reason)) {
       error = {engine::kWriteFault, path.string() + ": " + reason};
       return error.code;
     }
@@ -173,7 +182,8 @@ std::uint32_t exportTable(engine::Database& db, std::u16string_view table, stora
     return error.code;
   std::string reason;
   const auto* bytes = reinterpret_cast<const std::uint8_t*>(exported.text.data());
-  if (!fs.writeFile(idtFile, {bytes, exported.text.size()}, reason)) {
+  const std::unique_ptr<storage::WritableFile> file = fs.createFile(idtFile, notFlushed(), reason);
+  if (!file || !file->append({bytes, exported.text.size()}, reason) || !file->finish(reason)) {
     error = {engine::kWriteFault, idtFile.string() + ": " + reason};
     return error.code;
   }

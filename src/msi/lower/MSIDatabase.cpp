@@ -117,6 +117,10 @@ unsigned MSIDatabase::commit() {
   return engine::kSuccess;
 }
 
+bool MSIDatabase::committedUnchanged() const {
+  return engine_ && engine_->committedUnchanged();
+}
+
 bool MSIDatabase::isValid() const {
   return engine_ != nullptr;
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <atomic>
 #include <numeric>
+#include <optional>
 #include <unordered_set>
 
 #include "msi/engine/Database.h"
@@ -197,6 +198,10 @@ bool MSITable::Persist() {
   odlex::engine::Database* db = openDatabase();
   if (!db)
     return false;
+  // Writing rows that are the table's own, unchanged, would only give the table a new version,
+  // and the database a reason to write its file again.
+  if (matchesStored(db->findTable(schema_->name)))
+    return true;
   std::vector<MSIEntry*> live;
   std::vector<MSIEntry*> deleted;
   for (RWCollectable* item : rows_)
@@ -220,12 +225,17 @@ bool MSITable::Persist() {
     }
   }
   if (table) {
-    // Data that moves to a new stream name is read before any stream is replaced.
+    // Data that moves to a new stream name is read before any stream is replaced. The name a
+    // row's streams take is made only for rows that have one.
     for (MSIEntry* row : live) {
-      const TalString target = odlex::rows::streamNameOf(*row);
+      std::optional<TalString> target;
       for (std::size_t column = 0; column < row->values_.size(); ++column) {
         const MSIRecordColumn& cell = row->values_[column];
-        if (cell.GetKind() == MSIRecordColumn::kindStream && cell.GetStreamName() != target)
+        if (cell.GetKind() != MSIRecordColumn::kindStream)
+          continue;
+        if (!target)
+          target = odlex::rows::streamNameOf(*row);
+        if (cell.GetStreamName() != *target)
           row->BinaryAt(column);
       }
     }
@@ -265,6 +275,34 @@ void MSITable::rememberStored(const odlex::engine::Table& table) {
 
 bool MSITable::storedIn(const odlex::engine::Table& table) const {
   return table.version() == odlex::engine::Table::Version{storedTable_, storedChanges_};
+}
+
+bool MSITable::matchesStored(const odlex::engine::Table* table) const {
+  if (dirty_ || !replaced_.empty())
+    return false;
+  if (!table)
+    return rows_.isEmpty();
+  if (!storedIn(*table) || rows_.entries() != table->rowCount())
+    return false;
+  // Rows written back name a repeated text by its first id; the table's cells may name another.
+  if (database_->engineDatabase()->strings().repeatsText())
+    return false;
+  std::vector<bool> seen(table->rowCount(), false);
+  for (RWCollectable* item : rows_) {
+    const MSIEntry* row = asEntry(item);
+    if (row->modified_ || row->deleted_ || row->storedRow_ >= seen.size() || seen[row->storedRow_])
+      return false;
+    seen[row->storedRow_] = true;
+  }
+  return true;
+}
+
+bool MSITable::HasUnsavedChanges() const {
+  if (dirty_)
+    return true;
+  const odlex::engine::Database* db = database_ ? database_->engineDatabase() : nullptr;
+  const odlex::engine::Table* table = db ? db->findTable(schema_->name) : nullptr;
+  return table && !matchesStored(table);
 }
 
 void MSITable::writeStreams(const std::vector<MSIEntry*>& live, odlex::engine::Table& table) {
