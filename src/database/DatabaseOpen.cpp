@@ -10,37 +10,10 @@
 #include "odlex/tables/ODLEXDatabaseError.h"
 #include "odlex/tables/ODLEXTables.h"
 
-namespace {
-
-// Free-standing copies of every row of a loaded table object; they keep their data after the
-// database they came from is closed.
-template <class Row>
-std::vector<std::unique_ptr<Row>> copyRows(ODLEXTObject& table) {
-  std::vector<std::unique_ptr<Row>> copies;
-  for (RWCollectable* item : table.GetEntries())
-    copies.push_back(std::make_unique<Row>(static_cast<const Row&>(*item)));
-  return copies;
-}
-
-}  // namespace
-
-template <class Row>
-void ODLEXDatabase::CarryRows(ODLEXTObject& table, const std::vector<std::unique_ptr<Row>>& rows) {
-  MSITable* lower = table.GetLowerTable();
-  if (!lower)
-    return;
-  for (const auto& row : rows) {
-    if (MSIEntry* added = lower->AddCopy(*row))
-      added->Modify();
-  }
-}
-
 bool ODLEXDatabase::SetDatabasePath(const TalString& path, ODLEXOpenType& how) {
   if (how.IsOnlyLooking())
     return false;
   unsigned result = 0;
-  std::vector<std::unique_ptr<MSIE_Streams>> streams;
-  std::vector<std::unique_ptr<MSIE_Storages>> storages;
   if (how.IsFilePath()) {
     // The container tables' objects hold the rows of the file that was open when they loaded.
     auto dropContainerTables = [this] {
@@ -51,13 +24,19 @@ bool ODLEXDatabase::SetDatabasePath(const TalString& path, ODLEXOpenType& how) {
     if (result != 0)
       return false;
     dropContainerTables();
-    streams = copyRows<MSIE_Streams>(Get_Streams());
-    storages = copyRows<MSIE_Storages>(Get_Storages());
+    std::vector<TalString> storages;
+    for (RWCollectable* item : Get_Storages().GetEntries())
+      storages.push_back(static_cast<MSIE_Storages*>(item)->GetName());
     database_.close(false);
-    for (const auto& storage : storages)
-      CreateStoragesFile(*storage, path);
+    for (const TalString& name : storages) {
+      MSIE_Storages storage(name);
+      CreateStoragesFile(storage, path);
+    }
     dropContainerTables();
     readOnly_ = false;
+    // The output reads `path` itself: it holds every stream of the source, left in the source
+    // file until a save copies it in bounded pieces, so no stream row is copied here (a copy
+    // would read each stream whole into memory).
     result = database_.open(path, TalString(how));
   } else {
     const MSIDatabase::ePersistMode mode = how;
@@ -76,11 +55,6 @@ bool ODLEXDatabase::SetDatabasePath(const TalString& path, ODLEXOpenType& how) {
   info_.packageCodeChanged = false;
   AcquireDatabaseInfo();
   modified_ = false;
-  // The source's streams and sub-storages go into the output file with the next save.
-  if (how.IsFilePath()) {
-    CarryRows(Get_Streams(), streams);
-    CarryRows(Get_Storages(), storages);
-  }
   compressed_ = CheckForCompression();
   return true;
 }

@@ -58,20 +58,14 @@ bool ODLEXDatabase::SaveChanges() {
 }
 
 // Each modified table object is written after the members of its table set. After an
-// output-file open the system tables are left to Close, which writes them into the output.
+// output-file open the system tables are written too, so that one save writes the output
+// complete.
 void ODLEXDatabase::PersistTables() {
-  const bool systemTablesOnClose = !readOnly_ && !database_.getInPath().isNull();
   InitRelatedTables();
   for (std::size_t slot = 0; slot < totalODLEXTObjects; ++slot) {
     ODLEXTObject* table = tableObjects_[slot].get();
     if (!table || !table->IsModified())
       continue;
-    if (systemTablesOnClose) {
-      const RWClassID type = table->isA();
-      if (type == ODLEXTObject::e_SummaryInformation || type == ODLEXTObject::e_Streams ||
-          type == ODLEXTObject::e_Storages)
-        continue;
-    }
     const auto [first, last] = related_tables.equal_range(table->GetTableSet());
     for (auto member = first; member != last; ++member)
       GetTableObject(member->second).Persist();

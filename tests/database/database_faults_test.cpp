@@ -1,10 +1,11 @@
 // Every file-system call that a database object makes fails in turn (a full disk among them), in
 // each way it writes a file: saving in place, closing with a save, importing a table file,
-// applying a transform from a file or embedded in the package, merging a module, opening into an
-// output file and saving there, and rolling back to the file first opened. After
-// each failure the files are whole: the package as it was, or with the edit once its new file was
-// renamed into place; an output file is absent or a whole package; no temporary file is left. When
-// no call fails, the steps give what they should.
+// applying a transform from a file or embedded in the package, merging a module (in place, and
+// reading the package into an output file), opening into an output file and saving there, and
+// rolling back to the file first opened. After each failure the files are whole: the package as
+// it was, or with the edit once its new file was renamed into place; an output file is absent or
+// a whole package; no temporary file is left. When no call fails, the steps give what they
+// should.
 
 #include <odlex/tables/ODLEXTProperty.h>
 
@@ -67,6 +68,18 @@ void writeEditTransform(const std::filesystem::path& package) {
   ODLEXDatabase::KillDatabaseList();
 }
 
+// Puts in/module.msm, a module that merges into the package.
+void writeMergedModule(const std::filesystem::path& package) {
+  const auto in = package.parent_path() / "in";
+  addMergePlace(package);
+  writeFileBytes(in / "data", "module data");
+  writeSmallModule(in / "module.msm", in / "data");
+}
+
+void mergeModule(ODLEXDatabase& db, const std::filesystem::path& package) {
+  db.MergeModule(text(package.parent_path() / "in" / "module.msm"), u"Complete", u"TARGETDIR", {});
+}
+
 const Scenario kScenarios[] = {
     {"save in place", false,
      [](auto& package, auto&) { openEdited(package, nullptr).SaveChanges(); }, u"Edited"},
@@ -108,17 +121,22 @@ const Scenario kScenarios[] = {
     {"merge a module and save", false,
      [](auto& package, auto&) {
        ODLEXDatabase& db = openEdited(package, nullptr);
-       db.MergeModule(text(package.parent_path() / "in" / "module.msm"), u"Complete", u"TARGETDIR",
-                      {});
+       mergeModule(db, package);
        db.SaveChanges();
      },
-     u"Edited",
-     [](auto& package) {
-       const auto in = package.parent_path() / "in";
-       addMergePlace(package);
-       writeFileBytes(in / "data", "module data");
-       writeSmallModule(in / "module.msm", in / "data");
-     }},
+     u"Edited", writeMergedModule},
+    {"read the package, merge a module and save into an output file", true,
+     [](auto& package, auto& output) {
+       ODLEXOpenType readOnly(MSIDatabase::ePersistReadOnly);
+       ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package), readOnly);
+       ODLEXOpenType into(text(output).data());
+       if (!db.SetDatabasePath(text(package), into))
+         return;
+       db.GetProperty().SetValue(u"ProductName", u"Edited");
+       mergeModule(db, package);
+       db.SaveChanges();
+     },
+     u"Edited", writeMergedModule},
     {"save into an output file", true,
      [](auto& package, auto& output) { openEdited(package, &output).SaveChanges(); }, u"Edited"},
     {"roll back to the file first opened", true,

@@ -1,5 +1,6 @@
 // The merge command's plumbing: exit status, the lines for people, and a package left byte for
-// byte untouched by a merge that stops. What a merge adds is the library's and is tested there.
+// byte untouched by a merge that stops or is asked to write into the package itself. What a merge
+// adds is the library's and is tested there.
 
 #include <gtest/gtest.h>
 
@@ -33,6 +34,12 @@ const MergeRun kRuns[] = {
      false,
      "error\t8\tthe package has no feature Nope\n",
      "(error 53)"},
+    {"OutputThatIsThePackageIsRefused",
+     {"--feature", "Complete", "--directory", "INSTALLDIR", "-o", "LINK"},
+     1,
+     false,
+     "",
+     "(error 3)"},
     {"MissingFeatureOptionIsAUsageMistake",
      {"--directory", "INSTALLDIR"},
      2,
@@ -49,12 +56,18 @@ TEST(OdlexMerge, ExitStatusOutputAndFilesWritten) {
   std::filesystem::copy_file(built.file, package);
   const std::string original = readFileBytes(package);
   const std::filesystem::path module = buildModule(dir, baselineModule());
+  // LINK: another name of the package itself.
+  std::filesystem::create_hard_link(package, dir / "link.msi");
   for (const MergeRun& run : kRuns) {
     SCOPED_TRACE(run.name);
     std::filesystem::remove(dir / "out.msi");
     std::vector<std::string> args{"merge", package.string(), module.string()};
-    for (const std::string& option : run.options)
-      args.push_back(option == "OUT" ? (dir / "out.msi").string() : option);
+    for (const std::string& option : run.options) {
+      if (option == "OUT" || option == "LINK")
+        args.push_back((dir / (option == "OUT" ? "out.msi" : "link.msi")).string());
+      else
+        args.push_back(option);
+    }
     const ProcessResult result = runOdlex(args);
     EXPECT_EQ(result.exitCode, run.exitCode) << result.describe();
     EXPECT_NE(result.out.find(run.stdoutHas), std::string::npos) << result.out;

@@ -146,10 +146,8 @@ void printChanges(const std::vector<Change>& changes, const char* nameKey, bool 
   printJson({{"changed", list}, {"written", written}});
 }
 
-void addChangesJsonFlag(CLI::App& command, bool& json, const char* nameKey) {
-  addJsonFlag(
-      command, json,
-      std::string(R"({"changed": [{")") + nameKey + R"(", "before", "after"}], "written"})");
+std::string changesJsonKeys(const char* nameKey) {
+  return std::string(R"({"changed": [{")") + nameKey + R"(", "before", "after"}], "written"})";
 }
 
 }  // namespace odlex::cli

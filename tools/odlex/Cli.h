@@ -122,7 +122,7 @@ struct Change {
 // The changes of an edit: "NAME<TAB>BEFORE<TAB>AFTER" lines, or with `json` the document
 // {"changed": [{NAMEKEY, "before", "after"}], "written"}, `nameKey` naming what each change is.
 void printChanges(const std::vector<Change>& changes, const char* nameKey, bool json, bool written);
-// --json of a command that prints its changes with printChanges.
-void addChangesJsonFlag(CLI::App& command, bool& json, const char* nameKey);
+// What --json prints for a command that prints its changes with printChanges.
+std::string changesJsonKeys(const char* nameKey);
 
 }  // namespace odlex::cli

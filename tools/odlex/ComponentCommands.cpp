@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Cli.h"
+#include "EditCommand.h"
 #include "LibraryDatabase.h"
 #include "msi/engine/Text.h"
 #include "msi/schema/Schema.h"
@@ -57,21 +58,25 @@ void addList(Commands& commands) {
 }
 
 void addAdd(Commands& commands) {
-  struct Options {
-    std::string package;
+  struct Options : PackageEdit {
     std::string directory;
     unsigned count = 1;
-    EditTarget edit;
-    bool json = false;
   };
   auto options = std::make_shared<Options>();
-  CLI::App& command = commands.add(
-      "component add",
-      "add components with new GUIDs installed into a folder (a Directory key); prints each "
-      "new component's key and GUID",
-      "odlex component add product.msi INSTALLDIR --count 3 -o out.msi", [options] {
-        LibrarySession session;
-        ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
+  addEditCommand(
+      commands,
+      {"component add",
+       "add components with new GUIDs installed into a folder (a Directory key); prints each "
+       "new component's key and GUID",
+       "odlex component add product.msi INSTALLDIR --count 3 -o out.msi"},
+      options, R"({"components": [{"component", "guid"}]})",
+      [options](CLI::App& command) {
+        command.add_option("DIRECTORY", options->directory, "the folder's Directory key")
+            ->required();
+        command.add_option("--count", options->count, "how many components to add (default 1)")
+            ->check(CLI::Range(1u, 10000u));
+      },
+      [options](LibrarySession& session, ODLEXDatabase& db) {
         MSIEDirectory* folder = db.GetDirectory().Lookup(TalString::FromUtf8(options->directory));
         if (!folder)
           throw Failure(ODLEXDatabaseError::eDirectoryNotFound,
@@ -90,14 +95,7 @@ void addAdd(Commands& commands) {
         if (options->json)
           printJson({{"components", added}});
         session.save(db);
-        return 0;
       });
-  addPackageArgument(command, options->package);
-  command.add_option("DIRECTORY", options->directory, "the folder's Directory key")->required();
-  command.add_option("--count", options->count, "how many components to add (default 1)")
-      ->check(CLI::Range(1u, 10000u));
-  addEditOptions(command, options->edit);
-  addJsonFlag(command, options->json, R"({"components": [{"component", "guid"}]})");
 }
 
 // The live rows of every table the database's schema can hold, to tell afterwards which of
@@ -190,21 +188,22 @@ void addShow(Commands& commands) {
 }
 
 void addDelete(Commands& commands) {
-  struct Options {
-    std::string package;
+  struct Options : PackageEdit {
     std::vector<std::string> keys;
-    EditTarget edit;
-    bool json = false;
   };
   auto options = std::make_shared<Options>();
-  CLI::App& command = commands.add(
-      "component delete",
-      "delete components and every row that belongs to them or to their rows (files, their "
-      "hashes, fonts and copies, registry values, shortcuts, services, classes, ...); the "
-      "feature links stay. Prints the rows removed: table, key",
-      "odlex component delete product.msi Docs Helpers -o smaller.msi", [options] {
-        LibrarySession session;
-        ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
+  addEditCommand(
+      commands,
+      {"component delete",
+       "delete components and every row that belongs to them or to their rows (files, their "
+       "hashes, fonts and copies, registry values, shortcuts, services, classes, ...); the "
+       "feature links stay. Prints the rows removed: table, key",
+       "odlex component delete product.msi Docs Helpers -o smaller.msi"},
+      options, R"({"removed": {TABLE: [KEY, ...]}, "written"} (KEY: key columns joined by "/"))",
+      [options](CLI::App& command) {
+        command.add_option("KEY", options->keys, "the components to delete")->required();
+      },
+      [options](LibrarySession& session, ODLEXDatabase& db) {
         ODLEXTComponent& components = db.GetComponent();
         std::vector<MSIEComponent*> doomed;
         for (const std::string& key : options->keys) {
@@ -229,13 +228,7 @@ void addDelete(Commands& commands) {
               printFields({engine::fromUtf8(table), engine::fromUtf8(key)});
         }
         session.save(db);
-        return 0;
       });
-  addPackageArgument(command, options->package);
-  command.add_option("KEY", options->keys, "the components to delete")->required();
-  addEditOptions(command, options->edit);
-  addJsonFlag(command, options->json,
-              R"({"removed": {TABLE: [KEY, ...]}, "written"} (KEY: key columns joined by "/"))");
 }
 
 }  // namespace

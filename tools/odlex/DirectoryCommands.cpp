@@ -4,6 +4,7 @@
 #include <string>
 
 #include "Cli.h"
+#include "EditCommand.h"
 #include "LibraryDatabase.h"
 #include "odlex/database/ODLEXDatabase.h"
 #include "odlex/tables/ODLEXTables.h"
@@ -50,20 +51,22 @@ void addList(Commands& commands) {
 }
 
 void addAdd(Commands& commands) {
-  struct Options {
-    std::string package;
+  struct Options : PackageEdit {
     std::string path;
-    EditTarget edit;
-    bool json = false;
   };
   auto options = std::make_shared<Options>();
-  CLI::App& command = commands.add(
-      "directory add",
-      "add the folders of a target path (\"[ProgramFilesFolder]Vendor\\App\\\", or starting at a "
-      "folder's key), reusing those that exist; prints the key and long target path of the last",
-      R"(odlex directory add product.msi "[INSTALLDIR]Plug-ins\" -o out.msi)", [options] {
-        LibrarySession session;
-        ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
+  addEditCommand(
+      commands,
+      {"directory add",
+       "add the folders of a target path (\"[ProgramFilesFolder]Vendor\\App\\\", or starting "
+       "at a folder's key), reusing those that exist; prints the key and long target path of the "
+       "last",
+       R"(odlex directory add product.msi "[INSTALLDIR]Plug-ins\" -o out.msi)"},
+      options, R"({"directory", "target"})",
+      [options](CLI::App& command) {
+        command.add_option("PATH", options->path, "the target path")->required();
+      },
+      [options](LibrarySession& session, ODLEXDatabase& db) {
         ODLEXTDirectory& folders = db.GetDirectory();
         folders.Add(TalString::FromUtf8(options->path));
         if (folders.GetTempEntries().entries() == 0)
@@ -76,12 +79,7 @@ void addAdd(Commands& commands) {
         else
           printFields({leaf.GetDirectory().u16(), target.u16()});
         session.save(db);
-        return 0;
       });
-  addPackageArgument(command, options->package);
-  command.add_option("PATH", options->path, "the target path")->required();
-  addEditOptions(command, options->edit);
-  addJsonFlag(command, options->json, R"({"directory", "target"})");
 }
 
 }  // namespace

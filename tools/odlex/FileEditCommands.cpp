@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "Cli.h"
+#include "EditCommand.h"
 
 namespace odlex::cli {
 
@@ -53,21 +54,25 @@ nlohmann::json describe(const ODLEXPackageFileEditor& editor, const std::string&
 }
 
 void addReplace(Commands& commands) {
-  struct Options {
-    std::string package;
+  struct Options : PackageEdit {
     std::string key;
     std::string newFile;
-    EditTarget edit;
-    bool json = false;
   };
   auto options = std::make_shared<Options>();
-  CLI::App& command = commands.add(
-      "file replace",
-      "put NEWFILE's bytes in place of the file FILEKEY: its embedded cabinet is rewritten, the "
-      "package's other cabinets are kept as they are, and the File row (size, and version and "
-      "language from a version resource) and MsiFileHash row describe the new bytes; a file "
-      "lying beside the package (external cabinet or uncompressed) is refused",
-      "odlex file replace product.msi Readme readme-v2.txt -o patched.msi", [options] {
+  declareEditCommand(
+      commands,
+      {"file replace",
+       "put NEWFILE's bytes in place of the file FILEKEY: its embedded cabinet is rewritten, the "
+       "package's other cabinets are kept as they are, and the File row (size, and version and "
+       "language from a version resource) and MsiFileHash row describe the new bytes; a file "
+       "lying beside the package (external cabinet or uncompressed) is refused",
+       "odlex file replace product.msi Readme readme-v2.txt -o patched.msi"},
+      *options, R"({"file", "size", "version", "language", "cabinet"})",
+      [options](CLI::App& command) {
+        command.add_option("FILEKEY", options->key, "the file to replace (a File key)")->required();
+        command.add_option("NEWFILE", options->newFile, "the file whose bytes it gets")->required();
+      },
+      [options] {
         std::unique_ptr<ODLEXPackageFileEditor> editor =
             openEditor(options->package, options->edit);
         TalError error;
@@ -80,28 +85,29 @@ void addReplace(Commands& commands) {
         save(*editor, options->edit);
         return 0;
       });
-  addPackageArgument(command, options->package);
-  command.add_option("FILEKEY", options->key, "the file to replace (a File key)")->required();
-  command.add_option("NEWFILE", options->newFile, "the file whose bytes it gets")->required();
-  addEditOptions(command, options->edit);
-  addJsonFlag(command, options->json, R"({"file", "size", "version", "language", "cabinet"})");
 }
 
 void addAdd(Commands& commands) {
-  struct Options {
-    std::string package;
+  struct Options : PackageEdit {
     std::string component;
     std::vector<std::string> files;
-    EditTarget edit;
-    bool json = false;
   };
   auto options = std::make_shared<Options>();
-  CLI::App& command = commands.add(
-      "file add",
-      "add FILEs to COMPONENT, in its folder: File rows with keys made from the names, "
-      "\"SHORT|long\" names, sizes, versions or hashes and sequence numbers after the last, their "
-      "bytes in a new embedded cabinet with its own Media row; prints one line per new file",
-      "odlex file add product.msi MainExecutable extra.dll notes.txt -o more.msi", [options] {
+  declareEditCommand(
+      commands,
+      {"file add",
+       "add FILEs to COMPONENT, in its folder: File rows with keys made from the names, "
+       "\"SHORT|long\" names, sizes, versions or hashes and sequence numbers after the last, "
+       "their bytes in a new embedded cabinet with its own Media row; prints one line per new "
+       "file",
+       "odlex file add product.msi MainExecutable extra.dll notes.txt -o more.msi"},
+      *options, R"({"files": [{"file", "size", "version", "language", "cabinet"}]})",
+      [options](CLI::App& command) {
+        command.add_option("COMPONENT", options->component, "the Component the files belong to")
+            ->required();
+        command.add_option("FILE", options->files, "a file to add")->required();
+      },
+      [options] {
         std::unique_ptr<ODLEXPackageFileEditor> editor =
             openEditor(options->package, options->edit);
         std::vector<TalString> files;
@@ -119,29 +125,19 @@ void addAdd(Commands& commands) {
         save(*editor, options->edit);
         return 0;
       });
-  addPackageArgument(command, options->package);
-  command.add_option("COMPONENT", options->component, "the Component the files belong to")
-      ->required();
-  command.add_option("FILE", options->files, "a file to add")->required();
-  addEditOptions(command, options->edit);
-  addJsonFlag(command, options->json,
-              R"({"files": [{"file", "size", "version", "language", "cabinet"}]})");
 }
 
 void addCompress(Commands& commands) {
-  struct Options {
-    std::string package;
-    EditTarget edit;
-    bool json = false;
-  };
-  auto options = std::make_shared<Options>();
-  CLI::App& command = commands.add(
-      "compress",
-      "put every file of the package into one embedded MSZIP cabinet, from wherever its bytes "
-      "are (uncompressed beside the package, as in an administrative image, or in cabinets "
-      "beside it or inside it): one Media row, files numbered 1, 2, ..., summary marked "
-      "compressed; prints the number of files and the cabinet",
-      "odlex compress image/product.msi -o product.msi", [options] {
+  auto options = std::make_shared<PackageEdit>();
+  declareEditCommand(
+      commands,
+      {"compress",
+       "put every file of the package into one embedded MSZIP cabinet, from wherever its bytes "
+       "are (uncompressed beside the package, as in an administrative image, or in cabinets "
+       "beside it or inside it): one Media row, files numbered 1, 2, ..., summary marked "
+       "compressed; prints the number of files and the cabinet",
+       "odlex compress image/product.msi -o product.msi"},
+      *options, R"({"files", "cabinet"})", nullptr, [options] {
         std::unique_ptr<ODLEXPackageFileEditor> editor =
             openEditor(options->package, options->edit);
         TalError error;
@@ -157,9 +153,6 @@ void addCompress(Commands& commands) {
         save(*editor, options->edit);
         return 0;
       });
-  addPackageArgument(command, options->package);
-  addEditOptions(command, options->edit);
-  addJsonFlag(command, options->json, R"({"files", "cabinet"})");
 }
 
 }  // namespace

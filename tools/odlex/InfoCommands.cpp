@@ -16,6 +16,7 @@
 #include <optional>
 #include <variant>
 
+#include "EditCommand.h"
 #include "LibraryDatabase.h"
 
 namespace odlex::cli {
@@ -185,22 +186,22 @@ void addShow(Commands& commands) {
 }
 
 void addSet(Commands& commands) {
-  struct Options {
-    std::string package;
+  struct Options : PackageEdit {
     std::vector<std::string> assignments;
-    EditTarget edit;
-    bool json = false;
   };
   auto options = std::make_shared<Options>();
-  CLI::App& command = commands.add(
-      "info set",
-      "change fields of the product information (names as info shows them; an empty value "
-      "removes the property); values the package's code page cannot hold are refused, naming "
-      "each field, and nothing is written",
-      "odlex info set product.msi ProductName=\"My Product\" ARPNOREMOVE=1 -o edited.msi",
-      [options] {
-        LibrarySession session;
-        ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
+  addEditCommand(
+      commands,
+      {"info set",
+       "change fields of the product information (names as info shows them; an empty value "
+       "removes the property); values the package's code page cannot hold are refused, naming "
+       "each field, and nothing is written",
+       "odlex info set product.msi ProductName=\"My Product\" ARPNOREMOVE=1 -o edited.msi"},
+      options, R"({"changed": [{"field", "before", "after"}], "written"})",
+      [options](CLI::App& command) {
+        command.add_option("FIELD=VALUE", options->assignments, "the fields to change")->required();
+      },
+      [options](LibrarySession& session, ODLEXDatabase& db) {
         const ODLEXDatabaseInfo before = db.GetDatabaseInfo();
         ODLEXDatabaseInfo info = before;
         for (const std::string& assignment : options->assignments) {
@@ -239,15 +240,10 @@ void addSet(Commands& commands) {
         if (options->json)
           printJson({{"changed", changed}, {"written", !options->edit.dryRun}});
         if (options->edit.dryRun)
-          return 0;
+          return;
         db.SetDatabaseInfo(info, nullptr);
         session.save(db);
-        return 0;
       });
-  addPackageArgument(command, options->package);
-  command.add_option("FIELD=VALUE", options->assignments, "the fields to change")->required();
-  addEditOptions(command, options->edit);
-  addJsonFlag(command, options->json, R"({"changed": [{"field", "before", "after"}], "written"})");
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <odlex/database/ODLEXDatabase.h>
 #include <odlex/msi/MSIEntry.h>
 #include <odlex/tables/ODLEXDatabaseError.h>
+#include <odlex/tables/ODLEXTSystemTables.h>
 
 #include "msi/schema/Schema.h"
 
@@ -68,13 +69,30 @@ ODLEXDatabase& LibrarySession::openForEdit(const std::string& package, const Edi
       dryRuns_.insert(&db);
     return db;
   }
-  ODLEXDatabase& db = open(package, [&target](const TalString& path) -> ODLEXDatabase& {
-    const TalString outputPath = TalString::FromUtf8(target.output);
-    ODLEXOpenType intoOutput(outputPath.u16().c_str());
+  // The package is read and never written; the output receives the changes, written once by
+  // the save. The named file as its own output would be written while it is read: refused, as
+  // the copying open below refuses it.
+  std::error_code unknown;
+  if (std::filesystem::equivalent(package, target.output, unknown))
+    throw Failure(ODLEXDatabaseError::eDatabaseOpenFailed, "cannot open " + package);
+  ODLEXDatabase& db = openReadOnly(package);
+  const TalString outputPath = TalString::FromUtf8(target.output);
+  ODLEXOpenType intoOutput(outputPath.u16().c_str());
+  if (db.Get_Storages().GetEntries().isEmpty()) {
+    library("cannot open " + package, [&] {
+      if (!db.SetDatabasePath(TalString::FromUtf8(package), intoOutput))
+        throw ODLEXDatabaseError(ODLEXDatabaseError::eDatabaseOpenFailed);
+    });
+    return db;
+  }
+  // That open refuses a package holding sub-storages: such a package is copied to the output
+  // and the copy opened for update.
+  db.RemoveFromList(false);
+  ODLEXDatabase& copy = open(package, [&intoOutput](const TalString& path) -> ODLEXDatabase& {
     return ODLEXDatabase::AddDatabaseToList(path, intoOutput);
   });
-  unsavedOutputs_.insert(&db);
-  return db;
+  unsavedOutputs_.insert(&copy);
+  return copy;
 }
 
 void LibrarySession::save(ODLEXDatabase& db) {

@@ -3,8 +3,9 @@
 // objects (sequences, custom actions) rather than on the engine's tables.
 //
 // A command opens its package inside one LibrarySession; when the session ends the list of open
-// databases is emptied without saving, and the output file of an edit that was not saved (the
-// copy the open made) is removed, so a command that fails before it saves writes nothing.
+// databases is emptied without saving, so a command that fails before it saves writes nothing:
+// an edit into an output file writes that file only when saved (or, for a package holding
+// sub-storages, whose open copies it there, the copy is removed).
 // Failures of the library (ODLEXDatabaseError) become Failure here, with a text saying what was
 // asked.
 
@@ -32,8 +33,9 @@ class LibrarySession {
 
   // `package`, read-only: edits stay in memory.
   ODLEXDatabase& openReadOnly(const std::string& package);
-  // `package` for editing: in place, or a copy of it made at `target.output`; for a dry run,
-  // in place, never to be saved.
+  // `package` for editing: in place, or read-only with `target.output` receiving the changes
+  // (Failure, error 3, when that is the package itself); for a dry run, in place, never to be
+  // saved.
   ODLEXDatabase& openForEdit(const std::string& package, const EditTarget& target);
   // Writes the changes of a database opened for editing (atomically), unless it was opened for
   // a dry run; Failure when that failed.

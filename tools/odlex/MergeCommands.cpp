@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "Cli.h"
+#include "EditCommand.h"
 #include "LibraryDatabase.h"
 #include "msi/engine/Text.h"
 #include "package/merge/TableRows.h"
@@ -49,24 +50,36 @@ std::vector<std::pair<TalString, TalString>> configuration(const std::vector<std
 }
 
 void addMerge(Commands& commands) {
-  struct Options {
-    std::string package;
+  struct Options : PackageEdit {
     std::string module;
     std::string feature;
     std::string directory;
     std::vector<std::string> config;
-    EditTarget edit;
-    bool json = false;
   };
   auto options = std::make_shared<Options>();
-  CLI::App& command = commands.add(
-      "merge",
-      "merge a merge module into the package: its components join a feature, its root folder "
-      "becomes a directory of the package; prints the rows added per table and every merge error",
-      "odlex merge product.msm module.msm --feature Complete --directory INSTALLDIR -o out.msi",
-      [options] {
-        LibrarySession session;
-        ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
+  addEditCommand(
+      commands,
+      {"merge",
+       "merge a merge module into the package: its components join a feature, its root folder "
+       "becomes a directory of the package; prints the rows added per table and every merge "
+       "error",
+       "odlex merge product.msm module.msm --feature Complete --directory INSTALLDIR -o out.msi"},
+      options,
+      R"({"tables": [{"table", "rows"}], "files", "mediaDiskId", "errors": [{"type", "text"}]})",
+      [options](CLI::App& command) {
+        command.add_option("MODULE", options->module, "the merge module (.msm)")->required();
+        command
+            .add_option("--feature", options->feature, "the Feature the module's components join")
+            ->required();
+        command
+            .add_option("--directory", options->directory,
+                        "the Directory that takes the place of the module's root folder")
+            ->required();
+        command.add_option(
+            "--config", options->config,
+            "NAME=VALUE: a value for a configurable item of the module (repeatable)");
+      },
+      [options](LibrarySession& session, ODLEXDatabase& db) {
         ODLEXMergeSummary summary;
         try {
           summary = db.MergeModule(
@@ -99,22 +112,7 @@ void addMerge(Commands& commands) {
           printErrors(errors);
         }
         session.save(db);
-        return 0;
       });
-  addPackageArgument(command, options->package);
-  command.add_option("MODULE", options->module, "the merge module (.msm)")->required();
-  command.add_option("--feature", options->feature, "the Feature the module's components join")
-      ->required();
-  command
-      .add_option("--directory", options->directory,
-                  "the Directory that takes the place of the module's root folder")
-      ->required();
-  command.add_option("--config", options->config,
-                     "NAME=VALUE: a value for a configurable item of the module (repeatable)");
-  addEditOptions(command, options->edit);
-  addJsonFlag(
-      command, options->json,
-      R"({"tables": [{"table", "rows"}], "files", "mediaDiskId", "errors": [{"type", "text"}]})");
 }
 
 // The rows of `table` of `module` as JSON objects keyed by column name (integers as numbers),

@@ -7,6 +7,7 @@
 
 #include <map>
 
+#include "EditCommand.h"
 #include "LibraryDatabase.h"
 #include "msi/engine/Text.h"
 
@@ -39,53 +40,46 @@ std::string keywordName(const TalString& keyword, int index) {
 }
 
 void addGuiRemove(Commands& commands) {
-  struct Options {
-    std::string package;
-    EditTarget edit;
-    bool json = false;
-  };
-  auto options = std::make_shared<Options>();
-  CLI::App& command = commands.add(
-      "gui remove",
-      "drop the package's user interface: the dialogs, controls, their events and conditions, "
-      "billboards, text styles, UI texts and the UI sequences; prints each table dropped with "
-      "its row count",
-      "odlex gui remove product.msi -o quiet.msi", [options] {
-        LibrarySession session;
-        ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
+  auto options = std::make_shared<PackageEdit>();
+  addChangesCommand(
+      commands,
+      {"gui remove",
+       "drop the package's user interface: the dialogs, controls, their events and conditions, "
+       "billboards, text styles, UI texts and the UI sequences; prints each table dropped with "
+       "its row count",
+       "odlex gui remove product.msi -o quiet.msi"},
+      "table", options, nullptr, [](ODLEXDatabase& db) {
         const std::map<std::string, std::size_t> before = tableRows(db);
         db.RemoveGUI();
         const std::map<std::string, std::size_t> after = tableRows(db);
-        session.save(db);
         std::vector<Change> changes;
         for (const auto& [table, rows] : before) {
           if (!after.contains(table))
             changes.push_back({table, std::to_string(rows), ""});
         }
-        printChanges(changes, "table", options->json, !options->edit.dryRun);
-        return 0;
+        return changes;
       });
-  addPackageArgument(command, options->package);
-  addEditOptions(command, options->edit);
-  addChangesJsonFlag(command, options->json, "table");
 }
 
 void addGuiImport(Commands& commands) {
-  struct Options {
-    std::string package;
+  struct Options : PackageEdit {
     std::string source;
-    EditTarget edit;
-    bool json = false;
   };
   auto options = std::make_shared<Options>();
-  CLI::App& command = commands.add(
-      "gui import",
-      "replace the package's dialogs, controls and control events by those of another package "
-      "(the product's query dialog ZrQueryX is kept, never copied); prints each table's row "
-      "count before and after",
-      "odlex gui import product.msi branded.msi -o out.msi", [options] {
-        LibrarySession session;
-        ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
+  addChangesCommand(
+      commands,
+      {"gui import",
+       "replace the package's dialogs, controls and control events by those of another package "
+       "(the product's query dialog ZrQueryX is kept, never copied); prints each table's row "
+       "count before and after",
+       "odlex gui import product.msi branded.msi -o out.msi"},
+      "table", options,
+      [options](CLI::App& command) {
+        command.add_option("SOURCE", options->source, "the package to take the dialogs from")
+            ->required()
+            ->check(CLI::ExistingFile);
+      },
+      [options](ODLEXDatabase& db) {
         const std::pair<const char*, ODLEXTObject*> tables[] = {
             {"Dialog", &db.GetDialog()},
             {"Control", &db.GetControl()},
@@ -97,16 +91,8 @@ void addGuiImport(Commands& commands) {
                 [&] { db.ImportGUI(TalString::FromUtf8(options->source)); });
         for (std::size_t i = 0; i < changes.size(); ++i)
           changes[i].after = std::to_string(liveRows(*tables[i].second));
-        session.save(db);
-        printChanges(changes, "table", options->json, !options->edit.dryRun);
-        return 0;
+        return changes;
       });
-  addPackageArgument(command, options->package);
-  command.add_option("SOURCE", options->source, "the package to take the dialogs from")
-      ->required()
-      ->check(CLI::ExistingFile);
-  addEditOptions(command, options->edit);
-  addChangesJsonFlag(command, options->json, "table");
 }
 
 void addChangeLog(Commands& commands) {
@@ -191,21 +177,25 @@ void addKeywordList(Commands& commands) {
 }
 
 void addKeywordSet(Commands& commands) {
-  struct Options {
-    std::string package;
+  struct Options : PackageEdit {
     std::string keyword;
     std::string value;
     short index = 0;
-    EditTarget edit;
-    bool json = false;
   };
   auto options = std::make_shared<Options>();
-  CLI::App& command = commands.add(
-      "keyword set",
-      "set a keyword's value, adding the keyword when missing; prints the value before and after",
-      "odlex keyword set product.msi ChangeLog ENABLED", [options] {
-        LibrarySession session;
-        ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
+  addChangesCommand(
+      commands,
+      {"keyword set",
+       "set a keyword's value, adding the keyword when missing; prints the value before and after",
+       "odlex keyword set product.msi ChangeLog ENABLED"},
+      "keyword", options,
+      [options](CLI::App& command) {
+        command.add_option("KEYWORD", options->keyword, "the keyword")->required();
+        command.add_option("VALUE", options->value, "its value")->required();
+        command.add_option("--index", options->index, "the row of the keyword (default 0)")
+            ->check(CLI::Range(0, 32767));
+      },
+      [options](ODLEXDatabase& db) {
         ODLEXTZrKeyword& keywords = db.GetZrKeyword();
         const TalString keyword = TalString::FromUtf8(options->keyword);
         MSIEZrKeyword values(keyword, options->index);
@@ -218,35 +208,29 @@ void addKeywordSet(Commands& commands) {
         } else {
           keywords.Add(values);
         }
-        session.save(db);
-        printChanges({change}, "keyword", options->json, !options->edit.dryRun);
-        return 0;
+        return std::vector<Change>{change};
       });
-  addPackageArgument(command, options->package);
-  command.add_option("KEYWORD", options->keyword, "the keyword")->required();
-  command.add_option("VALUE", options->value, "its value")->required();
-  command.add_option("--index", options->index, "the row of the keyword (default 0)")
-      ->check(CLI::Range(0, 32767));
-  addEditOptions(command, options->edit);
-  addChangesJsonFlag(command, options->json, "keyword");
 }
 
 void addKeywordDelete(Commands& commands) {
-  struct Options {
-    std::string package;
+  struct Options : PackageEdit {
     std::string keyword;
     std::optional<short> index;
-    EditTarget edit;
-    bool json = false;
   };
   auto options = std::make_shared<Options>();
-  CLI::App& command = commands.add(
-      "keyword delete",
-      "delete a keyword: all its rows, or the one of --index; prints each row deleted with its "
-      "value",
-      "odlex keyword delete product.msi ChangeLog", [options] {
-        LibrarySession session;
-        ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
+  addChangesCommand(
+      commands,
+      {"keyword delete",
+       "delete a keyword: all its rows, or the one of --index; prints each row deleted with its "
+       "value",
+       "odlex keyword delete product.msi ChangeLog"},
+      "keyword", options,
+      [options](CLI::App& command) {
+        command.add_option("KEYWORD", options->keyword, "the keyword")->required();
+        command.add_option("--index", options->index, "delete only this row of the keyword")
+            ->check(CLI::Range(0, 32767));
+      },
+      [options](ODLEXDatabase& db) {
         ODLEXTZrKeyword& keywords = db.GetZrKeyword();
         const TalString keyword = TalString::FromUtf8(options->keyword);
         std::vector<Change> changes;
@@ -267,16 +251,8 @@ void addKeywordDelete(Commands& commands) {
           }
           keywords.Delete(keyword);
         });
-        session.save(db);
-        printChanges(changes, "keyword", options->json, !options->edit.dryRun);
-        return 0;
+        return changes;
       });
-  addPackageArgument(command, options->package);
-  command.add_option("KEYWORD", options->keyword, "the keyword")->required();
-  command.add_option("--index", options->index, "delete only this row of the keyword")
-      ->check(CLI::Range(0, 32767));
-  addEditOptions(command, options->edit);
-  addChangesJsonFlag(command, options->json, "keyword");
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 
 #include <map>
 
+#include "EditCommand.h"
 #include "LibraryDatabase.h"
 #include "msi/engine/Result.h"
 
@@ -106,24 +107,30 @@ void addSearch(Commands& commands) {
 }
 
 void addReplace(Commands& commands) {
-  struct Options {
-    std::string package;
+  struct Options : PackageEdit {
     std::string find;
     std::string replace;
     bool whole = false;
     bool ignoreCase = false;
     std::string table;
-    EditTarget edit;
-    bool json = false;
   };
   auto options = std::make_shared<Options>();
-  CLI::App& command = commands.add(
-      "replace",
-      "replace text in the text columns (no keys, no references) of every table, or of one; "
-      "prints how many replacements were made per table",
-      "odlex replace product.msi Contoso Fabrikam --table Registry -o out.msi", [options] {
-        LibrarySession session;
-        ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
+  addEditCommand(
+      commands,
+      {"replace",
+       "replace text in the text columns (no keys, no references) of every table, or of one; "
+       "prints how many replacements were made per table",
+       "odlex replace product.msi Contoso Fabrikam --table Registry -o out.msi"},
+      options, R"({"tables": [{"table", "count"}], "total"})",
+      [options](CLI::App& command) {
+        command.add_option("FIND", options->find, "the text to replace")->required();
+        command.add_option("REPLACE", options->replace, "what replaces it (may be empty)")
+            ->required();
+        command.add_flag("--whole", options->whole, "replace only values equal to FIND as a whole");
+        command.add_flag("--ignore-case", options->ignoreCase, "find FIND under case folding");
+        command.add_option("--table", options->table, "replace in this table only");
+      },
+      [options](LibrarySession& session, ODLEXDatabase& db) {
         const TalString find = TalString::FromUtf8(options->find);
         const TalString replace = TalString::FromUtf8(options->replace);
         unsigned long flags = 0;
@@ -150,16 +157,7 @@ void addReplace(Commands& commands) {
           printFields({u"total", TalString::FromInt(total).u16()});
         if (total > 0 || !options->edit.output.empty())
           session.save(db);
-        return 0;
       });
-  addPackageArgument(command, options->package);
-  command.add_option("FIND", options->find, "the text to replace")->required();
-  command.add_option("REPLACE", options->replace, "what replaces it (may be empty)")->required();
-  command.add_flag("--whole", options->whole, "replace only values equal to FIND as a whole");
-  command.add_flag("--ignore-case", options->ignoreCase, "find FIND under case folding");
-  command.add_option("--table", options->table, "replace in this table only");
-  addEditOptions(command, options->edit);
-  addJsonFlag(command, options->json, R"({"tables": [{"table", "count"}], "total"})");
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include <filesystem>
 
 #include "Cli.h"
+#include "EditCommand.h"
 #include "LibraryDatabase.h"
 #include "ProgressBar.h"
 
@@ -118,21 +119,23 @@ RefreshCounts refreshHashes(ODLEXDatabase& db) {
 }
 
 void addHashRefresh(Commands& commands) {
-  struct Options {
-    std::string package;
+  struct Options : PackageEdit {
     std::string sourceDir;
-    EditTarget edit;
-    bool json = false;
   };
   auto options = std::make_shared<Options>();
-  CLI::App& command = commands.add(
-      "hash refresh",
-      "recompute the MsiFileHash rows of the unversioned files whose source files are under "
-      "the source folder; prints how many rows were added, changed and left unchanged, and how "
-      "many files have no source file",
-      "odlex hash refresh product.msi --source-dir build/image", [options] {
-        LibrarySession session;
-        ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
+  addEditCommand(
+      commands,
+      {"hash refresh",
+       "recompute the MsiFileHash rows of the unversioned files whose source files are under "
+       "the source folder; prints how many rows were added, changed and left unchanged, and "
+       "how many files have no source file",
+       "odlex hash refresh product.msi --source-dir build/image", "write the changed package here"},
+      options, R"({"added", "changed", "unchanged", "missing"})",
+      [options](CLI::App& command) {
+        command.add_option("--source-dir", options->sourceDir, "the folder [SourceDir] stands for")
+            ->required();
+      },
+      [options](LibrarySession& session, ODLEXDatabase& db) {
         db.SetSourceRoot(TalString::FromUtf8(options->sourceDir));
         const RefreshCounts counts = refreshHashes(db);
         if (counts.added + counts.changed > 0 || !options->edit.output.empty())
@@ -148,13 +151,7 @@ void addHashRefresh(Commands& commands) {
           printLine("unchanged\t" + std::to_string(counts.unchanged));
           printLine("missing\t" + std::to_string(counts.missing));
         }
-        return 0;
       });
-  addPackageArgument(command, options->package);
-  command.add_option("--source-dir", options->sourceDir, "the folder [SourceDir] stands for")
-      ->required();
-  addEditOptions(command, options->edit, "write the changed package here");
-  addJsonFlag(command, options->json, R"({"added", "changed", "unchanged", "missing"})");
 }
 
 void addCert(Commands& commands) {

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 
+#include "EditCommand.h"
 #include "LibraryDatabase.h"
 #include "msi/engine/Result.h"
 #include "msi/schema/Schema.h"
@@ -63,20 +64,32 @@ void addShow(Commands& commands) {
 }
 
 void addSet(Commands& commands) {
-  struct Options {
-    std::string package;
+  struct Options : PackageEdit {
     std::vector<std::string> assignments;
-    EditTarget edit;
-    bool json = false;
   };
   auto options = std::make_shared<Options>();
-  CLI::App& command = commands.add(
-      "summary set",
-      "set summary information fields, printing each field's value before and after; the save "
-      "stamps the time and the author",
-      "odlex summary set product.msi Title=Installer \"Subject=My product\" -o out.msi", [options] {
-        LibrarySession session;
-        ODLEXDatabase& db = session.openForEdit(options->package, options->edit);
+  addChangesCommand(
+      commands,
+      {"summary set",
+       "set summary information fields, printing each field's value before and after; the save "
+       "stamps the time and the author",
+       "odlex summary set product.msi Title=Installer \"Subject=My product\" -o out.msi"},
+      "field", options,
+      [options](CLI::App& command) {
+        command
+            .add_option("FIELD=VALUE", options->assignments, "fields to set, each as NAME=VALUE")
+            ->required()
+            ->check([](const std::string& assignment) -> std::string {
+              const std::size_t equals = assignment.find('=');
+              const std::vector<std::string> names = fieldNames();
+              if (equals == std::string::npos ||
+                  std::find(names.begin(), names.end(), assignment.substr(0, equals)) ==
+                      names.end())
+                return "not FIELD=VALUE with a summary field: " + assignment;
+              return {};
+            });
+      },
+      [options](ODLEXDatabase& db) {
         MSIE_SummaryInformation& row = summaryRow(db);
         std::vector<Change> changes;
         for (const std::string& assignment : options->assignments) {
@@ -92,23 +105,8 @@ void addSet(Commands& commands) {
           changes.push_back({name, before.GetString().ToUtf8(), value});
         }
         db.Get_SummaryInformation().Modify(true);
-        session.save(db);
-        printChanges(changes, "field", options->json, !options->edit.dryRun);
-        return 0;
+        return changes;
       });
-  addPackageArgument(command, options->package);
-  command.add_option("FIELD=VALUE", options->assignments, "fields to set, each as NAME=VALUE")
-      ->required()
-      ->check([](const std::string& assignment) -> std::string {
-        const std::size_t equals = assignment.find('=');
-        const std::vector<std::string> names = fieldNames();
-        if (equals == std::string::npos ||
-            std::find(names.begin(), names.end(), assignment.substr(0, equals)) == names.end())
-          return "not FIELD=VALUE with a summary field: " + assignment;
-        return {};
-      });
-  addEditOptions(command, options->edit);
-  addChangesJsonFlag(command, options->json, "field");
 }
 
 }  // namespace

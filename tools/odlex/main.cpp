@@ -1,5 +1,7 @@
 // odlex: inspect, export, import and rewrite installer databases from the command line.
 
+#include <malloc.h>
+
 #include <cstdio>
 #include <exception>
 #include <iostream>
@@ -42,6 +44,11 @@ std::string chosenWords(const CLI::App& app) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  // Blocks of 128 KiB and more (a large package's sector table is megabytes) go back to the
+  // system when freed. By default the allocator raises this threshold once such a block is
+  // freed and keeps the next ones in its heap, so an edit that opens a package more than once
+  // would hold each open's table at its peak.
+  mallopt(M_MMAP_THRESHOLD, 128 << 10);
   CLI::App app("odlex opens, edits, checks and saves Windows Installer databases.", "odlex");
   app.set_version_flag("--version", kVersion);
   app.require_subcommand(1);

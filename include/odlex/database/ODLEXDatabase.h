@@ -21,6 +21,12 @@
 //     file.
 //   - Reload reads the file again; SaveChanges reports (false, the reason in the lower layer's
 //     error list) a commit refused because another program changed the file since it was read.
+//   - SetDatabasePath into an output file copies no _Streams row: the output reads the named
+//     file and holds every stream of it, left there until a save copies it in bounded pieces
+//     (a row copy would read each stream whole into memory). A source with a sub-storage is
+//     still refused (code 81). SaveChanges of such a database writes the system tables
+//     (summary information, _Streams, _Storages) as well, so that the save after an edit
+//     writes the output once and complete; Close(true) writes them again.
 //   - A read-only database is never written: Rollback reopens it read-only. No temporary copy
 //     is made for a read-only open, and only the working copy made by an output-file open is
 //     ever deleted (by Close without saving).
@@ -55,7 +61,6 @@
 #undef ODLEX_TABLE_TYPE
 
 class MSIE_Storages;
-class MSIE_Streams;
 class MSITranslate;
 namespace odlex::database {
 class MessageCatalog;
@@ -443,10 +448,6 @@ class ODLEXDatabase : public RWCollectable {
   template <class Visit>
   void ForEachSearchedTable(Visit visit);
 
-  // Adds copies of `rows` to the lower-layer table of `table`, each marked modified (the
-  // source's streams and sub-storages after an output-file open).
-  template <class Row>
-  static void CarryRows(ODLEXTObject& table, const std::vector<std::unique_ptr<Row>>& rows);
   // Whether a save would write anything: the file as last committed differs from the database
   // in memory, or a modified table object holds rows not yet written into it.
   bool HasUnsavedChanges();
