@@ -3,13 +3,11 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <fstream>
-
 #include "common/DatabaseTest.h"
 #include "common/PeakMemory.h"
 #include "common/SmallModule.h"
 #include "common/SmallPackage.h"
+#include "common/SparseStream.h"
 
 namespace odlex::test {
 namespace {
@@ -20,10 +18,7 @@ TEST(MergeMemory, ALargeBinaryCellIsCopiedWithoutBeingHeld) {
   const auto package = dir / "package.msi";
   writeSmallPackage(package, "Product", "payload");
   addMergePlace(package);
-  // Sparse: the cell's zeros take no room on disk; its last byte is 0x5A.
-  { std::ofstream data(dir / "data", std::ios::binary); }
-  std::filesystem::resize_file(dir / "data", kCellSize - 1);
-  { std::ofstream(dir / "data", std::ios::binary | std::ios::app).put(0x5A); }
+  writeSparseFile(dir / "data", kCellSize);
   writeSmallModule(dir / "module.msm", dir / "data");
 
   ODLEXDatabase::INIT();
@@ -41,18 +36,7 @@ TEST(MergeMemory, ALargeBinaryCellIsCopiedWithoutBeingHeld) {
   ASSERT_TRUE(saved) << error.text;
   const auto cell = saved->streamSource(u"Binary.Data", error);
   ASSERT_TRUE(cell) << error.text;
-  ASSERT_EQ(cell->size(), kCellSize);
-  std::string reason;
-  auto reader = cell->open(reason);
-  ASSERT_TRUE(reader) << reason;
-  std::vector<std::uint8_t> piece(1 << 20);
-  std::uint64_t nonZero = 0;
-  for (std::uint64_t left = kCellSize; left > 0; left -= piece.size()) {
-    ASSERT_TRUE(reader->read(piece.data(), piece.size(), reason)) << reason;
-    nonZero += piece.size() - std::count(piece.begin(), piece.end(), 0);
-  }
-  EXPECT_EQ(nonZero, 1u);
-  EXPECT_EQ(piece.back(), 0x5A);
+  expectSparseStream(*cell, kCellSize);
 }
 
 }  // namespace

@@ -1,12 +1,15 @@
 // odlex: inspect, export, import and rewrite installer databases from the command line.
 
-#include <malloc.h>
-
 #include <cstdio>
 #include <exception>
 #include <iostream>
 #include <string>
 #include <vector>
+
+// After the standard headers, which say whether the C library is glibc.
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 #include "Cli.h"
 #include "ProgressFileSystem.h"
@@ -48,7 +51,9 @@ int main(int argc, char** argv) {
   // system when freed. By default the allocator raises this threshold once such a block is
   // freed and keeps the next ones in its heap, so an edit that opens a package more than once
   // would hold each open's table at its peak.
+#ifdef __GLIBC__
   mallopt(M_MMAP_THRESHOLD, 128 << 10);
+#endif
   CLI::App app("odlex opens, edits, checks and saves Windows Installer databases.", "odlex");
   app.set_version_flag("--version", kVersion);
   app.require_subcommand(1);

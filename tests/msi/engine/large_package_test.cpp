@@ -8,15 +8,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <chrono>
 #include <filesystem>
-#include <fstream>
 #include <random>
 #include <thread>
 
 #include "common/Oracle.h"
 #include "common/PeakMemory.h"
+#include "common/SparseStream.h"
 #include "common/TempDir.h"
 #include "msi/engine/Database.h"
 #include "msi/engine/EngineTest.h"
@@ -25,8 +24,7 @@
 namespace odlex::engine {
 namespace {
 
-// A package with table Kept and a stream "Binary.Big" of `streamSize` bytes (zeros, but the
-// last one, 0x5A).
+// A package with table Kept and a stream "Binary.Big" of `streamSize` bytes (a sparse stream).
 std::filesystem::path writeLargePackage(const test::TempDir& dir, std::uint64_t streamSize) {
   Error error;
   auto small = Database::open(storage::FileSystem::real(), dir / "small.msi",
@@ -35,10 +33,7 @@ std::filesystem::path writeLargePackage(const test::TempDir& dir, std::uint64_t 
       u"Kept", {Column{u"Key", column_type::kText | column_type::kKey | 72}}, error));
   EXPECT_EQ(small->commit(error), kSuccess) << error.text;
 
-  // Sparse: the stream's zeros take no room on disk.
-  { std::ofstream blob(dir / "blob", std::ios::binary); }
-  std::filesystem::resize_file(dir / "blob", streamSize - 1);
-  { std::ofstream(dir / "blob", std::ios::binary | std::ios::app).put(0x5A); }
+  test::writeSparseFile(dir / "blob", streamSize);
   std::string reason;
   auto reader = storage::CompoundFileReader::open(
       storage::FileSystem::real().openRead(dir / "small.msi", reason), reason);
@@ -87,17 +82,7 @@ TEST(LargePackage, AnEditSavesAHugeStreamWithoutHoldingIt) {
   const auto source =
       openOrFail(path, Database::OpenMode::kReadOnly)->streamSource(u"Binary.Big", error);
   ASSERT_TRUE(source) << error.text;
-  ASSERT_EQ(source->size(), kStreamSize);
-  std::string reason;
-  auto stream = source->open(reason);
-  std::vector<std::uint8_t> piece(1 << 20);
-  std::uint64_t nonZero = 0;
-  for (std::uint64_t left = kStreamSize; left > 0; left -= piece.size()) {
-    ASSERT_TRUE(stream->read(piece.data(), piece.size(), reason)) << reason;
-    nonZero += piece.size() - std::count(piece.begin(), piece.end(), 0);
-  }
-  EXPECT_EQ(nonZero, 1u);
-  EXPECT_EQ(piece.back(), 0x5A);
+  test::expectSparseStream(*source, kStreamSize);
 }
 
 std::vector<std::string> temporariesIn(const std::filesystem::path& folder) {
