@@ -21,14 +21,28 @@ namespace {
 // claiming gigabytes does not fill the disk.
 constexpr std::uint64_t kMaxExtracted = 16 << 20;
 
-std::filesystem::path scratchFolder() {
-  static const std::filesystem::path folder = [] {
+// A folder of this process's own for the files the checks place, removed when the fuzzer exits.
+class ScratchFolder {
+ public:
+  ScratchFolder() {
     std::string pattern = (std::filesystem::temp_directory_path() / "odlex-fuzz-XXXXXX").string();
     if (!::mkdtemp(pattern.data()))
       abort();
-    return std::filesystem::path(pattern);
-  }();
-  return folder;
+    path_ = pattern;
+  }
+  ~ScratchFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+  }
+  const std::filesystem::path& path() const { return path_; }
+
+ private:
+  std::filesystem::path path_;
+};
+
+const std::filesystem::path& scratchFolder() {
+  static const ScratchFolder folder;
+  return folder.path();
 }
 
 void checkNames(const odlex::package::CabinetReader& reader, const std::filesystem::path& root) {
@@ -49,7 +63,7 @@ void checkNames(const odlex::package::CabinetReader& reader, const std::filesyst
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::filesystem::path root = scratchFolder();
+  const std::filesystem::path& root = scratchFolder();
   std::string error;
   std::unique_ptr<odlex::package::CabinetReader> reader = odlex::package::CabinetReader::open(
       odlex::storage::memorySource(std::vector<std::uint8_t>(data, data + size)), error);
