@@ -34,42 +34,35 @@ std::vector<TalString> Texts(const RWBTree& tree) {
   return out;
 }
 
+// Insert, and append (insert made cheap for items in order), keep items in compareTo order:
+// out of order or equal, append does as insert. A copy made on the way keeps what it held.
 TEST(RWBTree, KeepsItemsInCompareToOrderAndRefusesEqualOnes) {
-  Item c(u"c"), a(u"a"), b(u"b"), otherA(u"a");
-  RWBTree tree;
-  EXPECT_EQ(tree.insert(&c), &c);
-  EXPECT_EQ(tree.insert(&a), &a);
-  EXPECT_EQ(tree.insert(&b), &b);
-  // An equal item is not added; the one already held is returned.
-  EXPECT_EQ(tree.insert(&otherA), &a);
-  EXPECT_EQ(tree.insert(nullptr), nullptr);
-  EXPECT_EQ(tree.entries(), 3u);
-  EXPECT_EQ(Texts(tree), (std::vector<TalString>{u"a", u"b", u"c"}));
+  for (auto add : {&RWBTree::insert, &RWBTree::append}) {
+    SCOPED_TRACE(add == &RWBTree::insert ? "insert" : "append");
+    Item b(u"b"), d(u"d"), a(u"a"), c(u"c"), otherD(u"d"), otherB(u"b");
+    RWBTree tree;
+    EXPECT_EQ((tree.*add)(&b), &b);
+    EXPECT_EQ((tree.*add)(&d), &d);
+    EXPECT_EQ((tree.*add)(&a), &a);
+    // An equal item is not added; the one already held is returned.
+    EXPECT_EQ((tree.*add)(&otherD), &d);
+    EXPECT_EQ((tree.*add)(nullptr), nullptr);
+    const RWBTree shared = tree;
+    EXPECT_EQ((tree.*add)(&c), &c);
+    EXPECT_EQ((tree.*add)(&otherB), &b);
+    EXPECT_EQ(tree.entries(), 4u);
+    EXPECT_EQ(Texts(tree), (std::vector<TalString>{u"a", u"b", u"c", u"d"}));
+    EXPECT_EQ(Texts(shared), (std::vector<TalString>{u"a", u"b", u"d"}));
 
-  const TalCollectableString probe(u"b");
-  EXPECT_EQ(tree.find(&probe), &b);
-  EXPECT_TRUE(tree.contains(&probe));
-  EXPECT_EQ(tree.remove(&probe), &b);
-  EXPECT_FALSE(tree.contains(&probe));
-  EXPECT_EQ(tree.remove(&probe), nullptr);
-  tree.clear();
-  EXPECT_TRUE(tree.isEmpty());
-}
-
-// Append is insert made cheap for items in order; out of order or equal, it does as insert.
-TEST(RWBTree, AppendPlacesAndRefusesItemsAsInsertDoes) {
-  Item b(u"b"), d(u"d"), a(u"a"), c(u"c"), otherD(u"d"), otherB(u"b");
-  RWBTree tree;
-  EXPECT_EQ(tree.append(&b), &b);
-  EXPECT_EQ(tree.append(&d), &d);
-  EXPECT_EQ(tree.append(&a), &a);
-  EXPECT_EQ(tree.append(&otherD), &d);
-  EXPECT_EQ(tree.append(nullptr), nullptr);
-  const RWBTree shared = tree;
-  EXPECT_EQ(tree.append(&c), &c);
-  EXPECT_EQ(tree.append(&otherB), &b);
-  EXPECT_EQ(Texts(tree), (std::vector<TalString>{u"a", u"b", u"c", u"d"}));
-  EXPECT_EQ(Texts(shared), (std::vector<TalString>{u"a", u"b", u"d"}));
+    const TalCollectableString probe(u"b");
+    EXPECT_EQ(tree.find(&probe), &b);
+    EXPECT_TRUE(tree.contains(&probe));
+    EXPECT_EQ(tree.remove(&probe), &b);
+    EXPECT_FALSE(tree.contains(&probe));
+    EXPECT_EQ(tree.remove(&probe), nullptr);
+    tree.clear();
+    EXPECT_TRUE(tree.isEmpty());
+  }
 }
 
 TEST(RWBTree, CopiesShareTheItems) {
