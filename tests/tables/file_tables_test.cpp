@@ -6,9 +6,7 @@
 
 #include <tuple>
 
-#include "common/DatabaseTest.h"
 #include "common/FontFile.h"
-#include "common/Oracle.h"
 #include "common/PeModule.h"
 #include "common/VersionResource.h"
 #include "tables/TableTestSupport.h"
