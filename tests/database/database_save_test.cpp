@@ -33,6 +33,7 @@ TEST_F(DatabaseSaveTest, SavedChangesReachTheFileAndTheDatabaseStaysModifiedUnti
   EXPECT_EQ(thrownCode([&] { db.SetCreatingTransform(true); }),
             ODLEXDatabaseError::eCannotCreateTransform)
       << "a database opened in place";
+  EXPECT_FALSE(db.IsCreatingTransform()) << "the refusal changes nothing";
   db.Close(true);
   EXPECT_FALSE(db.IsModified());
 
@@ -250,6 +251,8 @@ TEST(OpenTypeTest, CopiesOwnTheirOutputPath) {
   EXPECT_TRUE(output.IsEnum());
   EXPECT_TRUE(TalString(output).isNull());
   EXPECT_EQ(TalString(copied), u"out.msi");
+  EXPECT_EQ(static_cast<MSIDatabase::ePersistMode>(copied), MSIDatabase::ePersistReadOnly)
+      << "the source of an output file is only read";
 }
 
 // Counts the files created: every write of a package makes its new file beside the old one.

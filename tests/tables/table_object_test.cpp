@@ -1,7 +1,7 @@
-// The table-object base and the shared row-table pattern: the load/unload cycle, modification
-// rules, temp entries and the common edits; and rows handed out by table objects, which stay valid,
-// or leave visibly, across loads, reloads, rollbacks, saves, key changes and copies of the table
-// object.
+// The table-object base and the shared row-table pattern: the attribute word, the load/unload
+// cycle, modification rules, temp entries and the common edits; and rows handed out by table
+// objects, which stay valid, or leave visibly, across loads, reloads, rollbacks, saves, key
+// changes and copies of the table object.
 
 #include <algorithm>
 #include <map>
@@ -12,6 +12,16 @@
 
 namespace odlex::test {
 namespace {
+
+// Each setter of the attribute word touches only its own bit.
+TEST(TableAttributes, SettersTouchOnlyTheirBit) {
+  ODLEXTableAttributes attributes(6ul);
+  attributes.SetReadOnly(true);
+  EXPECT_EQ(attributes.GetValue(), 7u);
+  attributes.SetNotInMergeModule(false);
+  EXPECT_EQ(attributes.GetValue(), 5u);
+  EXPECT_TRUE(attributes.IsOnlyInPcp());
+}
 
 MSIEError errorRow(short number, const char16_t* message) {
   MSIEError row(number);
