@@ -77,7 +77,6 @@ TEST_F(RowsByOwnerTest, FileSearchRowsBySignature) {
   ODLEXTRegLocator& regs = db.GetRegLocator();
   ODLEXTDrLocator& dirs = db.GetDrLocator();
   MSIESignature& signature = addRow(signatures, MSIESignature(u"AppExe"));
-  signatures.Delete(addRow(signatures, MSIESignature(u"OldExe")));
   MSIERegLocator& reg = addRow(regs, MSIERegLocator(u"AppExe"));
   addRow(db.GetIniLocator(), MSIEIniLocator(u"AppIni"));
   addRow(db.GetCompLocator(), MSIECompLocator(u"AppComp"));
@@ -88,8 +87,6 @@ TEST_F(RowsByOwnerTest, FileSearchRowsBySignature) {
   const Lookup lookups[] = {
       {[&] { return &signatures.GetWithSignature(u"AppExe"); },
        [&] { signatures.GetWithSignature(u"appexe"); }, 24, &signature},
-      {[&] { return &signatures.GetWithSignature(u"AppExe"); },
-       [&] { signatures.GetWithSignature(u"OldExe"); }, 24},
       {[&] { return &dirs.GetWithSignature(u"AppDir"); },
        [&] { dirs.GetWithSignature(u"AppComp"); }, 24, &second},
   };
