@@ -56,7 +56,7 @@ bool refuseCopy(const TalString&, const TalString&) {
   return false;
 }
 
-TEST(DatabaseSettingsTest, CopyingAFileIsTheHostsAndSkippedWithoutIt) {
+TEST(DatabaseSettingsTest, CopyingAFileIsLeftToTheHost) {
   const std::unique_ptr<ODLEXDatabase> db = unopenedDatabase();
   TempDir dir;
   EXPECT_TRUE(db->CopySingleFile(u"from.msi", text(dir / "to.msi")));
