@@ -7,8 +7,6 @@
 // a whole package; no temporary file is left. When no call fails, the steps give what they
 // should.
 
-#include <odlex/tables/ODLEXTProperty.h>
-
 #include <functional>
 
 #include "common/DatabaseTest.h"

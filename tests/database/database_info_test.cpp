@@ -1,11 +1,11 @@
 // Product information: reading it from the Property table, checking and writing it back, the
-// GUID and version helpers, and reading properties of a package that is not opened.
+// GUID and version helpers, and reading properties of a package that is not opened; the summary
+// information's stamp on every save (read back by msiinfo), SetSummaryInformation, and the
+// system table objects.
 
-#include <odlex/tables/ODLEXTables.h>
+#include <odlex/support/UserName.h>
 
-#include <algorithm>
-#include <string>
-#include <vector>
+#include <map>
 
 #include "common/DatabaseTest.h"
 
@@ -64,6 +64,17 @@ class DatabaseInfoTest : public DatabaseTest {
     EXPECT_TRUE(db.SaveChanges());
     db.Reload();
     return db.GetDatabaseInfo();
+  }
+
+  // "Field: value" lines of msiinfo suminfo.
+  std::map<std::string, std::string> suminfo() {
+    std::map<std::string, std::string> fields;
+    for (const std::string& line : splitLines(msiinfoSuminfo(package()).out)) {
+      const std::size_t colon = line.find(": ");
+      if (colon != std::string::npos)
+        fields[line.substr(0, colon)] = line.substr(colon + 2);
+    }
+    return fields;
   }
 };
 
@@ -146,10 +157,7 @@ TEST_F(DatabaseInfoTest, PropertiesOfAnUnopenedPackage) {
   EXPECT_EQ(name, u"Idt Oracle Product");
   EXPECT_EQ(code, u"{6D3F1E2A-4B5C-4D7E-8F90-A1B2C3D4E5F6}");
   EXPECT_FALSE(ODLEXDatabase::IsDatabaseFilePathLoaded(text(package())));
-  const std::vector<std::string> summary = splitLines(msiinfoSuminfo(package()).out);
-  EXPECT_NE(std::find(summary.begin(), summary.end(),
-                      "Template: " + ODLEXDatabase::GetTemplateSumProp(text(package())).ToUtf8()),
-            summary.end());
+  EXPECT_EQ(suminfo().at("Template"), ODLEXDatabase::GetTemplateSumProp(text(package())).ToUtf8());
   EXPECT_EQ(thrownCode([&] { ODLEXDatabase::GetTemplateSumProp(text(file("missing.msi"))); }),
             ODLEXDatabaseError::eDatabaseOpenFailed);
   EXPECT_EQ(thrownCode([&] {
@@ -189,6 +197,59 @@ TEST_F(DatabaseInfoTest, PropertiesOfAnUnopenedPackage) {
     EXPECT_TRUE(debug.lines[1].starts_with("MSI: ") || debug.lines[1].starts_with("Unknown"))
         << debug.lines[1];
   }
+}
+
+// Every save stamps the time and the author; SetSummaryInformation always marks the database
+// modified, and what it sets is saved beside the package's compression.
+TEST_F(DatabaseInfoTest, SummaryInformationIsSetAndEverySaveStampsIt) {
+  ASSERT_EQ(suminfo().count("Last saved"), 0u);
+  ODLEXDatabase& db = openPackage();
+  ODLEXT_SummaryInformation& summary = db.Get_SummaryInformation();
+  msidbSumInfoSourceType source{};
+  MSIDatabase::ePlatform platform{};
+  TalString title, subject, author, comments;
+  NullableQuad created, saved;
+  ASSERT_TRUE(summary.GetSummaryInformation(source, platform, title, subject, author, comments,
+                                            created, saved));
+  summary.SetSummaryInformation(title, subject, author, comments);
+  EXPECT_TRUE(db.IsModified());
+  summary.SetSummaryInformation(u"New title", subject, author, u"Remarks");
+  addSearch(db);
+  ASSERT_TRUE(db.SaveChanges());
+  const std::map<std::string, std::string> fields = suminfo();
+  EXPECT_EQ(fields.at("Title"), "New title");
+  EXPECT_EQ(fields.at("Comments"), "Remarks");
+  EXPECT_EQ(fields.at("Source"), "2 (2)");  // the package's compression stays
+  EXPECT_EQ(fields.at("Last author"), CurrentUserName().ToUtf8());
+  EXPECT_FALSE(fields.at("Last saved").empty());
+  EXPECT_FALSE(summary.GetLastSaveDateTime().IsNull()) << "the stamp is the row's";
+}
+
+TEST_F(DatabaseInfoTest, LookupsOfSystemTables) {
+  ODLEXDatabase& db = openPackage();
+  ODLEXT_SummaryInformation unloaded;
+  // A summary object without a row: GetEntry fails, stamping and persisting do nothing.
+  EXPECT_EQ(thrownCode([&] { unloaded.GetEntry(); }), 36);
+  EXPECT_EQ(thrownCode([&] { unloaded.Persist(); }), -1);
+  EXPECT_EQ(thrownCode([&] { db.Get_TransformView().GetEntry(u"File", u"Name", u"a"); }), 38);
+  EXPECT_EQ(thrownCode([&] { db.Get_Storages().Get_StoragesWithID(u"none"); }), 40);
+  EXPECT_EQ(thrownCode([&] { db.Get_Tables().GetTableWithID(u"NoSuchTable"); }), 32);
+  EXPECT_EQ(db.Get_Tables().GetTableWithID(u"Property").GetName(), u"Property");
+}
+
+// A stream takes any file; a storage only a compound file. What is added is written on save.
+TEST_F(DatabaseInfoTest, StreamsAndStoragesAddedFromFiles) {
+  writeFileBytes(file("data.bin"), "stream data");
+  ODLEXDatabase& db = openPackage();
+  db.Get_Streams().Add(u"Extra", text(file("data.bin")));
+  EXPECT_EQ(db.Get_Streams().GetTempEntries().entries(), 1u);
+  db.Get_Storages().Add(u"NotAStorage", text(file("data.bin")), false);
+  EXPECT_TRUE(db.Get_Storages().GetTempEntries().isEmpty());
+  db.Get_Storages().Add(u"Embedded", text(copyPackage("embedded.msi")), false);
+  EXPECT_EQ(db.Get_Storages().GetTempEntries().entries(), 1u);
+  ASSERT_TRUE(db.SaveChanges());
+  EXPECT_EQ(msiinfoExtract(package(), "Extra").out, "stream data");
+  EXPECT_EQ(db.Get_Storages().Get_StoragesWithID(u"Embedded").GetName(), u"Embedded");
 }
 
 }  // namespace

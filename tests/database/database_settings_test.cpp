@@ -1,13 +1,16 @@
-// Class-wide settings and diagnostics: progress sinks, host callbacks, debug texts of result
-// codes, the lower layer's errors, and the factory registrations of the table classes.
+// Class-wide settings and diagnostics (progress sinks, host callbacks, debug texts of result
+// codes, the lower layer's errors) and the table types: made by the factory, one object per type
+// in a database, made on first use and loaded on demand, and the tables each schema version can
+// hold.
 
 #include <odlex/support/RWFactory.h>
-#include <odlex/tables/ODLEXTables.h>
 
 #include <memory>
 #include <set>
 
 #include "common/DatabaseTest.h"
+#include "database/SchemaTables.h"
+#include "msi/schema/Schema.h"
 
 namespace odlex::test {
 namespace {
@@ -53,7 +56,7 @@ bool refuseCopy(const TalString&, const TalString&) {
   return false;
 }
 
-TEST(DatabaseSettingsTest, HostCallbacksHaveDefaults) {
+TEST(DatabaseSettingsTest, CopyingAFileIsLeftToTheHost) {
   const std::unique_ptr<ODLEXDatabase> db = unopenedDatabase();
   TempDir dir;
   EXPECT_TRUE(db->CopySingleFile(u"from.msi", text(dir / "to.msi")));
@@ -61,12 +64,6 @@ TEST(DatabaseSettingsTest, HostCallbacksHaveDefaults) {
   ODLEXDatabase::SetCopySingleFile(&refuseCopy);
   EXPECT_FALSE(db->CopySingleFile(u"from.msi", u"to.msi"));
   ODLEXDatabase::SetCopySingleFile(nullptr);
-
-  EXPECT_TRUE(ODLEXDatabase::UserPermits());
-  ODLEXDatabase::SetUserPermitsFunction([] { return false; });
-  EXPECT_FALSE(ODLEXDatabase::UserPermits());
-  ODLEXDatabase::SetUserPermitsFunction(nullptr);
-  EXPECT_EQ(ODLEXDatabase::GetMergeErrors(), nullptr);
 }
 
 std::vector<std::string> debugLinesOf(unsigned code) {
@@ -109,26 +106,6 @@ TEST(DatabaseSettingsTest, LowerLayerErrorsAreTakenOrDumped) {
   EXPECT_EQ(thrownCode([&] { db->GetTalError(); }), Error::eNoPendingError);
 }
 
-// Every table type is made by the factory from its class id and its name, and makes its own
-// species and copies.
-TEST(DatabaseSettingsTest, FactoryMakesEveryTableObjectByTypeAndByName) {
-  ODLEXDatabase::INIT();
-  RWFactory& factory = *getRWFactory();
-#define ODLEX_TABLE_TYPE(Table, id, edits, attributes)                                  \
-  {                                                                                     \
-    std::unique_ptr<RWCollectable> byType(factory.create(RWClassID(id)));               \
-    std::unique_ptr<RWCollectable> byName(factory.create(RWStringID("ODLEXT" #Table))); \
-    EXPECT_NE(dynamic_cast<ODLEXT##Table*>(byType.get()), nullptr) << #Table;           \
-    EXPECT_NE(dynamic_cast<ODLEXT##Table*>(byName.get()), nullptr) << #Table;           \
-    ASSERT_TRUE(byType) << #Table;                                                      \
-    EXPECT_EQ(byType->isA(), id);                                                       \
-    EXPECT_EQ(std::unique_ptr<RWCollectable>(byType->newSpecies())->isA(), id);         \
-    EXPECT_EQ(std::unique_ptr<RWCollectable>(byType->copy())->isA(), id);               \
-  }
-#include <odlex/tables/TableTypes.def>
-#undef ODLEX_TABLE_TYPE
-}
-
 TEST(DatabaseSettingsTest, TableNamesAreNotMappedToTypes) {
   EXPECT_EQ(ODLEXDatabase::GetTableType(u"Component"), ODLEXTObject::eNoTable);
   EXPECT_EQ(ODLEXDatabase::GetTableType(u""), ODLEXTObject::eNoTable);
@@ -140,6 +117,88 @@ TEST(DatabaseSettingsTest, TemporaryReadOnlyCopyEndsInMri) {
   EXPECT_EQ(ODLEXDatabase::GetTempMsiFileName(u"dir.v2\\setup"), u"dir.v2\\setup.mri");
   EXPECT_TRUE(ODLEXDatabase::MatchesExtension(u"a/module.Msm", u"MSM"));
   EXPECT_FALSE(ODLEXDatabase::MatchesExtension(u"a.msm/module", u"MSM"));
+}
+
+using DatabaseTablesTest = DatabaseTest;
+
+TEST_F(DatabaseTablesTest, EachTableTypeHasOneObjectLoadedOnDemand) {
+  ODLEXDatabase& db = openPackage();
+  ODLEXTObject& unloaded = db.GetTableObject(ODLEXTObject::eFile, false);
+  EXPECT_FALSE(unloaded.IsLoaded());
+  EXPECT_EQ(&unloaded.GetDatabase(), &db);
+  ODLEXTFile& file = db.GetFile();
+  EXPECT_EQ(static_cast<ODLEXTObject*>(&file), &unloaded);
+  EXPECT_TRUE(file.IsLoaded());
+  EXPECT_GT(file.GetEntries().entries(), 0u);
+  EXPECT_EQ(&db.GetTableObject(ODLEXTObject::eFile), &unloaded);
+  EXPECT_EQ(thrownCode([&] { db.GetTableObject(ODLEXTObject::eNoTable); }),
+            Error::eInternalFailure);
+  EXPECT_EQ(thrownCode([&] { db.GetTableObject(ODLEXTObject::eTableObjectClass); }),
+            Error::eInternalFailure);
+}
+
+// Which tables a schema holds is decided in full by tableFitsSchema (checked against the
+// catalog below); a database goes by the schema it declares.
+TEST_F(DatabaseTablesTest, TablesOfNewerSchemasAreRefusedByOlderDatabases) {
+  ODLEXDatabase& schema120 = openNewDatabase("schema120.msi", eSchema120);
+  EXPECT_FALSE(ODLEXDatabase::CanCreateTable(ODLEXTObject::eMsiFileHash, schema120));
+  EXPECT_EQ(thrownCode([&] { schema120.GetMsiFileHash(); }), Error::eTableNotInSchema);
+  EXPECT_NO_THROW(schema120.GetFileSFPCatalog());
+
+  ODLEXDatabase& schema200 = openNewDatabase("schema200.msi", eSchema200);
+  EXPECT_TRUE(schema200.IsTableValid(ODLEXTObject::eMsiFileHash));
+  EXPECT_NO_THROW(schema200.GetMsiFileHash());
+}
+
+// Whether the catalog's table of that name may exist in a database of schema `version`: schemas
+// 100 to 120 hold the tables they introduced and older ones, 30 and undeclared schemas those of
+// 100 except the patch-creation tables, every other schema every table.
+bool catalogAllows(const schema::TableSchema& table, eSchemaVersion version) {
+  switch (version) {
+    case eSchema100:
+    case eSchema110:
+    case eSchema120:
+      return table.sinceSchema <= version;
+    case eSchema30:
+    case eSchemaNone:
+      return table.sinceSchema <= eSchema100 && !table.pcpOnly();
+    default:
+      return true;
+  }
+}
+
+// Every table type is made by the factory from its class id and its name, and makes its own
+// species and copies; its table is in the schema catalog, whose schema versions and
+// patch-creation flag agree with the type's attributes and with tableFitsSchema.
+TEST(TableTypes, MadeByTheFactoryAndAgreeWithTheSchemaCatalog) {
+  ODLEXDatabase::INIT();
+  RWFactory& factory = *getRWFactory();
+  const eSchemaVersion versions[] = {eSchema30,  eSchema100, eSchema110, eSchema120, eSchema150,
+                                     eSchema200, eSchema300, eSchema301, eSchema400, eSchema405,
+                                     eSchema450, eSchema500, eSchemaNone};
+#define ODLEX_TABLE_TYPE(Table, id, edits, attributes)                                  \
+  {                                                                                     \
+    SCOPED_TRACE(#Table);                                                               \
+    std::unique_ptr<RWCollectable> byType(factory.create(RWClassID(id)));               \
+    std::unique_ptr<RWCollectable> byName(factory.create(RWStringID("ODLEXT" #Table))); \
+    auto* object = dynamic_cast<ODLEXT##Table*>(byType.get());                          \
+    ASSERT_NE(object, nullptr);                                                         \
+    EXPECT_NE(dynamic_cast<ODLEXT##Table*>(byName.get()), nullptr);                     \
+    EXPECT_EQ(byType->isA(), id);                                                       \
+    EXPECT_EQ(std::unique_ptr<RWCollectable>(byType->newSpecies())->isA(), id);         \
+    EXPECT_EQ(std::unique_ptr<RWCollectable>(byType->copy())->isA(), id);               \
+    const schema::TableSchema* table = schema::findTable(u"" #Table);                   \
+    ASSERT_NE(table, nullptr);                                                          \
+    EXPECT_EQ(static_cast<ODLEXTObject*>(object)->GetAttributes().IsOnlyInPcp(),        \
+              table->pcpOnly());                                                        \
+    for (eSchemaVersion version : versions) {                                           \
+      EXPECT_EQ(database::tableFitsSchema(ODLEXTObject::e##Table, version),             \
+                catalogAllows(*table, version))                                         \
+          << "schema " << version;                                                      \
+    }                                                                                   \
+  }
+#include <odlex/tables/TableTypes.def>
+#undef ODLEX_TABLE_TYPE
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 
 #include <optional>
 
-#include "common/DatabaseTest.h"
 #include "tables/TableTestSupport.h"
 
 namespace odlex::test {
