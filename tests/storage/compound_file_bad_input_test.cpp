@@ -1,13 +1,12 @@
-// Damaged containers: each must be refused with a message saying what is wrong, never crash,
-// hang or allocate more than the file's size. Among them, containers whose directory entries
-// point into sectors another owner holds: each sector may belong to one stream (or to the
-// directory or a sector table), else a small file could make the reader hand out the same bytes
-// thousands of times.
+// Damaged containers: each must be refused with a message saying what is wrong, and never
+// allocate more than the file's size (that random damage never crashes or hangs the reader is
+// for fuzz/package_fuzzer). Among them, containers whose directory entries point into sectors
+// another owner holds: each sector may belong to one stream (or to the directory or a sector
+// table), else a small file could make the reader hand out the same bytes thousands of times.
 
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <random>
 
 #include "common/FaultyFileSystem.h"
 #include "common/PeakMemory.h"
@@ -192,12 +191,8 @@ TEST(CompoundFileBadInput, DirectoryProblems) {
   store32(childRange.entry(u"Root Entry") + entry::kChild, 4096);
   EXPECT_CONTAINS(openError(childRange.bytes), "directory entry 0: child index 4096 out of range");
 
-  Image siblingCycle;
-  const std::uint32_t top = load32(siblingCycle.entry(u"Root Entry") + entry::kChild);
-  store32(siblingCycle.entry(u"small") + entry::kRight, top);
-  EXPECT_CONTAINS(openError(siblingCycle.bytes), "already reached");
-
   Image selfChild;  // a storage that contains itself
+  const std::uint32_t top = load32(selfChild.entry(u"Root Entry") + entry::kChild);
   store32(selfChild.entry(u"sub") + entry::kChild, top);
   EXPECT_CONTAINS(openError(selfChild.bytes), "already reached");
 
@@ -251,32 +246,6 @@ TEST(CompoundFileBadInput, ReadFailuresAreReported) {
     }
     EXPECT_CONTAINS(error, "injected failure");
   }
-}
-
-// Random damage to the header, FAT and directory: any result is fine except a crash, a hang
-// or an out-of-bounds access (run under the sanitizers to see those).
-TEST(CompoundFileBadInput, RandomDamageNeverCrashes) {
-  const Image valid;
-  std::mt19937 random(12345);
-  std::size_t refused = 0;
-  for (int round = 0; round < 3000; ++round) {
-    std::vector<std::uint8_t> damaged = valid.bytes;
-    const int changes = 1 + round % 4;
-    for (int i = 0; i < changes; ++i) {
-      const std::size_t at = random() % 2560;  // header, FAT, directory and mini FAT sectors
-      damaged[at] = static_cast<std::uint8_t>(random());
-    }
-    if (round % 50 == 0)
-      damaged.resize(random() % damaged.size());
-    std::string error;
-    auto reader = CompoundFileReader::openBytes(damaged, error);
-    CompoundNode tree;
-    if (!reader || !readCompoundTree(*reader, 0, tree, error)) {
-      EXPECT_FALSE(error.empty());
-      ++refused;
-    }
-  }
-  EXPECT_GT(refused, 0u);
 }
 
 TEST(CompoundFileBadInput, StreamsThatShareSectorsAreRefusedNamingBothOwners) {
