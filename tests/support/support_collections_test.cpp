@@ -65,16 +65,6 @@ TEST(RWBTree, KeepsItemsInCompareToOrderAndRefusesEqualOnes) {
   }
 }
 
-TEST(RWBTree, CopiesShareTheItems) {
-  Item a(u"a"), b(u"b");
-  RWBTree tree;
-  tree.insert(&a);
-  RWBTree copy = tree;
-  copy.insert(&b);
-  EXPECT_EQ(tree.entries(), 1u);
-  EXPECT_EQ(copy.find(&a), &a);  // the same object, not a copy of it
-}
-
 TEST(RWBTree, DestroyingOperationsDeleteAndPlainOnesDoNot) {
   int live = 0;
   RWBTree tree;
