@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include "common/Container.h"
 #include "common/IdtText.h"
 #include "common/PackageCompare.h"
 #include "common/PackageTest.h"
@@ -178,6 +179,17 @@ TEST(ExportAll, MsibuildReimportsTheExportedFiles) {
                         codePage, table));
   }
   EXPECT_TRUE(sameStreams(built.file, rebuilt));
+}
+
+// What these tests rely on in the oracle packages: the many-strings package needs 3-byte string
+// references.
+TEST(OracleFixtures, ManyStringsPackageUsesThreeByteStringReferences) {
+  const BuiltPackage& built = testPackage(PackageKind::kManyStrings);
+  ASSERT_FALSE(built.file.empty()) << built.error;
+  EXPECT_EQ(splitLines(msiinfoExport(built.file, "ManyStrings").out).size(), 3u + 72000u);
+  std::optional<std::uint32_t> header = stringPoolHeader(built.file);
+  ASSERT_TRUE(header.has_value());
+  EXPECT_EQ(*header & 0x80000000u, 0x80000000u);
 }
 
 }  // namespace
