@@ -134,6 +134,14 @@ TEST(CompoundFileBadInput, HeaderProblems) {
   signature.bytes[3] ^= 0xFF;
   EXPECT_CONTAINS(openError(signature.bytes), "signature");
 
+  Image byteOrder;
+  store16(&byteOrder.bytes[header::kByteOrder], 0xFEFF);
+  EXPECT_CONTAINS(openError(byteOrder.bytes), "byte order mark is not 0xFFFE");
+
+  Image version5;
+  store16(&version5.bytes[header::kMajorVersion], 5);
+  EXPECT_CONTAINS(openError(version5.bytes), "unsupported major version 5");
+
   Image shift;
   store16(&shift.bytes[header::kSectorShift], 12);
   EXPECT_CONTAINS(openError(shift.bytes), "sector shift 12 does not match version 3");
@@ -143,6 +151,10 @@ TEST(CompoundFileBadInput, HeaderProblems) {
   store16(&version4.bytes[header::kSectorShift], 12);
   version4.bytes.resize(4000);
   EXPECT_CONTAINS(openError(version4.bytes), "too small for a version 4 header");
+
+  Image miniShift;
+  store16(&miniShift.bytes[header::kMiniSectorShift], 7);
+  EXPECT_CONTAINS(openError(miniShift.bytes), "mini sector shift 7 is not 6");
 
   Image cutoff;
   cutoff.setHeaderField(header::kMiniStreamCutoff, 512);
@@ -162,6 +174,16 @@ TEST(CompoundFileBadInput, SectorTablesPointingAstray) {
   const std::uint32_t directory = directoryCycle.headerField(header::kFirstDirectorySector);
   directoryCycle.setFatEntry(directory, directory);
   EXPECT_CONTAINS(openError(directoryCycle.bytes), "directory: sector chain loops back");
+
+  Image miniFatCycle;
+  const std::uint32_t miniFat = miniFatCycle.headerField(header::kFirstMiniFatSector);
+  miniFatCycle.setFatEntry(miniFat, miniFat);
+  EXPECT_CONTAINS(openError(miniFatCycle.bytes), "mini FAT: sector chain loops back");
+
+  Image miniStreamInDirectory;
+  store32(miniStreamInDirectory.entry(u"Root Entry") + entry::kStartSector,
+          miniStreamInDirectory.headerField(header::kFirstDirectorySector));
+  EXPECT_CONTAINS(openError(miniStreamInDirectory.bytes), "mini stream: sector");
 
   Image streamCycle;
   const std::uint32_t start = load32(streamCycle.entry(u"big") + entry::kStartSector);
@@ -204,6 +226,11 @@ TEST(CompoundFileBadInput, DirectoryProblems) {
   EXPECT_CONTAINS(streamError(beyondChain.bytes, u"big"),
                   "needs 13 sectors but its chain has only 10");
 
+  Image miniTooLarge;
+  store32(miniTooLarge.entry(u"Root Entry") + entry::kSize, 1u << 30);
+  EXPECT_CONTAINS(openError(miniTooLarge.bytes),
+                  "mini stream size 1073741824 larger than the file");
+
   Image beyondMini;
   store32(beyondMini.entry(u"small") + entry::kSize, 4000);
   EXPECT_CONTAINS(openError(beyondMini.bytes), "larger than the mini stream");
@@ -215,6 +242,14 @@ TEST(CompoundFileBadInput, DirectoryProblems) {
   Image oddLength;
   store16(oddLength.entry(u"small") + entry::kNameLength, 66);
   EXPECT_CONTAINS(openError(oddLength.bytes), "name length 66");
+
+  Image unterminated;
+  store16(unterminated.entry(u"small") + entry::kNameLength, 10);
+  EXPECT_CONTAINS(openError(unterminated.bytes), "name is not NUL-terminated");
+
+  Image rootName;
+  store16(rootName.entry(u"Root Entry") + entry::kNameLength, 13);
+  EXPECT_CONTAINS(openError(rootName.bytes), "directory entry 0: name length 13");
 
   Image rootType;
   rootType.entry(u"Root Entry")[entry::kType] = kTypeStorage;
