@@ -51,10 +51,9 @@ TEST(UnopenablePackage, FailsEveryCommandAndLeavesTheFileAlone) {
   expectUnopenable(dir / "missing.msi", dir, false, "(error 110)");
   const BuiltPackage& built = testPackage(PackageKind::kIdt);
   ASSERT_FALSE(built.file.empty()) << built.error;
-  // Nothing, a table text file, and a package cut short after its first sectors.
-  for (const std::string& bytes :
-       {std::string(), std::string("Property\tValue\r\ns72\tl0\r\nProperty\tProperty\r\n"),
-        readFileBytes(built.file).substr(0, 1024)}) {
+  // Nothing (which import must not take for a missing package), and a package cut short after
+  // its first sectors. Which damage the container reader refuses is its own tests' (storage).
+  for (const std::string& bytes : {std::string(), readFileBytes(built.file).substr(0, 1024)}) {
     writeFileBytes(dir / "bad.msi", bytes);
     expectUnopenable(dir / "bad.msi", dir, true, "(error 1620)");
     EXPECT_EQ(readFileBytes(dir / "bad.msi"), bytes);

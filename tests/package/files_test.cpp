@@ -143,34 +143,66 @@ std::map<std::string, std::string> msiextractFiles(const fs::path& package, cons
   return filesUnder(dir);
 }
 
-TEST(PackageFiles, ExtractGivesTheFilesOfEveryLayout) {
+// An administrative image of the wixl package, made by odlex.
+fs::path wixlAdministrativeImage(const fs::path& dir) {
+  const fs::path original = test::testPackage(test::PackageKind::kWixl).file;
+  EXPECT_TRUE(ODLEXDatabase::MakeAdministrativeImage(
+      TalString::FromUtf8(original.string()), TalString::FromUtf8((dir / "image").string())));
+  return dir / "image" / original.filename();
+}
+
+// Every layout a package's files may have: Extract gives the files an installer would install,
+// and Compress puts them all into one embedded cabinet, from which msiextract takes the same
+// files.
+TEST(PackageFiles, ExtractAndCompressGiveTheFilesOfEveryLayout) {
+  const auto wixl = [](const fs::path&) {
+    return test::testPackage(test::PackageKind::kWixl).file;
+  };
   struct Case {
     const char* name;
     std::function<fs::path(const fs::path&)> build;
-    // What extraction must give; msiextract's files when not given (it skips uncompressed
-    // files, so those are checked against the sources beside the package).
+    // What extraction must give; when not given, the files msiextract takes out of `like` (the
+    // package itself when not given). msiextract skips uncompressed files, so those are checked
+    // against the sources beside the package, or against the package they were laid out from.
     std::map<std::string, std::string> expected;
+    std::function<fs::path(const fs::path&)> like;
   };
   const Case cases[] = {
-      {"wixl, embedded cabinet",
-       [](const fs::path&) { return test::testPackage(test::PackageKind::kWixl).file; },
-       {}},
-      {"wixl, external cabinet", wixlExternalCabinet, {}},
+      {"wixl, embedded cabinet", wixl, {}, nullptr},
+      {"wixl, external cabinet", wixlExternalCabinet, {}, nullptr},
       {"msibuild, uncompressed",
        msibuildUncompressed,
        {{"Long Dir/inner/Long Name.txt", "uncompressed one"},
-        {"Long Dir/two.txt", "uncompressed two"}}},
+        {"Long Dir/two.txt", "uncompressed two"}},
+       nullptr},
+      {"administrative image", wixlAdministrativeImage, {}, wixl},
   };
   for (const Case& test : cases) {
     SCOPED_TRACE(test.name);
     TempDir dir;
     const fs::path package = test.build(dir.path());
     ASSERT_FALSE(package.empty());
-    const std::map<std::string, std::string> expected =
-        test.expected.empty() ? msiextractFiles(package, dir / "theirs") : test.expected;
+    std::map<std::string, std::string> expected = test.expected;
+    if (expected.empty())
+      expected = msiextractFiles(test.like ? test.like(dir.path()) : package, dir / "theirs");
     EXPECT_FALSE(expected.empty());
     extractAll(package, dir / "ours");
     EXPECT_EQ(filesUnder(dir / "ours"), expected);
+
+    const fs::path out = dir / "compressed" / "out.msi";
+    fs::create_directories(out.parent_path());
+    TalError error;
+    auto editor = ODLEXPackageFileEditor::Open(TalString::FromUtf8(package.string()),
+                                               TalString::FromUtf8(out.string()), error);
+    ASSERT_TRUE(editor) << error.GetText().ToUtf8();
+    ASSERT_TRUE(editor->Compress(error)) << error.GetText().ToUtf8();
+    ASSERT_TRUE(editor->Save(error)) << error.GetText().ToUtf8();
+    EXPECT_EQ(msiextractFiles(out, dir / "after"), expected);
+    EXPECT_EQ(
+        test::msiinfoRows(out, "Media"),
+        std::vector<std::string>{"1\t" + std::to_string(expected.size()) + "\t\t#files1.cab\t\t"});
+    const std::vector<std::string> summary = test::splitLines(test::msiinfoSuminfo(out).out);
+    EXPECT_NE(std::find(summary.begin(), summary.end(), "Source: 2 (2)"), summary.end());
   }
 }
 
@@ -239,20 +271,14 @@ TEST(PackageFiles, HostileOrBrokenFilesAreReportedAndNothingLeavesTheFolder) {
   EXPECT_EQ(after, before);
 }
 
-TEST(PackageFiles, AdministrativeImageInstallsLikeTheOriginal) {
+// What makes the image's copy of the package one that installs from files beside it.
+TEST(PackageFiles, AdministrativeImageNamesNoCabinet) {
   TempDir dir;
-  const fs::path original = test::testPackage(test::PackageKind::kWixl).file;
-  ASSERT_FALSE(original.empty());
-  ASSERT_TRUE(ODLEXDatabase::MakeAdministrativeImage(
-      TalString::FromUtf8(original.string()), TalString::FromUtf8((dir / "image").string())));
-  const fs::path image = dir / "image" / original.filename();
+  const fs::path image = wixlAdministrativeImage(dir.path());
   const std::vector<std::string> summary = test::splitLines(test::msiinfoSuminfo(image).out);
   EXPECT_NE(std::find(summary.begin(), summary.end(), "Source: 4 (4)"), summary.end());
   EXPECT_EQ(test::msiinfoRows(image, "Media"), std::vector<std::string>{"1\t5\t\t\t\t"});
   EXPECT_EQ(test::msiinfoStreams(image).out.find("product.cab"), std::string::npos);
-  extractAll(original, dir / "from-original");
-  extractAll(image, dir / "from-image");
-  EXPECT_EQ(filesUnder(dir / "from-image"), filesUnder(dir / "from-original"));
 }
 
 // The row of `key` in `table` as msiinfo exports it; empty when there is none (or no table).
@@ -283,102 +309,84 @@ std::string expectedHashRow(const std::string& key, const fs::path& file) {
   return row;
 }
 
-TEST(PackageFileEditor, ReplacedFileHasTheNewBytesAndRows) {
+// Edits of the wixl package, each saved to a copy: msiextract takes out of the copy the
+// package's files with the new bytes, and the new files have their File rows and, when they
+// have no version, the MsiFileHash row of their bytes.
+TEST(PackageFileEditor, ReplacedAndAddedFilesHaveTheirBytesAndRows) {
   std::string random(200000, '\0');
   std::uint32_t state = 12345;
   for (char& c : random)
     c = static_cast<char>((state = state * 1103515245 + 12345) >> 24);
+  const std::string exe =
+      test::peModuleWith(16, test::versionResource(0x00020001, 0x00040003, {0x04B00409}));
+  const std::string dll =
+      test::peModuleWith(16, test::versionResource(0x00030000, 7, {0x04B00407}));
   const struct {
-    const char* key;
-    std::string bytes;
-    const char* version;
-    const char* language;
-    bool hashed;
+    const char* replaced;  // the key of the file replaced; none: the files are added to ReadmeDoc
+    // Each file's path below the product's folder and its new bytes; File rows in the same order.
+    std::vector<std::pair<std::string, std::string>> files;
+    std::vector<std::string> rows;
   } cases[] = {
-      {"Readme", "a new readme\r\n", "", "", true},
-      {"DataDb", random, "", "", true},
+      {"Readme",
+       {{"readme.txt", "a new readme\r\n"}},
+       {"Readme\tReadmeDoc\treadme.txt\t14\t\t\t512\t2"}},
+      {"DataDb", {{"data/data.db", random}}, {"DataDb\tDataFiles\tdata.db\t200000\t\t\t512\t5"}},
       {"MainExe",
-       test::peModuleWith(16, test::versionResource(0x00020001, 0x00040003, {0x04B00409})),
-       "2.1.4.3", "1033", false},
+       {{"app.exe", exe}},
+       {"MainExe\tMainExecutable\tapp.exe\t" + std::to_string(exe.size()) +
+        "\t2.1.4.3\t1033\t512\t1"}},
+      {nullptr,
+       {{"A Long Name.txt", "added text"}, {"lib.dll", dll}},
+       {"A_Long_Name.txt\tReadmeDoc\tALONGN~1.TXT|A Long Name.txt\t10\t\t\t0\t6",
+        "lib.dll\tReadmeDoc\tlib.dll\t" + std::to_string(dll.size()) + "\t3.0.0.7\t1031\t0\t7"}},
   };
   const fs::path original = test::testPackage(test::PackageKind::kWixl).file;
   ASSERT_FALSE(original.empty());
   TempDir dir;
   const std::map<std::string, std::string> before = msiextractFiles(original, dir / "before");
-  for (const auto& test : cases) {
-    SCOPED_TRACE(test.key);
-    const fs::path replacement = dir / "replacement";
-    writeFileBytes(replacement, test.bytes);
-    const fs::path out = dir / (std::string(test.key) + ".msi");
+  for (std::size_t edit = 0; edit < std::size(cases); ++edit) {
+    const auto& test = cases[edit];
+    SCOPED_TRACE(test.rows.front());
+    const fs::path folder = dir / std::to_string(edit);
+    std::map<std::string, std::string> expected = before;
+    std::vector<TalString> sources;
+    for (const auto& [path, bytes] : test.files) {
+      writeFileBytes(folder / "new" / path, bytes);
+      sources.push_back(TalString::FromUtf8((folder / "new" / path).string()));
+      expected["Program Files/Odlex Test/" + path] = bytes;
+    }
+    const fs::path out = folder / "out.msi";
     TalError error;
     auto editor = ODLEXPackageFileEditor::Open(TalString::FromUtf8(original.string()),
                                                TalString::FromUtf8(out.string()), error);
     ASSERT_TRUE(editor) << error.GetText().ToUtf8();
-    std::string path;
-    for (const ODLEXPackageFile& file : editor->GetFiles()) {
-      if (file.key.ToUtf8() == test.key)
-        path = file.targetPath.ToUtf8();
+    if (test.replaced) {
+      std::map<std::string, std::string> paths;  // key -> target path, as the editor lists them
+      for (const ODLEXPackageFile& file : editor->GetFiles())
+        paths[file.key.ToUtf8()] = file.targetPath.ToUtf8();
+      EXPECT_EQ(paths[test.replaced], "Program Files/Odlex Test/" + test.files.front().first);
     }
-    ASSERT_TRUE(editor->ReplaceFile(TalString::FromUtf8(test.key),
-                                    TalString::FromUtf8(replacement.string()), error))
-        << error.GetText().ToUtf8();
-    ASSERT_TRUE(editor->Save(error)) << error.GetText().ToUtf8();
-    std::map<std::string, std::string> expected = before;
-    expected.at(path) = test.bytes;
-    EXPECT_EQ(msiextractFiles(out, dir / test.key), expected);
-    std::vector<std::string> row = test::splitCells(rowOf(original, "File", test.key));
-    ASSERT_EQ(row.size(), 8u);
-    row[3] = std::to_string(test.bytes.size());
-    row[4] = test.version;
-    row[5] = test.language;
-    EXPECT_EQ(rowOf(out, "File", test.key), test::joinCells(row));
-    EXPECT_EQ(rowOf(out, "MsiFileHash", test.key),
-              test.hashed ? expectedHashRow(test.key, replacement) : "");
+    std::vector<TalString> keys;
+    const bool edited = test.replaced ? editor->ReplaceFile(TalString::FromUtf8(test.replaced),
+                                                            sources.front(), error)
+                                      : editor->AddFiles(u"ReadmeDoc", sources, keys, error);
+    ASSERT_TRUE(edited && editor->Save(error)) << error.GetText().ToUtf8();
+    EXPECT_EQ(msiextractFiles(out, folder / "after"), expected);
+    std::vector<TalString> rowKeys;
+    for (std::size_t i = 0; i < test.rows.size(); ++i) {
+      const std::vector<std::string> cells = test::splitCells(test.rows[i]);
+      rowKeys.push_back(TalString::FromUtf8(cells[0]));
+      EXPECT_EQ(rowOf(out, "File", cells[0]), test.rows[i]);
+      EXPECT_EQ(
+          rowOf(out, "MsiFileHash", cells[0]),
+          cells[4].empty() ? expectedHashRow(cells[0], folder / "new" / test.files[i].first) : "");
+    }
+    if (!test.replaced) {
+      EXPECT_EQ(keys, rowKeys);
+      EXPECT_EQ(test::msiinfoRows(out, "Media"),
+                (std::vector<std::string>{"1\t5\t\t#product.cab\t\t", "2\t7\t\t#added2.cab\t\t"}));
+    }
   }
-}
-
-TEST(PackageFileEditor, AddedFilesHaveRowsAndANewCabinet) {
-  const struct {
-    const char* name;
-    std::string bytes;
-    const char* row;  // the File row msiinfo exports, without the key
-  } cases[] = {
-      {"A Long Name.txt", "added text", "ReadmeDoc\tALONGN~1.TXT|A Long Name.txt\t10\t\t\t0\t6"},
-      {"lib.dll", test::peModuleWith(16, test::versionResource(0x00030000, 7, {0x04B00407})),
-       "ReadmeDoc\tlib.dll\t{size}\t3.0.0.7\t1031\t0\t7"},
-  };
-  const fs::path original = test::testPackage(test::PackageKind::kWixl).file;
-  ASSERT_FALSE(original.empty());
-  TempDir dir;
-  std::map<std::string, std::string> expected = msiextractFiles(original, dir / "before");
-  std::vector<TalString> files;
-  for (const auto& test : cases) {
-    writeFileBytes(dir / "new" / test.name, test.bytes);
-    files.push_back(TalString::FromUtf8((dir / "new" / test.name).string()));
-    expected[std::string("Program Files/Odlex Test/") + test.name] = test.bytes;
-  }
-  const fs::path out = dir / "out.msi";
-  TalError error;
-  auto editor = ODLEXPackageFileEditor::Open(TalString::FromUtf8(original.string()),
-                                             TalString::FromUtf8(out.string()), error);
-  ASSERT_TRUE(editor) << error.GetText().ToUtf8();
-  std::vector<TalString> keys;
-  ASSERT_TRUE(editor->AddFiles(TalString(u"ReadmeDoc"), files, keys, error))
-      << error.GetText().ToUtf8();
-  ASSERT_TRUE(editor->Save(error)) << error.GetText().ToUtf8();
-  EXPECT_EQ(keys, (std::vector<TalString>{TalString(u"A_Long_Name.txt"), TalString(u"lib.dll")}));
-  EXPECT_EQ(msiextractFiles(out, dir / "after"), expected);
-  for (std::size_t i = 0; i < keys.size(); ++i) {
-    std::string row = cases[i].row;
-    if (const std::size_t size = row.find("{size}"); size != std::string::npos)
-      row.replace(size, 6, std::to_string(cases[i].bytes.size()));
-    EXPECT_EQ(rowOf(out, "File", keys[i].ToUtf8()), keys[i].ToUtf8() + "\t" + row);
-  }
-  EXPECT_EQ(rowOf(out, "MsiFileHash", "A_Long_Name.txt"),
-            expectedHashRow("A_Long_Name.txt", dir / "new" / cases[0].name));
-  EXPECT_EQ(rowOf(out, "MsiFileHash", "lib.dll"), "");
-  EXPECT_EQ(test::msiinfoRows(out, "Media"),
-            (std::vector<std::string>{"1\t5\t\t#product.cab\t\t", "2\t7\t\t#added2.cab\t\t"}));
 }
 
 // A refused replacement or addition gives its code and leaves the editor's file list as it was.
@@ -430,45 +438,6 @@ TEST(PackageFileEditor, RefusedEditsGiveTheirCode) {
     EXPECT_FALSE(test.edit(*editor, error));
     EXPECT_EQ(error.GetCode(), test.code) << error.GetText().ToUtf8();
     EXPECT_EQ(editor->GetFiles().size(), files);
-  }
-}
-
-// An administrative image of the wixl package, made by odlex.
-fs::path wixlAdministrativeImage(const fs::path& dir) {
-  const fs::path original = test::testPackage(test::PackageKind::kWixl).file;
-  EXPECT_TRUE(ODLEXDatabase::MakeAdministrativeImage(
-      TalString::FromUtf8(original.string()), TalString::FromUtf8((dir / "image").string())));
-  return dir / "image" / original.filename();
-}
-
-TEST(PackageFileEditor, CompressPutsEveryLayoutIntoOneEmbeddedCabinet) {
-  const struct {
-    const char* name;
-    std::function<fs::path(const fs::path&)> build;
-    std::size_t files;
-  } cases[] = {
-      {"administrative image", wixlAdministrativeImage, 5},
-      {"external cabinet", wixlExternalCabinet, 2},
-      {"uncompressed", msibuildUncompressed, 2},
-  };
-  for (const auto& test : cases) {
-    SCOPED_TRACE(test.name);
-    TempDir dir;
-    const fs::path package = test.build(dir.path());
-    extractAll(package, dir / "before");
-    const fs::path out = dir / "compressed" / "out.msi";
-    fs::create_directories(out.parent_path());
-    TalError error;
-    auto editor = ODLEXPackageFileEditor::Open(TalString::FromUtf8(package.string()),
-                                               TalString::FromUtf8(out.string()), error);
-    ASSERT_TRUE(editor) << error.GetText().ToUtf8();
-    ASSERT_TRUE(editor->Compress(error)) << error.GetText().ToUtf8();
-    ASSERT_TRUE(editor->Save(error)) << error.GetText().ToUtf8();
-    EXPECT_EQ(msiextractFiles(out, dir / "after"), filesUnder(dir / "before"));
-    EXPECT_EQ(test::msiinfoRows(out, "Media"),
-              std::vector<std::string>{"1\t" + std::to_string(test.files) + "\t\t#files1.cab\t\t"});
-    const std::vector<std::string> summary = test::splitLines(test::msiinfoSuminfo(out).out);
-    EXPECT_NE(std::find(summary.begin(), summary.end(), "Source: 2 (2)"), summary.end());
   }
 }
 

@@ -1,13 +1,12 @@
-// Damaged containers: each must be refused with a message saying what is wrong, never crash,
-// hang or allocate more than the file's size. Among them, containers whose directory entries
-// point into sectors another owner holds: each sector may belong to one stream (or to the
-// directory or a sector table), else a small file could make the reader hand out the same bytes
-// thousands of times.
+// Damaged containers: each must be refused with a message saying what is wrong, and never
+// allocate more than the file's size (that random damage never crashes or hangs the reader is
+// for fuzz/package_fuzzer). Among them, containers whose directory entries point into sectors
+// another owner holds: each sector may belong to one stream (or to the directory or a sector
+// table), else a small file could make the reader hand out the same bytes thousands of times.
 
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <random>
 
 #include "common/FaultyFileSystem.h"
 #include "common/PeakMemory.h"
@@ -129,12 +128,19 @@ std::string streamError(const std::vector<std::uint8_t>& bytes, std::u16string_v
   EXPECT_NE(std::string(text).find(part), std::string::npos) << "message: " << (text)
 
 TEST(CompoundFileBadInput, HeaderProblems) {
-  EXPECT_CONTAINS(openError({}), "too small");
   EXPECT_CONTAINS(openError(std::vector<std::uint8_t>(511, 0)), "too small");
 
   Image signature;
   signature.bytes[3] ^= 0xFF;
   EXPECT_CONTAINS(openError(signature.bytes), "signature");
+
+  Image byteOrder;
+  store16(&byteOrder.bytes[header::kByteOrder], 0xFEFF);
+  EXPECT_CONTAINS(openError(byteOrder.bytes), "byte order mark is not 0xFFFE");
+
+  Image version5;
+  store16(&version5.bytes[header::kMajorVersion], 5);
+  EXPECT_CONTAINS(openError(version5.bytes), "unsupported major version 5");
 
   Image shift;
   store16(&shift.bytes[header::kSectorShift], 12);
@@ -145,6 +151,10 @@ TEST(CompoundFileBadInput, HeaderProblems) {
   store16(&version4.bytes[header::kSectorShift], 12);
   version4.bytes.resize(4000);
   EXPECT_CONTAINS(openError(version4.bytes), "too small for a version 4 header");
+
+  Image miniShift;
+  store16(&miniShift.bytes[header::kMiniSectorShift], 7);
+  EXPECT_CONTAINS(openError(miniShift.bytes), "mini sector shift 7 is not 6");
 
   Image cutoff;
   cutoff.setHeaderField(header::kMiniStreamCutoff, 512);
@@ -164,6 +174,16 @@ TEST(CompoundFileBadInput, SectorTablesPointingAstray) {
   const std::uint32_t directory = directoryCycle.headerField(header::kFirstDirectorySector);
   directoryCycle.setFatEntry(directory, directory);
   EXPECT_CONTAINS(openError(directoryCycle.bytes), "directory: sector chain loops back");
+
+  Image miniFatCycle;
+  const std::uint32_t miniFat = miniFatCycle.headerField(header::kFirstMiniFatSector);
+  miniFatCycle.setFatEntry(miniFat, miniFat);
+  EXPECT_CONTAINS(openError(miniFatCycle.bytes), "mini FAT: sector chain loops back");
+
+  Image miniStreamInDirectory;
+  store32(miniStreamInDirectory.entry(u"Root Entry") + entry::kStartSector,
+          miniStreamInDirectory.headerField(header::kFirstDirectorySector));
+  EXPECT_CONTAINS(openError(miniStreamInDirectory.bytes), "mini stream: sector");
 
   Image streamCycle;
   const std::uint32_t start = load32(streamCycle.entry(u"big") + entry::kStartSector);
@@ -192,12 +212,8 @@ TEST(CompoundFileBadInput, DirectoryProblems) {
   store32(childRange.entry(u"Root Entry") + entry::kChild, 4096);
   EXPECT_CONTAINS(openError(childRange.bytes), "directory entry 0: child index 4096 out of range");
 
-  Image siblingCycle;
-  const std::uint32_t top = load32(siblingCycle.entry(u"Root Entry") + entry::kChild);
-  store32(siblingCycle.entry(u"small") + entry::kRight, top);
-  EXPECT_CONTAINS(openError(siblingCycle.bytes), "already reached");
-
   Image selfChild;  // a storage that contains itself
+  const std::uint32_t top = load32(selfChild.entry(u"Root Entry") + entry::kChild);
   store32(selfChild.entry(u"sub") + entry::kChild, top);
   EXPECT_CONTAINS(openError(selfChild.bytes), "already reached");
 
@@ -210,6 +226,11 @@ TEST(CompoundFileBadInput, DirectoryProblems) {
   EXPECT_CONTAINS(streamError(beyondChain.bytes, u"big"),
                   "needs 13 sectors but its chain has only 10");
 
+  Image miniTooLarge;
+  store32(miniTooLarge.entry(u"Root Entry") + entry::kSize, 1u << 30);
+  EXPECT_CONTAINS(openError(miniTooLarge.bytes),
+                  "mini stream size 1073741824 larger than the file");
+
   Image beyondMini;
   store32(beyondMini.entry(u"small") + entry::kSize, 4000);
   EXPECT_CONTAINS(openError(beyondMini.bytes), "larger than the mini stream");
@@ -221,6 +242,14 @@ TEST(CompoundFileBadInput, DirectoryProblems) {
   Image oddLength;
   store16(oddLength.entry(u"small") + entry::kNameLength, 66);
   EXPECT_CONTAINS(openError(oddLength.bytes), "name length 66");
+
+  Image unterminated;
+  store16(unterminated.entry(u"small") + entry::kNameLength, 10);
+  EXPECT_CONTAINS(openError(unterminated.bytes), "name is not NUL-terminated");
+
+  Image rootName;
+  store16(rootName.entry(u"Root Entry") + entry::kNameLength, 13);
+  EXPECT_CONTAINS(openError(rootName.bytes), "directory entry 0: name length 13");
 
   Image rootType;
   rootType.entry(u"Root Entry")[entry::kType] = kTypeStorage;
@@ -251,32 +280,6 @@ TEST(CompoundFileBadInput, ReadFailuresAreReported) {
     }
     EXPECT_CONTAINS(error, "injected failure");
   }
-}
-
-// Random damage to the header, FAT and directory: any result is fine except a crash, a hang
-// or an out-of-bounds access (run under the sanitizers to see those).
-TEST(CompoundFileBadInput, RandomDamageNeverCrashes) {
-  const Image valid;
-  std::mt19937 random(12345);
-  std::size_t refused = 0;
-  for (int round = 0; round < 3000; ++round) {
-    std::vector<std::uint8_t> damaged = valid.bytes;
-    const int changes = 1 + round % 4;
-    for (int i = 0; i < changes; ++i) {
-      const std::size_t at = random() % 2560;  // header, FAT, directory and mini FAT sectors
-      damaged[at] = static_cast<std::uint8_t>(random());
-    }
-    if (round % 50 == 0)
-      damaged.resize(random() % damaged.size());
-    std::string error;
-    auto reader = CompoundFileReader::openBytes(damaged, error);
-    CompoundNode tree;
-    if (!reader || !readCompoundTree(*reader, 0, tree, error)) {
-      EXPECT_FALSE(error.empty());
-      ++refused;
-    }
-  }
-  EXPECT_GT(refused, 0u);
 }
 
 TEST(CompoundFileBadInput, StreamsThatShareSectorsAreRefusedNamingBothOwners) {

@@ -28,33 +28,26 @@ std::vector<std::filesystem::path> listFolder(const std::filesystem::path& folde
   return names;
 }
 
-TEST(RealFileSystem, WritesReadsAndReportsErrorsWithThePath) {
+// Reading, writing, renaming and making folders are what every save and export does; what only
+// shows here is how each refusal names its file.
+TEST(RealFileSystem, ErrorsNameThePath) {
   test::TempDir dir;
   FileSystem& fs = FileSystem::real();
   std::string error;
   const auto path = dir / "data.bin";
   ASSERT_TRUE(fs.writeFile(path, bytesOf("hello world"), error)) << error;
-  EXPECT_TRUE(fs.exists(path));
-
   auto file = fs.openRead(path, error);
   ASSERT_TRUE(file) << error;
-  EXPECT_EQ(file->size(), 11u);
   char part[5];
-  ASSERT_TRUE(file->readAt(6, part, 5, error)) << error;
-  EXPECT_EQ(std::string(part, 5), "world");
-  EXPECT_FALSE(file->readAt(7, part, 5, error));
+  EXPECT_FALSE(file->readAt(7, part, 5, error)) << "past the end";
   EXPECT_NE(error.find("data.bin"), std::string::npos) << error;
 
   EXPECT_FALSE(fs.openRead(dir / "missing.bin", error));
   EXPECT_NE(error.find("missing.bin"), std::string::npos) << error;
   EXPECT_NE(error.find("No such file"), std::string::npos) << error;
   EXPECT_FALSE(fs.openRead(dir.path(), error)) << "a folder is not a readable file";
-
-  ASSERT_TRUE(fs.createDirectories(dir / "a" / "b", error)) << error;
-  ASSERT_TRUE(fs.rename(path, dir / "a" / "b" / "moved.bin", error)) << error;
-  EXPECT_FALSE(fs.exists(path));
-  ASSERT_TRUE(fs.remove(dir / "a" / "b" / "moved.bin", error)) << error;
-  EXPECT_FALSE(fs.remove(dir / "a" / "b" / "moved.bin", error));
+  ASSERT_TRUE(fs.remove(path, error)) << error;
+  EXPECT_FALSE(fs.remove(path, error));
 }
 
 TEST(RealFileSystem, ReplaceLeavesOnlyTheTargetWithItsPermissions) {

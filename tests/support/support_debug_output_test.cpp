@@ -26,16 +26,7 @@ TEST_F(DebugOutputTest, InstalledSinkReceivesLinesUnchanged) {
             (std::vector<TalString>{u"ODLEX: Unable to copy file.\r\n", u"TalMSI: \u00e9\r\n"}));
 }
 
-// Even where the default would write to stderr.
-TEST_F(DebugOutputTest, EmptySinkDropsOutput) {
-  setenv("ODLEX_DEBUG", "1", 1);
-  DebugOutput::setSink(nullptr);
-  testing::internal::CaptureStderr();
-  DebugOutput::write(u"nothing happens\r\n");
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-}
-
-TEST_F(DebugOutputTest, DefaultWritesUtf8ToStderrOnlyWhenAsked) {
+TEST_F(DebugOutputTest, DefaultWritesUtf8ToStderrOnlyWhenAskedAndAnEmptySinkDropsIt) {
   unsetenv("ODLEX_DEBUG");
   testing::internal::CaptureStderr();
   DebugOutput::write(u"quiet\r\n");
@@ -45,6 +36,12 @@ TEST_F(DebugOutputTest, DefaultWritesUtf8ToStderrOnlyWhenAsked) {
   testing::internal::CaptureStderr();
   DebugOutput::write(u"MSI: \u00e9\r\n");
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "MSI: \xC3\xA9\r\n");
+
+  // An empty sink drops the output, even where the default would write it.
+  DebugOutput::setSink(nullptr);
+  testing::internal::CaptureStderr();
+  DebugOutput::write(u"nothing happens\r\n");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 TEST_F(DebugOutputTest, ResetRestoresTheDefaultAndASinkMayReplaceItself) {

@@ -1,5 +1,5 @@
 // TalString and RWWString: case rules, comparison, search, edits, numbers, UTF-8 conversion,
-// formatting and tokenizing.
+// formatting, tokenizing and regular expressions.
 
 #include <gtest/gtest.h>
 
@@ -8,6 +8,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "odlex/support/RWWRegexp.h"
 #include "odlex/support/RWWTokenizer.h"
 #include "odlex/support/TalString.h"
 
@@ -32,6 +33,11 @@ TEST(TalStringCase, IgnoreCaseCompareAndHashAgreeBeyondAscii) {
   // The dotted and dotless i fold to themselves, not to i.
   EXPECT_NE(TalString(u"\u0131").compareTo(u"i", RWWString::ignoreCase), 0);
   EXPECT_NE(TalString(u"\u0130").compareTo(u"i", RWWString::ignoreCase), 0);
+  // Exact order is by code unit, not by letter.
+  EXPECT_LT(TalString(u"B"), TalString(u"a"));
+  EXPECT_LT(TalString(u"ab"), TalString(u"abc"));
+  EXPECT_GT(TalString(u"b").compareTo(u"A", RWWString::ignoreCase), 0);
+  EXPECT_TRUE(std::unordered_set<TalString>{TalString(u"k")}.contains(TalString(u"k")));
 }
 
 TEST(TalStringCase, UpperAndLowerInPlaceAndAsCopies) {
@@ -41,19 +47,6 @@ TEST(TalStringCase, UpperAndLowerInPlaceAndAsCopies) {
   EXPECT_EQ(s, u"MA\u00dfE \u00c0\u0100\u0386\u0401\u0531\uff21{Z}");
   EXPECT_EQ(toLower(s), u"ma\u00dfe \u00e0\u0101\u03ac\u0451\u0561\uff41{z}");
   EXPECT_EQ(toUpper(TalString(u"\u00ff\u0131")), u"\u0178I");
-}
-
-TEST(TalStringCompare, ExactOrderIsByCodeUnit) {
-  EXPECT_LT(TalString(u"B"), TalString(u"a"));
-  EXPECT_LT(TalString(u"ab"), TalString(u"abc"));
-  EXPECT_LT(TalString(u"a").compareTo(u"b"), 0);
-  EXPECT_GT(TalString(u"b").compareTo(u"A", RWWString::ignoreCase), 0);
-  EXPECT_EQ(TalString(u"x"), u"x");
-  EXPECT_TRUE(u"x" == TalString(u"x"));
-  EXPECT_NE(TalString(u"x"), u"X");
-  EXPECT_EQ(TalString(static_cast<const char16_t*>(nullptr)), u"");
-  std::unordered_set<TalString> set{TalString(u"k")};
-  EXPECT_TRUE(set.contains(TalString(u"k")));
 }
 
 TEST(TalStringSearch, IndexContainsFirstLast) {
@@ -84,6 +77,7 @@ TEST(TalStringEdit, PositionsPastTheEndAreClampedNotFatal) {
   s.replace(99, 3, u"$").remove(99);
   EXPECT_EQ(s, u"<<abcd$");
   EXPECT_EQ(TalString(u"a") + u"b", u"ab");
+  EXPECT_EQ(TalString(static_cast<const char16_t*>(nullptr)), u"");
 }
 
 TEST(TalStringEdit, StripRemovesOnlyTheGivenCharacterAtTheGivenEnds) {
@@ -95,25 +89,20 @@ TEST(TalStringEdit, StripRemovesOnlyTheGivenCharacterAtTheGivenEnds) {
   EXPECT_EQ(TalString(u"   ").strip(RWWString::both), u"");
 }
 
-TEST(TalStringNumbers, ToIntAcceptsOnlyWholeDecimalNumbersInRange) {
+TEST(TalStringNumbers, ToIntAcceptsOnlyWholeDecimalNumbersInRangeAndFromIntReachesBothEnds) {
   EXPECT_EQ(TalString(u"42").ToInt(), 42);
   EXPECT_EQ(TalString(u"-32768").ToInt(), -32768);
   EXPECT_EQ(TalString(u"+7").ToInt(), 7);
   EXPECT_EQ(TalString(u"9223372036854775807").ToInt(), INT64_MAX);
   EXPECT_EQ(TalString(u"-9223372036854775808").ToInt(), INT64_MIN);
+  EXPECT_EQ(TalString::FromInt(0), u"0");
+  EXPECT_EQ(TalString::FromInt(INT64_MIN), u"-9223372036854775808");
+  EXPECT_EQ(TalString::FromInt(INT64_MAX), u"9223372036854775807");
   for (const char16_t* bad :
        {u"", u"-", u"+", u" 1", u"1 ", u"1x", u"0x10", u"\uff11", u"9223372036854775808",
         u"-9223372036854775809", u"99999999999999999999999"}) {
     EXPECT_FALSE(TalString(bad).ToInt().has_value()) << TalString(bad).ToUtf8();
   }
-}
-
-TEST(TalStringNumbers, FromIntRoundTrips) {
-  for (std::int64_t n :
-       {std::int64_t{0}, std::int64_t{-1}, std::int64_t{1033}, INT64_MIN, INT64_MAX}) {
-    EXPECT_EQ(TalString::FromInt(n).ToInt(), n);
-  }
-  EXPECT_EQ(TalString::FromInt(-15), u"-15");
 }
 
 TEST(Utf8, RoundTripsEveryPlaneAndEmbeddedNul) {
@@ -231,6 +220,61 @@ TEST(RWWTokenizer, OwnsItsCopyOfTheText) {
     next = std::make_unique<RWWTokenizer>(text);
   }
   EXPECT_EQ((*next)(), u"x");
+}
+
+TEST(RWWRegexp, FindsFirstMatchFromAStartPosition) {
+  const RWWRegexp re(u"[0-9]+");
+  ASSERT_EQ(re.status(), RWWRegexp::OK);
+  EXPECT_TRUE(re.errorMessage().isNull());
+  const RWWString text(u"v1.22.333");
+  std::size_t length = 99;
+  EXPECT_EQ(re.index(text, &length), 1u);
+  EXPECT_EQ(length, 1u);
+  EXPECT_EQ(re.index(text, &length, 2), 3u);
+  EXPECT_EQ(length, 2u);
+  EXPECT_EQ(re.index(text, &length, 9), RW_NPOS);
+  EXPECT_EQ(length, 0u);
+  EXPECT_EQ(re.index(text, nullptr, 100), RW_NPOS);
+  EXPECT_EQ(re.index(u"none"), RW_NPOS);
+}
+
+TEST(RWWRegexp, BadPatternReportsStatusAndCopiesKeepPatternAndStatus) {
+  const RWWRegexp re(u"(unclosed");
+  EXPECT_EQ(re.status(), RWWRegexp::ILLEGAL);
+  EXPECT_FALSE(re.errorMessage().isNull());
+  EXPECT_EQ(re.index(u"(unclosed"), RW_NPOS);
+  const RWWRegexp copy = re;  // copies keep the status
+  EXPECT_EQ(copy.status(), RWWRegexp::ILLEGAL);
+
+  RWWRegexp assigned(u"x");
+  {
+    const RWWRegexp original(u"b+");
+    assigned = original;
+  }
+  EXPECT_EQ(assigned.index(u"abbbc"), 1u) << "a copy matches without its original";
+}
+
+TEST(RWWRegexp, SurrogatePairIsOneCharacterAndPositionsCountCodeUnits) {
+  const RWWString text(u"a\U0001F600b\u00e9");
+  std::size_t length = 0;
+  EXPECT_EQ(RWWRegexp(u"a.b").index(text, &length), 0u);
+  EXPECT_EQ(length, 4u);
+  EXPECT_EQ(RWWRegexp(u"\U0001F600").index(text, &length), 1u);
+  EXPECT_EQ(length, 2u);
+  EXPECT_EQ(RWWRegexp(u"\u00e9$").index(text), 4u);
+}
+
+TEST(RWWRegexp, LoneSurrogateInTextDoesNotBreakMatching) {
+  const std::u16string withLone = {u'x', 0xD800, u'y', u'z'};
+  std::size_t length = 0;
+  EXPECT_EQ(RWWRegexp(u"yz").index(RWWString(withLone), &length), 2u);
+  EXPECT_EQ(length, 2u);
+}
+
+TEST(RWWRegexp, RunawayBacktrackingGivesUpInsteadOfHanging) {
+  const RWWRegexp re(u"(a+)+$");
+  ASSERT_EQ(re.status(), RWWRegexp::OK);
+  EXPECT_EQ(re.index(RWWString(std::u16string(40, u'a') + u"!")), RW_NPOS);
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+// MsiDigitalSignatureInfo on certificate files made by openssl, and on files that are none;
 // MsiDigitalFileSignatureInfo on a PE file and on an installer package signed in the test by
 // osslsigncode, on vendor-signed PE files, on copies with one byte changed after signing, and
 // on unsigned files.
@@ -5,8 +6,10 @@
 #include <gtest/gtest.h>
 
 #include <odlex/signature/MsiDigitalFileSignatureInfo.h>
+#include <odlex/signature/MsiDigitalSignatureInfo.h>
 
 #include <algorithm>
+#include <fstream>
 #include <tuple>
 
 #include "common/Oracle.h"
@@ -16,6 +19,60 @@
 
 namespace odlex::test {
 namespace {
+
+struct CertificateExpected {
+  std::filesystem::path file;
+  bool valid;
+  unsigned long error;
+  std::u16string subject;
+  std::u16string issuer;
+};
+
+TEST(CertificateInfo, SubjectIssuerOrError) {
+  TempDir dir;
+  const TestCertificate ca = makeCertificate(dir.path(), "ca", "/C=DE/O=Example CA/CN=Root");
+  const TestCertificate leaf = makeCertificate(
+      dir.path(), "leaf", "/C=DE/O=Example, Inc./OU= Tools/CN=Signer \"One\"/CN=#2", &ca);
+  std::ofstream(dir / "empty.cer").close();
+  std::ofstream(dir / "garbage.cer") << "not a certificate\n";
+  std::filesystem::create_directory(dir / "folder.cer");
+  const std::u16string root = u"C=DE; O=Example CA; CN=Root";
+  const std::u16string signer =
+      u"C=DE; O=\"Example, Inc.\"; OU=\" Tools\"; CN=\"Signer \"\"One\"\"\"; CN=\"#2\"";
+
+  const CertificateExpected cases[] = {
+      {ca.der, true, 0, root, root},
+      {leaf.der, true, 0, signer, root},
+      {leaf.pem, true, 0, signer, root},
+      {dir / "empty.cer", false, 38, u"", u""},
+      {dir / "garbage.cer", false, 13, u"", u""},
+      {dir / "missing.cer", false, 2, u"", u""},
+      {dir / "folder.cer", false, 5, u"", u""},
+  };
+  for (const CertificateExpected& expected : cases) {
+    SCOPED_TRACE(expected.file.filename().string());
+    MSIBinary file(TalString::FromUtf8(expected.file.string()));
+    MsiDigitalSignatureInfo info(file);
+    EXPECT_EQ(info.IsValid(), expected.valid);
+    EXPECT_EQ(info.GetError(), expected.error);
+    EXPECT_EQ(info.GetSubject().u16(), expected.subject);
+    EXPECT_EQ(info.GetIssuer().u16(), expected.issuer);
+    EXPECT_EQ(info.GetThumbprint().u16().size(), expected.valid ? 40u : 0u);
+  }
+
+  // A value read from a package has no file: its bytes are the certificate. Its thumbprint is
+  // the SHA-1 fingerprint openssl gives.
+  MSIBinary fromFile(TalString::FromUtf8(ca.der.string()));
+  MSIBinary bytes(fromFile.GetData(), fromFile.GetSize());
+  MsiDigitalSignatureInfo info(bytes);
+  EXPECT_EQ(info.GetSubject().u16(), root);
+  const ProcessResult fingerprint =
+      runProcess({"openssl", "x509", "-noout", "-fingerprint", "-sha1", "-in", ca.pem.string()});
+  std::string thumbprint = fingerprint.out.substr(fingerprint.out.find('=') + 1);
+  std::erase(thumbprint, ':');
+  std::erase(thumbprint, '\n');
+  EXPECT_EQ(info.GetThumbprint().ToUtf8(), thumbprint);
+}
 
 void put(std::string& bytes, std::size_t at, std::uint32_t value, std::size_t width) {
   for (std::size_t i = 0; i < width; ++i)
