@@ -230,7 +230,8 @@ TEST_F(TableFilesTest, ExportedTablesImportIntoAnotherPackage) {
   EXPECT_FALSE(ODLEXDatabase::ExportMSI(text(file("missing.msi")), text(file("none")) + u"/"));
   EXPECT_FALSE(fs::exists(file("none_SummaryInformation.idt")));
 
-  // What the files hold is the table-text layer's (idt tests, msibuild's re-import in export_test).
+  // What the files hold is the table-text layer's (idt tests, msibuild's re-import in
+  // package_commands_test).
   MSIDatabase copy(text(file("copy.msi")), MSIDatabase::ePersistCreate);
   EXPECT_TRUE(ODLEXDatabase::ImportTableFromFile(copy, text(out / "Property.idt")));
   EXPECT_FALSE(ODLEXDatabase::ImportTableFromFile(copy, text(out / "Nothing.idt")));
