@@ -59,7 +59,6 @@ TEST_F(OdlexPackageCommands, AddProductTextFilesListsTheTypeFieldsByName) {
 // A merge module's actions placed by base action are listed where they run.
 TEST_F(OdlexPackageCommands, SequenceListPlacesModuleActionsByTheirBaseAction) {
   const std::filesystem::path idts = dir_ / "idt";
-  std::filesystem::create_directories(idts);
   writeFileBytes(idts / "ModuleInstallExecuteSequence.idt",
                  "Action\tSequence\tBaseAction\tAfter\tCondition\r\n"
                  "s72\tI2\tS72\tI2\tS255\r\nModuleInstallExecuteSequence\tAction\r\n"
@@ -77,16 +76,8 @@ TEST_F(OdlexPackageCommands, SequenceListPlacesModuleActionsByTheirBaseAction) {
             "ZrReportInstallSuccess\t\tInstallFinalize\tbefore\t\n");
 }
 
-// NAME -> VALUE of `odlex info`.
-std::map<std::string, std::string> info(const std::filesystem::path& package) {
-  std::map<std::string, std::string> fields;
-  for (const std::string& line : splitLines(odlexOutput({"info", package.string()}))) {
-    const auto tab = line.find('\t');
-    fields[line.substr(0, tab)] = tab == std::string::npos ? "" : line.substr(tab + 1);
-  }
-  return fields;
-}
-
+// Each field info set writes is shown by info under its name and, but for PackageCode (kept in
+// the summary information) and an empty value (no property), is the property of that name.
 TEST_F(OdlexPackageCommands, InfoSetFieldsAreReadBack) {
   const std::vector<std::string> assignments = {
       "ProductName=Renamed",
@@ -117,19 +108,16 @@ TEST_F(OdlexPackageCommands, InfoSetFieldsAreReadBack) {
   const std::filesystem::path out = dir_ / "out.msi";
   std::vector<std::string> args = {"info", "set", package_.string(), "-o", out.string()};
   args.insert(args.end(), assignments.begin(), assignments.end());
-  const ProcessResult set = runOdlex(args);
-  ASSERT_TRUE(set.ok()) << set.describe();
-  const std::map<std::string, std::string> fields = info(out);
-  EXPECT_EQ(fields.size(), 30u);
-  EXPECT_EQ(fields.at("Kind"), "package");
+  odlexOutput(args);
+  const std::vector<std::string> shown = splitLines(odlexOutput({"info", out.string()}));
+  EXPECT_EQ(shown.size(), 30u);
+  EXPECT_TRUE(std::ranges::find(shown, "Kind\tpackage") != shown.end());
   const std::vector<std::string> rows = splitLines(odlexOutput({"rows", out.string(), "Property"}));
-  const std::set<std::string> properties(rows.begin(), rows.end());
-  for (const std::string& assignment : assignments) {
-    const auto equals = assignment.find('=');
-    const std::string name = assignment.substr(0, equals);
-    EXPECT_EQ(fields.at(name), assignment.substr(equals + 1));
-    if (name != "PackageCode" && equals + 1 < assignment.size()) {
-      EXPECT_TRUE(properties.contains(name + "\t" + assignment.substr(equals + 1))) << assignment;
+  for (std::string line : assignments) {
+    line[line.find('=')] = '\t';
+    EXPECT_TRUE(std::ranges::find(shown, line) != shown.end()) << line;
+    if (!line.starts_with("PackageCode\t") && !line.ends_with('\t')) {
+      EXPECT_TRUE(std::ranges::find(rows, line) != rows.end()) << line;
     }
   }
 }
