@@ -415,7 +415,6 @@ struct FailingRun {
 // and by the commands' own checks of their arguments (status 2).
 const std::vector<FailingRun> kFailingRuns = {
     {{"query", "PACKAGE", "SELECT * FORM Property"}, 1, "(error 1615)"},
-    {{"query", "PACKAGE", "SELECT * FROM Nope"}, 1, "(error 1628)"},
     {{"query", "PACKAGE", "DELETE FROM `Nope`", "-o", "OUT"}, 1, "(error 1628)"},
     {{"rows", "PACKAGE", "property"}, 1, "(error 1628)"},
     {{"import", "PACKAGE", "IDT", "BROKEN"}, 1, "Broken.idt"},
