@@ -230,6 +230,14 @@ Fixture& fixture() {
   return *made;
 }
 
+// The tool finds the message catalog it ships with: the replace the fixture made on a package
+// whose ChangeLog keyword is ENABLED is in the package's change log.
+TEST(OdlexWalk, TheToolLogsItsEditsWhenThePackageAsks) {
+  EXPECT_NE(odlexOutput({"changelog", fixture().paths.at("PACKAGE")})
+                .find("\tProperty\tTable Property was changed.\n"),
+            std::string::npos);
+}
+
 TEST(OdlexWalk, EveryCommandExplainsItselfAndRefusesMistakesWithStatusTwo) {
   const std::vector<std::string> commands = leafCommands();
   EXPECT_GE(commands.size(), 40u);
