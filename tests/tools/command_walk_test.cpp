@@ -1,7 +1,8 @@
 // A walk over every command of the odlex tool, found from the tool's own listing, so that a new
 // command is walked without editing this file: its help and example, its usage mistakes, its
-// JSON keys against the keys its help documents, and its edits writing nothing on a dry run or
-// a failure. What the commands print and change is tested elsewhere.
+// JSON keys against the keys its help documents, and its edits writing nothing on a dry run.
+// Then one table of the commands' failures: the status, what stderr names, nothing written.
+// What the commands print and change on success is tested elsewhere.
 
 #include <gtest/gtest.h>
 
