@@ -59,6 +59,48 @@ std::string codePageToUtf8(std::string_view text, std::uint32_t codePage) {
   return convert(text, iconvName(codePage), "UTF-8");
 }
 
+struct IdtTable {
+  std::vector<std::string> header;  // the first three lines
+  std::vector<std::string> rows;    // the remaining lines, sorted
+};
+
+IdtTable parseIdt(std::string_view text, std::uint32_t codePage) {
+  std::string bytes(text);
+  std::erase(bytes, '\0');
+  std::vector<std::string> lines = splitLines(bytes);
+  // A table line "1252\tTable\tKey" names the code page the file is written in.
+  if (lines.size() >= 3) {
+    std::vector<std::string> cells = splitCells(lines[2]);
+    std::uint32_t tagged = 0;
+    auto [end, failure] =
+        std::from_chars(cells[0].data(), cells[0].data() + cells[0].size(), tagged);
+    if (cells.size() >= 3 && failure == std::errc() && end == cells[0].data() + cells[0].size()) {
+      codePage = tagged;
+      lines[2].erase(0, cells[0].size() + 1);
+    }
+  }
+  bool utf8 = isUtf8(bytes);
+  for (std::string& line : lines) {
+    if (!utf8)
+      line = codePageToUtf8(line, codePage);
+  }
+  IdtTable table;
+  std::size_t headerLines = std::min<std::size_t>(3, lines.size());
+  table.header.assign(lines.begin(), lines.begin() + headerLines);
+  std::vector<std::size_t> binary =
+      table.header.size() > 1 ? binaryColumns(table.header[1]) : std::vector<std::size_t>{};
+  for (std::size_t i = headerLines; i < lines.size(); ++i) {
+    std::vector<std::string> cells = splitCells(lines[i]);
+    for (std::size_t column : binary) {
+      if (column < cells.size() && !cells[column].empty())
+        cells[column] = "<binary>";
+    }
+    table.rows.push_back(joinCells(cells));
+  }
+  std::sort(table.rows.begin(), table.rows.end());
+  return table;
+}
+
 }  // namespace
 
 std::string joinCells(const std::vector<std::string>& cells) {
@@ -109,43 +151,6 @@ std::vector<std::size_t> binaryColumns(std::string_view typeLine) {
 
 std::string asUtf8(std::string_view text, std::uint32_t codePage) {
   return isUtf8(text) ? std::string(text) : codePageToUtf8(text, codePage);
-}
-
-IdtTable parseIdt(std::string_view text, std::uint32_t codePage) {
-  std::string bytes(text);
-  std::erase(bytes, '\0');
-  std::vector<std::string> lines = splitLines(bytes);
-  // A table line "1252\tTable\tKey" names the code page the file is written in.
-  if (lines.size() >= 3) {
-    std::vector<std::string> cells = splitCells(lines[2]);
-    std::uint32_t tagged = 0;
-    auto [end, failure] =
-        std::from_chars(cells[0].data(), cells[0].data() + cells[0].size(), tagged);
-    if (cells.size() >= 3 && failure == std::errc() && end == cells[0].data() + cells[0].size()) {
-      codePage = tagged;
-      lines[2].erase(0, cells[0].size() + 1);
-    }
-  }
-  bool utf8 = isUtf8(bytes);
-  for (std::string& line : lines) {
-    if (!utf8)
-      line = codePageToUtf8(line, codePage);
-  }
-  IdtTable table;
-  std::size_t headerLines = std::min<std::size_t>(3, lines.size());
-  table.header.assign(lines.begin(), lines.begin() + headerLines);
-  std::vector<std::size_t> binary =
-      table.header.size() > 1 ? binaryColumns(table.header[1]) : std::vector<std::size_t>{};
-  for (std::size_t i = headerLines; i < lines.size(); ++i) {
-    std::vector<std::string> cells = splitCells(lines[i]);
-    for (std::size_t column : binary) {
-      if (column < cells.size() && !cells[column].empty())
-        cells[column] = "<binary>";
-    }
-    table.rows.push_back(joinCells(cells));
-  }
-  std::sort(table.rows.begin(), table.rows.end());
-  return table;
 }
 
 ::testing::AssertionResult sameIdt(std::string_view expected, std::string_view actual,

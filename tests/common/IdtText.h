@@ -15,11 +15,6 @@
 
 namespace odlex::test {
 
-struct IdtTable {
-  std::vector<std::string> header;  // the first three lines
-  std::vector<std::string> rows;    // the remaining lines, sorted
-};
-
 // `text` itself when it is valid UTF-8, else `text` converted from `codePage` (1252 when 0).
 std::string asUtf8(std::string_view text, std::uint32_t codePage);
 
@@ -28,12 +23,10 @@ std::string asUtf8(std::string_view text, std::uint32_t codePage);
 // at the start of the table line.
 std::string inCodePage(std::string_view utf8Idt, std::uint32_t codePage);
 
-// Splits an export into header and sorted rows, after dropping NUL bytes (msiinfo ends its
+// Whether two exports hold the same table, after dropping NUL bytes (msiinfo ends its
 // _ForceCodepage export with one), taking a code page named on the table line out of the
 // header, converting the text to UTF-8 (from that code page, else `codePage`, 1252 when 0,
 // unless it already is UTF-8) and replacing every non-empty binary cell by "<binary>".
-IdtTable parseIdt(std::string_view text, std::uint32_t codePage);
-
 ::testing::AssertionResult sameIdt(std::string_view expected, std::string_view actual,
                                    std::uint32_t codePage, std::string_view what);
 

@@ -81,11 +81,10 @@ ProcessResult runProcess(const std::vector<std::string>& argv,
   return result;
 }
 
-ProcessResult msiinfoExport(const std::filesystem::path& package, const std::string& table,
-                            const std::filesystem::path& workingDirectory) {
+ProcessResult msiinfoExport(const std::filesystem::path& package, const std::string& table) {
   static const TempDir scratch;
   return runProcess({"msiinfo", "export", std::filesystem::absolute(package).string(), table},
-                    workingDirectory.empty() ? scratch.path() : workingDirectory);
+                    scratch.path());
 }
 
 std::vector<std::string> msiinfoRows(const std::filesystem::path& package,

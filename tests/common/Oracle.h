@@ -32,9 +32,8 @@ ProcessResult runProcess(const std::vector<std::string>& argv,
                          std::chrono::seconds timeout = std::chrono::seconds(300));
 
 // msiinfo export also writes the data of binary cells, into "<Table>/<stream>" under the
-// folder it runs in: `workingDirectory`, or a scratch folder of the test program.
-ProcessResult msiinfoExport(const std::filesystem::path& package, const std::string& table,
-                            const std::filesystem::path& workingDirectory = {});
+// folder it runs in: a scratch folder of the test program.
+ProcessResult msiinfoExport(const std::filesystem::path& package, const std::string& table);
 // The data lines of `table` as msiinfo exports them (without the three header lines), in
 // msiinfo's order; a failing export fails the test.
 std::vector<std::string> msiinfoRows(const std::filesystem::path& package,

@@ -1,20 +1,20 @@
-// The odlex tool's own behaviour: the manual and completion, failed imports that must not touch
-// the package, the text of query and rows output, and the result codes of failures. Table contents
-// are checked against msitools in the oracle tests.
+// The odlex tool's own behaviour: the manual and completion, the text of query and rows output,
+// the progress bar, where query writes, and the example host program. Table contents are checked
+// against msitools in the oracle tests; failures are the command walk's.
 
 #include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
 
 #include <string>
 #include <vector>
 
-#include "common/Oracle.h"
-#include "common/TempDir.h"
+#include "common/PackageTest.h"
 
 namespace odlex::test {
 namespace {
 
-const char kPropertyIdt[] =
-    "Property\tValue\r\ns72\tl0\r\nProperty\tProperty\r\nProductName\tSample\r\n";
+using nlohmann::json;
 
 // The manual, the man page and the shell completion are made from the commands themselves.
 TEST(OdlexSurface, TheManualAndTheCompletionFollowTheCommands) {
@@ -41,80 +41,84 @@ TEST(OdlexSurface, TheManualAndTheCompletionFollowTheCommands) {
   EXPECT_EQ(complete("odlex sequence free p.msi --a", 4), "--after\n");
 }
 
-TEST(OdlexImport, AFailedImportLeavesThePackageUntouched) {
-  TempDir dir;
-  writeFileBytes(dir / "Property.idt", kPropertyIdt);
-  ASSERT_TRUE(runOdlex({"import", (dir / "p.msi").string(), (dir / "Property.idt").string()}).ok());
-  const std::string before = readFileBytes(dir / "p.msi");
-  writeFileBytes(dir / "Broken.idt", "Key\tValue\r\ns16\ti2\r\nBroken\tKey\r\na\tnot-a-number\r\n");
-  const ProcessResult result =
-      runOdlex({"import", (dir / "p.msi").string(), (dir / "Property.idt").string(),
-                (dir / "Broken.idt").string()});
-  EXPECT_EQ(result.exitCode, 1);
-  EXPECT_NE(result.err.find("Broken.idt"), std::string::npos) << result.err;
-  EXPECT_EQ(readFileBytes(dir / "p.msi"), before);
+// A package made by import: T with numbers and nulls, Property with a tab inside a value.
+class OdlexOutput : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    writeFileBytes(dir_ / "T.idt", "K\tN\tS\r\ni2\tI4\tS10\r\nT\tK\r\n1\t-5\tx\r\n2\t\t\r\n");
+    writeFileBytes(dir_ / "Property.idt",
+                   "Property\tValue\r\ns72\tl0\r\nProperty\tProperty\r\nZeta\tlast\r\n"
+                   "Alpha\tA\x10tab\r\n");
+    ASSERT_TRUE(
+        runOdlex({"import", package_, (dir_ / "T.idt").string(), (dir_ / "Property.idt").string()})
+            .ok());
+  }
+
+  TempDir dir_;
+  std::string package_ = (dir_ / "p.msi").string();
+  std::string out_ = (dir_ / "out.msi").string();
+};
+
+// query prints the selected rows tab-separated, nulls empty; rows prints a table object's live
+// rows in key order under its column names, a tab inside a value written as in table text files.
+TEST_F(OdlexOutput, QueryAndRowsPrintTabSeparatedText) {
+  EXPECT_EQ(odlexOutput({"query", package_, "SELECT * FROM T ORDER BY K"}), "1\t-5\tx\n2\t\t\n");
+  EXPECT_EQ(odlexOutput({"rows", package_, "Property"}),
+            "Property\tValue\nAlpha\tA\x10tab\nZeta\tlast\n");
+  EXPECT_TRUE(
+      odlexOutput({"rows", package_, "Shortcut"}).starts_with("Shortcut\tDirectory_\tName\t"));
 }
 
 // Long work draws a bar on stderr when asked (a terminal asks after a second); scripts see none.
-TEST(OdlexProgress, TheBarIsDrawnOnlyWhenAsked) {
-  TempDir dir;
-  writeFileBytes(dir / "Property.idt", kPropertyIdt);
-  const std::string package = (dir / "p.msi").string();
-  ASSERT_TRUE(runOdlex({"import", package, (dir / "Property.idt").string()}).ok());
+TEST_F(OdlexOutput, TheProgressBarIsDrawnOnlyWhenAsked) {
   for (const auto& [setting, drawn] : {std::pair{"always", true}, {"never", false}, {"", false}}) {
-    const ProcessResult result =
-        runProcess({"env", std::string("ODLEX_PROGRESS=") + setting, ODLEX_TOOL_PATH, "rewrite",
-                    package, "-o", (dir / "out.msi").string()});
+    const ProcessResult result = runProcess({"env", std::string("ODLEX_PROGRESS=") + setting,
+                                             ODLEX_TOOL_PATH, "rewrite", package_, "-o", out_});
     ASSERT_TRUE(result.ok()) << result.describe();
     EXPECT_EQ(result.err.starts_with("\rrewrite ["), drawn) << setting << ": " << result.err;
     EXPECT_EQ(result.err.ends_with(" MiB\n"), drawn) << setting;
   }
 }
 
-// query prints the selected rows tab-separated, nulls empty; rows prints a table object's live
-// rows in key order under its column names, a tab inside a value written as in table text files.
-TEST(OdlexRows, QueryAndRowsPrintTabSeparatedText) {
-  TempDir dir;
-  writeFileBytes(dir / "T.idt", "K\tN\tS\r\ni2\tI4\tS10\r\nT\tK\r\n1\t-5\tx\r\n2\t\t\r\n");
-  writeFileBytes(dir / "Property.idt",
-                 "Property\tValue\r\ns72\tl0\r\nProperty\tProperty\r\nZeta\tlast\r\n"
-                 "Alpha\tA\x10tab\r\n");
-  const std::string package = (dir / "p.msi").string();
-  ASSERT_TRUE(
-      runOdlex({"import", package, (dir / "T.idt").string(), (dir / "Property.idt").string()})
-          .ok());
-  EXPECT_EQ(odlexOutput({"query", package, "SELECT * FROM T ORDER BY K"}), "1\t-5\tx\n2\t\t\n");
-  EXPECT_EQ(odlexOutput({"rows", package, "Property"}),
-            "Property\tValue\nAlpha\tA\x10tab\nZeta\tlast\n");
-  EXPECT_TRUE(
-      odlexOutput({"rows", package, "Shortcut"}).starts_with("Shortcut\tDirectory_\tName\t"));
+// A statement that changes the package writes to -o OUT or in place, and --json says where; a
+// dry run or a failing statement writing nothing is the command walk's.
+TEST_F(OdlexOutput, QueryWritesToTheOutputFileOrInPlaceAndSaysWhere) {
+  const std::string original = readFileBytes(package_);
+  const std::string update = "UPDATE Property SET Value = 'x' WHERE Property = 'Zeta'";
+  EXPECT_EQ(json::parse(odlexOutput({"query", package_, update, "--json", "--dry-run"})),
+            (json{{"written", false}, {"package", package_}}));
+  EXPECT_EQ(json::parse(odlexOutput({"query", package_, update, "-o", out_, "--json"})),
+            (json{{"written", true}, {"package", out_}}));
+  EXPECT_EQ(readFileBytes(package_), original);
+  EXPECT_TRUE(std::filesystem::exists(out_));
+  EXPECT_EQ(odlexOutput({"query", package_, "DELETE FROM Property WHERE Property = 'Alpha'"}), "");
+  EXPECT_NE(readFileBytes(package_), original);
 }
 
-// Failures on a package that opens exit with status 1 and name the installer result code or
-// the key that was asked for; those on files that are not packages are the damaged-package
-// tests'.
-TEST(OdlexErrors, FailuresExitWithStatusOneAndNameTheCodeOrTheKey) {
-  TempDir dir;
-  writeFileBytes(dir / "Property.idt", kPropertyIdt);
-  const std::string package = (dir / "p.msi").string();
-  ASSERT_TRUE(runOdlex({"import", package, (dir / "Property.idt").string()}).ok());
-  const std::string before = readFileBytes(package);
-  struct Case {
-    std::vector<std::string> args;
-    std::string named;  // a part of stderr
-  };
-  for (const Case& c : std::vector<Case>{
-           {{"query", package, "SELECT * FORM Property"}, "(error 1615)"},
-           {{"query", package, "SELECT * FROM Nope"}, "(error 1628)"},
-           {{"rows", package, "property"}, "(error 1628)"},
-           {{"component", "show", package, "NoSuchComponent"}, "NoSuchComponent"},
-           {{"component", "add", package, "NoSuchFolder"}, "NoSuchFolder"},
-           {{"component", "delete", package, "NoSuchComponent"}, "NoSuchComponent"}}) {
-    ProcessResult result = runOdlex(c.args);
-    EXPECT_EQ(result.exitCode, 1) << c.args[1];
-    EXPECT_NE(result.err.find(c.named), std::string::npos) << c.args[1] << ": " << result.err;
-  }
-  EXPECT_EQ(readFileBytes(package), before);
+// The example host program edits a copy of the wixl-built package in place; a second run finds
+// the Error row it adds in place, fails and changes nothing more.
+using HostExample = PackageCopyTest;
+
+TEST_F(HostExample, EditsASavedPackage) {
+  copyPackage(PackageKind::kWixl);
+  const std::string package = package_.string();
+  ASSERT_TRUE(odlexOutput({"rows", package, "Shortcut"}).find("\nStartMenuShortcut\t") !=
+              std::string::npos);
+  const ProcessResult run =
+      runProcess({ODLEX_HOST_EXAMPLE, package, "ARPHELPLINK", "https://example.org/support",
+                  "25000", "Could not reach [2].", "StartMenuShortcut"});
+  ASSERT_TRUE(run.ok()) << run.describe();
+  const std::string edited = readFileBytes(package_);
+  EXPECT_NE(odlexOutput({"rows", package, "Property"})
+                .find("\nARPHELPLINK\thttps://example.org/support\n"),
+            std::string::npos);
+  EXPECT_NE(odlexOutput({"rows", package, "Error"}).find("\n25000\tCould not reach [2].\n"),
+            std::string::npos);
+  EXPECT_EQ(splitLines(odlexOutput({"rows", package, "Shortcut"})).size(), 1u) << "the header";
+  EXPECT_FALSE(runProcess({ODLEX_HOST_EXAMPLE, package, "ARPHELPLINK", "x", "25000", "y",
+                           "StartMenuShortcut"})
+                   .ok());
+  EXPECT_EQ(readFileBytes(package_), edited);
 }
 
 }  // namespace

@@ -1,7 +1,8 @@
 // A walk over every command of the odlex tool, found from the tool's own listing, so that a new
 // command is walked without editing this file: its help and example, its usage mistakes, its
-// JSON keys against the keys its help documents, and its edits writing nothing on a dry run or
-// a failure. What the commands print and change is tested elsewhere.
+// JSON keys against the keys its help documents, and its edits writing nothing on a dry run.
+// Then one table of the commands' failures: the status, what stderr names, nothing written.
+// What the commands print and change on success is tested elsewhere.
 
 #include <gtest/gtest.h>
 
@@ -193,6 +194,8 @@ struct Fixture {
     EXPECT_TRUE(runOdlex({"transform", "generate", package, edited, "-o", transform}).ok());
     writeFileBytes(dir / "file.txt", "MZ some bytes");
     writeFileBytes(dir / "Property.idt", "Property\tValue\r\ns72\tl0\r\nProperty\tProperty\r\n");
+    writeFileBytes(dir / "Broken.idt",
+                   "Key\tValue\r\ns16\ti2\r\nBroken\tKey\r\na\tnot-a-number\r\n");
     paths = {{"PACKAGE", package},
              {"EDITED", edited},
              {"TRANSFORM", transform},
@@ -200,15 +203,21 @@ struct Fixture {
              {"CERT", makeCertificate(dir.path(), "signer", "/CN=Walk").der.string()},
              {"FILE", (dir / "file.txt").string()},
              {"IDT", (dir / "Property.idt").string()},
+             {"BROKEN", (dir / "Broken.idt").string()},
+             {"MISSING", (dir / "missing").string()},
              {"DIR", dir.path().string()}};
   }
 
-  // `args` with the placeholders replaced; NEWDIR by a folder not made yet.
-  std::vector<std::string> resolve(const std::vector<std::string>& args) {
+  // `args` with the placeholders replaced; NEWDIR by a folder not made yet, and PACKAGE, OUT and
+  // LINK by `package`, `out` and `link` when given.
+  std::vector<std::string> resolve(const std::vector<std::string>& args,
+                                   const std::map<std::string, std::string>& own = {}) {
     std::vector<std::string> resolved;
     for (const std::string& arg : args) {
       if (arg == "NEWDIR")
         resolved.push_back((dir / ("new" + std::to_string(++made))).string());
+      else if (own.contains(arg))
+        resolved.push_back(own.at(arg));
       else
         resolved.push_back(paths.contains(arg) ? paths.at(arg) : arg);
     }
@@ -220,6 +229,14 @@ struct Fixture {
 Fixture& fixture() {
   static Fixture* made = new Fixture;  // lives as long as the program; its folder is left
   return *made;
+}
+
+// The tool finds the message catalog it ships with: the replace the fixture made on a package
+// whose ChangeLog keyword is ENABLED is in the package's change log.
+TEST(OdlexWalk, TheToolLogsItsEditsWhenThePackageAsks) {
+  EXPECT_NE(odlexOutput({"changelog", fixture().paths.at("PACKAGE")})
+                .find("\tProperty\tTable Property was changed.\n"),
+            std::string::npos);
 }
 
 TEST(OdlexWalk, EveryCommandExplainsItselfAndRefusesMistakesWithStatusTwo) {
@@ -254,64 +271,74 @@ TEST(OdlexWalk, EveryCommandExplainsItselfAndRefusesMistakesWithStatusTwo) {
   EXPECT_TRUE(version.ok() && version.out.starts_with("odlex ")) << version.describe();
 }
 
-struct JsonRun {
+// What is walked of a run: its --json output against its help, its edit done as a dry run
+// (with -o), or both (the --json run a dry run too).
+enum Walked { kJson = 1, kDryRun = 2, kBoth = 3 };
+
+struct WalkedRun {
   std::string command;
   std::vector<std::string> args;  // after the command's words, with the fixture's placeholders
+  Walked walked = kJson;
 };
 
-// One run of each command that offers --json, on the fixture; edits only look (--dry-run).
-const std::vector<JsonRun> kJsonRuns = {
+// One run of each command that offers --json or edits the package it takes -o for.
+const std::vector<WalkedRun> kRuns = {
     {"tables", {"PACKAGE"}},
     {"query", {"PACKAGE", "SELECT `Property`, `Value` FROM `Property`"}},
-    {"query", {"PACKAGE", "DELETE FROM `Property` WHERE `Property` = 'ALLUSERS'", "--dry-run"}},
+    {"query", {"PACKAGE", "DELETE FROM `Property` WHERE `Property` = 'ALLUSERS'"}, kBoth},
+    {"import", {"PACKAGE", "IDT"}, kDryRun},
+    {"rewrite", {"PACKAGE"}, kDryRun},
     {"rows", {"PACKAGE", "Property"}},
     {"sequence list", {"PACKAGE", "InstallExecuteSequence"}},
     {"sequence free", {"PACKAGE", "InstallExecuteSequence", "--before", "InstallFinalize"}},
     {"action list", {"PACKAGE"}},
-    {"action add-product", {"PACKAGE", "--dll", "FILE", "--text-files", "--dry-run"}},
+    {"action add-product", {"PACKAGE", "--dll", "FILE", "--text-files"}, kBoth},
     {"component list", {"PACKAGE"}},
     {"component show", {"PACKAGE", "MainExecutable"}},
-    {"component add", {"PACKAGE", "INSTALLDIR", "--dry-run"}},
-    {"component delete", {"PACKAGE", "MainExecutable", "--dry-run"}},
+    {"component add", {"PACKAGE", "INSTALLDIR"}, kBoth},
+    {"component delete", {"PACKAGE", "MainExecutable"}, kBoth},
     {"directory list", {"PACKAGE"}},
-    {"directory add", {"PACKAGE", "[INSTALLDIR]Plug-ins\\", "--dry-run"}},
+    {"directory add", {"PACKAGE", "[INSTALLDIR]Plug-ins\\"}, kBoth},
     {"module-id combine", {"Mod", "{A1B2C3D4-E5F6-A7B8-C9D0-E1F2A3B4C5D6}"}},
     {"module-id split", {"Mod.A1B2C3D4_E5F6_A7B8_C9D0_E1F2A3B4C5D6"}},
     {"info", {"PACKAGE"}},
-    {"info set", {"PACKAGE", "ProductName=Walk", "--dry-run"}},
+    {"info set", {"PACKAGE", "ProductName=Walk"}, kBoth},
     {"guid check", {"{6D3F1E2A-4B5C-4D7E-8F90-A1B2C3D4E5F6}"}},
     {"guid new", {"--count", "2"}},
     {"admin-install", {"PACKAGE", "--installer", "true"}},
     {"hash", {"FILE"}},
-    {"hash refresh", {"PACKAGE", "--source-dir", "DIR", "--dry-run"}},
+    {"hash refresh", {"PACKAGE", "--source-dir", "DIR"}, kBoth},
     {"cert", {"CERT"}},
     {"signature", {"FILE"}},
     {"summary show", {"PACKAGE"}},
-    {"summary set", {"PACKAGE", "Title=Walk", "--dry-run"}},
-    {"gui remove", {"PACKAGE", "--dry-run"}},
-    {"gui import", {"PACKAGE", "EDITED", "--dry-run"}},
-    {"keyword set", {"PACKAGE", "Walk", "2", "--dry-run"}},
-    {"keyword delete", {"PACKAGE", "ChangeLog", "--dry-run"}},
+    {"summary set", {"PACKAGE", "Title=Walk"}, kBoth},
+    {"gui remove", {"PACKAGE"}, kBoth},
+    {"gui import", {"PACKAGE", "EDITED"}, kBoth},
+    {"keyword set", {"PACKAGE", "Walk", "2"}, kBoth},
+    {"keyword delete", {"PACKAGE", "ChangeLog"}, kBoth},
     {"search", {"PACKAGE", "--regex", "Odlex"}},
-    {"replace", {"PACKAGE", "Odlex", "Walk", "--dry-run"}},
+    {"replace", {"PACKAGE", "Odlex", "Walk"}, kBoth},
     {"changelog", {"PACKAGE"}},
     {"keyword list", {"PACKAGE"}},
     {"files list", {"PACKAGE"}},
     {"extract", {"PACKAGE", "NEWDIR"}},
     {"admin-image", {"PACKAGE", "NEWDIR"}},
-    {"file replace", {"PACKAGE", "Readme", "FILE", "--dry-run"}},
-    {"file add", {"PACKAGE", "ReadmeDoc", "FILE", "--dry-run"}},
-    {"compress", {"PACKAGE", "--dry-run"}},
-    {"merge",
-     {"PACKAGE", "MODULE", "--feature", "Complete", "--directory", "INSTALLDIR", "--dry-run"}},
+    {"file replace", {"PACKAGE", "Readme", "FILE"}, kBoth},
+    {"file add", {"PACKAGE", "ReadmeDoc", "FILE"}, kBoth},
+    {"compress", {"PACKAGE"}, kBoth},
+    {"merge", {"PACKAGE", "MODULE", "--feature", "Complete", "--directory", "INSTALLDIR"}, kBoth},
     {"module show", {"MODULE"}},
     {"transform show", {"TRANSFORM", "--base", "PACKAGE"}},
+    {"transform apply", {"PACKAGE", "TRANSFORM"}, kDryRun},
+    {"transform embed", {"PACKAGE", "TRANSFORM", "walk"}, kDryRun},
     {"diff", {"PACKAGE", "EDITED"}},
 };
 
 TEST(OdlexWalk, JsonOutputHasTheKeysItsHelpDocuments) {
   std::set<std::string> covered;
-  for (const JsonRun& run : kJsonRuns) {
+  for (const WalkedRun& run : kRuns) {
+    if (!(run.walked & kJson))
+      continue;
     SCOPED_TRACE(run.command);
     covered.insert(run.command);
     const std::string description = optionDescription(helpOf(run.command), "--json");
@@ -319,6 +346,8 @@ TEST(OdlexWalk, JsonOutputHasTheKeysItsHelpDocuments) {
     std::vector<std::string> args = wordsOf(run.command);
     for (const std::string& arg : fixture().resolve(run.args))
       args.push_back(arg);
+    if (run.walked & kDryRun)
+      args.push_back("--dry-run");
     args.push_back("--json");
     const ProcessResult result = runOdlex(args);
     ASSERT_TRUE(result.ok()) << result.describe();
@@ -340,73 +369,113 @@ TEST(OdlexWalk, JsonOutputHasTheKeysItsHelpDocuments) {
   }
 }
 
-struct EditRun {
-  std::string command;
-  std::vector<std::string> args;  // after the command's words; "-o OUT" is added
-  bool dryRun;                    // with --dry-run, which succeeds; otherwise an edit that fails
-};
-
-const std::vector<EditRun> kEditRuns = {
-    {"query", {"PACKAGE", "DELETE FROM `Property` WHERE `Property` = 'ALLUSERS'"}, true},
-    {"import", {"PACKAGE", "IDT"}, true},
-    {"rewrite", {"PACKAGE"}, true},
-    {"action add-product", {"PACKAGE", "--dll", "FILE", "--report"}, true},
-    {"component add", {"PACKAGE", "INSTALLDIR"}, true},
-    {"component delete", {"PACKAGE", "MainExecutable"}, true},
-    {"directory add", {"PACKAGE", "[INSTALLDIR]Plug-ins\\"}, true},
-    {"info set", {"PACKAGE", "ProductName=Walk"}, true},
-    {"hash refresh", {"PACKAGE", "--source-dir", "DIR"}, true},
-    {"summary set", {"PACKAGE", "Title=Walk"}, true},
-    {"replace", {"PACKAGE", "Odlex", "Walk"}, true},
-    {"gui remove", {"PACKAGE"}, true},
-    {"gui import", {"PACKAGE", "EDITED"}, true},
-    {"keyword set", {"PACKAGE", "Walk", "2"}, true},
-    {"keyword delete", {"PACKAGE", "ChangeLog"}, true},
-    {"file replace", {"PACKAGE", "Readme", "FILE"}, true},
-    {"file add", {"PACKAGE", "ReadmeDoc", "FILE"}, true},
-    {"compress", {"PACKAGE"}, true},
-    {"merge", {"PACKAGE", "MODULE", "--feature", "Complete", "--directory", "INSTALLDIR"}, true},
-    {"transform apply", {"PACKAGE", "TRANSFORM"}, true},
-    {"transform embed", {"PACKAGE", "TRANSFORM", "walk"}, true},
-    // Edits the library refuses after the package was opened for OUT.
-    {"component delete", {"PACKAGE", "NoSuchComponent"}, false},
-    {"keyword delete", {"PACKAGE", "NoSuchKeyword"}, false},
-    {"merge", {"PACKAGE", "MODULE", "--feature", "Nope", "--directory", "INSTALLDIR"}, false},
-    {"query", {"PACKAGE", "DELETE FROM `Nope`"}, false},
-};
-
 // Commands whose -o names the file they make rather than the edited package.
 const std::set<std::string> kOutputIsNotThePackage = {"export", "transform generate"};
 
-TEST(OdlexWalk, EditsWriteNothingOnADryRunOrAFailure) {
+// Runs `args` (placeholders resolved) on a copy of the fixture's package, OUT and LINK (another
+// name of the copy) in a folder of its own; fails the test when the copy changed or OUT was
+// made.
+ProcessResult runOnACopy(const std::vector<std::string>& args) {
+  TempDir dir;
+  const std::filesystem::path package = dir / "product.msi";
+  std::filesystem::copy_file(fixture().paths.at("PACKAGE"), package);
+  std::filesystem::create_hard_link(package, dir / "link.msi");
+  const std::string before = readFileBytes(package);
+  const ProcessResult result =
+      runOdlex(fixture().resolve(args, {{"PACKAGE", package.string()},
+                                        {"OUT", (dir / "out.msi").string()},
+                                        {"LINK", (dir / "link.msi").string()}}));
+  EXPECT_EQ(readFileBytes(package), before);
+  EXPECT_FALSE(std::filesystem::exists(dir / "out.msi"));
+  return result;
+}
+
+TEST(OdlexWalk, EditsWriteNothingOnADryRun) {
   std::set<std::string> covered;
-  for (const EditRun& run : kEditRuns) {
-    SCOPED_TRACE(run.command + (run.dryRun ? " --dry-run" : " failing"));
+  for (const WalkedRun& run : kRuns) {
+    if (!(run.walked & kDryRun))
+      continue;
+    SCOPED_TRACE(run.command);
     covered.insert(run.command);
     EXPECT_TRUE(offers(helpOf(run.command), "--dry-run"));
-    TempDir dir;
-    const std::filesystem::path package = dir / "product.msi";
-    std::filesystem::copy_file(fixture().paths.at("PACKAGE"), package);
-    const std::string before = readFileBytes(package);
     std::vector<std::string> args = wordsOf(run.command);
-    for (const std::string& arg : fixture().resolve(run.args))
-      args.push_back(arg == fixture().paths.at("PACKAGE") ? package.string() : arg);
-    args.insert(args.end(), {"-o", (dir / "out.msi").string()});
-    if (run.dryRun)
-      args.push_back("--dry-run");
-    const ProcessResult result = runOdlex(args);
-    EXPECT_EQ(result.exitCode, run.dryRun ? 0 : 1) << result.describe();
-    if (run.dryRun) {
-      EXPECT_NE(result.out, "") << "a dry run prints what would change";
-    }
-    EXPECT_EQ(readFileBytes(package), before);
-    EXPECT_FALSE(std::filesystem::exists(dir / "out.msi"));
+    args.insert(args.end(), run.args.begin(), run.args.end());
+    args.insert(args.end(), {"-o", "OUT", "--dry-run"});
+    const ProcessResult result = runOnACopy(args);
+    EXPECT_EQ(result.exitCode, 0) << result.describe();
+    EXPECT_NE(result.out, "") << "a dry run prints what would change";
   }
   for (const std::string& command : leafCommands()) {
     if (offers(helpOf(command), "-o,--output")) {
       EXPECT_TRUE(covered.contains(command) || kOutputIsNotThePackage.contains(command))
           << command << " takes -o but its edits are not walked";
     }
+  }
+}
+
+struct FailingRun {
+  std::vector<std::string> args;  // with the fixture's placeholders, OUT and LINK
+  int exitCode;
+  std::string says;      // a part of stderr
+  std::string out = {};  // a part of stdout
+};
+
+// Refusals by the library (status 1, naming the installer result code or what was asked for)
+// and by the commands' own checks of their arguments (status 2).
+const std::vector<FailingRun> kFailingRuns = {
+    {{"query", "PACKAGE", "SELECT * FORM Property"}, 1, "(error 1615)"},
+    {{"query", "PACKAGE", "DELETE FROM `Nope`", "-o", "OUT"}, 1, "(error 1628)"},
+    {{"rows", "PACKAGE", "property"}, 1, "(error 1628)"},
+    {{"import", "PACKAGE", "IDT", "BROKEN"}, 1, "Broken.idt"},
+    {{"component", "show", "PACKAGE", "NoSuchComponent"}, 1, "NoSuchComponent"},
+    {{"component", "add", "PACKAGE", "NoSuchFolder"}, 1, "NoSuchFolder"},
+    {{"component", "delete", "PACKAGE", "NoSuchComponent", "-o", "OUT"}, 1, "NoSuchComponent"},
+    {{"keyword", "delete", "PACKAGE", "NoSuchKeyword", "-o", "OUT"}, 1, "NoSuchKeyword"},
+    {{"sequence", "list", "PACKAGE", "Property"}, 1, "Property is not a sequence table"},
+    {{"sequence", "free", "PACKAGE", "InstallExecuteSequence", "--after", "NoSuchAction"},
+     1,
+     "NoSuchAction"},
+    {{"action", "add-product", "PACKAGE", "--dll", "MISSING", "--report"}, 1, "the DLL"},
+    {{"action", "add-product", "PACKAGE", "--dll", "DIR", "--report", "-o", "OUT"}, 1, "the DLL"},
+    {{"file", "replace", "PACKAGE", "Nothing", "FILE", "-o", "OUT"}, 1, "(error 87)\n"},
+    {{"info", "set", "PACKAGE", "ProductName=\xE4\xB8\xAD", "ARPCOMMENTS=\xE4\xB8\xAD"},
+     1,
+     "ARPCOMMENTS, ProductName"},
+    {{"info", "set", "PACKAGE", "ALLUSERS=3"}, 1, "ALLUSERS"},
+    {{"info", "set", "PACKAGE", "Nothing=1"}, 1, "Nothing=1"},
+    {{"merge", "PACKAGE", "MODULE", "--feature", "Nope", "--directory", "INSTALLDIR", "-o", "OUT"},
+     1,
+     "(error 53)",
+     "error\t8\tthe package has no feature Nope\n"},
+    {{"merge", "PACKAGE", "MODULE", "--feature", "Complete", "--directory", "INSTALLDIR", "-o",
+      "LINK"},
+     1,
+     "(error 3)"},
+    {{"search", "PACKAGE", "--regex", "("}, 1, "odlex: "},
+    {{"cert", "MISSING"}, 1, "odlex: MISSING is no readable certificate (error 2)\n"},
+    {{"signature", "MISSING"}, 1, "odlex: cannot read MISSING (error 2)\n"},
+    {{"hash", "MISSING"}, 1, "odlex: cannot hash MISSING (error 2)\n"},
+    {{"merge", "PACKAGE", "MODULE", "--directory", "INSTALLDIR"}, 2, "--feature"},
+    {{"file", "replace", "PACKAGE", "Readme", "-o", "OUT"}, 2, "FILE"},
+    {{"extract", "PACKAGE"}, 2, "DIR is required"},
+    {{"search", "PACKAGE"}, 2, ""},
+    {{"summary", "set", "PACKAGE", "NoSuchField=1"}, 2, "NoSuchField"},
+    {{"transform", "generate", "PACKAGE", "EDITED", "-o", "OUT", "--suppress", "bogus"},
+     2,
+     "bogus"},
+    {{"transform", "show", "TRANSFORM"}, 2, "--base"},
+};
+
+TEST(OdlexWalk, FailuresGiveTheirStatusSayWhyAndWriteNothing) {
+  for (const FailingRun& run : kFailingRuns) {
+    SCOPED_TRACE(run.args[0] + " " + run.args[1] + " " + run.args.back());
+    const ProcessResult result = runOnACopy(run.args);
+    EXPECT_EQ(result.exitCode, run.exitCode) << result.describe();
+    std::string says = run.says;
+    if (const std::size_t at = says.find("MISSING"); at != std::string::npos)
+      says.replace(at, 7, fixture().paths.at("MISSING"));
+    EXPECT_NE(result.err.find(says), std::string::npos) << result.err;
+    EXPECT_NE(result.out.find(run.out), std::string::npos) << result.out;
   }
 }
 
