@@ -4,9 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
-
-#include "common/Mutate.h"
 #include "msi/engine/Database.h"
 #include "msi/engine/EngineTest.h"
 #include "msi/idt/Idt.h"
@@ -170,27 +167,6 @@ TEST_F(IdtImportErrors, FilesOverOneGibibyteAreRefusedUnread) {
   engine::Error error;
   EXPECT_EQ(importTable(*db_, huge, "pkg/T.idt", error), engine::kFunctionFailed);
   EXPECT_NE(error.text.find("exceeds the limit"), std::string::npos) << error.text;
-}
-
-TEST_F(IdtImportErrors, MutatedFilesNeverCrash) {
-  put("pkg/T/a.ibd", "data");
-  const std::string valid = std::string(kHeader) + "a\t1\ta.ibd\r\nb\t-2\t\r\n";
-  const std::string alphabet(
-      "\t\r\n\x10\x15\x80\xff"
-      "0-9aIiSsVvLl.\\/",
-      22);
-  std::mt19937 random(12345);
-  for (int round = 0; round < 3000; ++round) {
-    const std::string text = test::mutated(valid, alphabet, random, 4);
-    engine::Error error;
-    auto db = Database::open(fs_, "y.msi", Database::OpenMode::kCreate, error);
-    put("pkg/M.idt", text);
-    const std::uint32_t result = importTable(*db, fs_, "pkg/M.idt", error);
-    if (result != engine::kSuccess) {
-      EXPECT_FALSE(error.text.empty());
-      EXPECT_EQ(db->tableCount(), 0u);
-    }
-  }
 }
 
 }  // namespace
