@@ -416,15 +416,6 @@ TEST(DatabaseReading, AFailedReadOfTheOpenedFileIsAReadFault) {
   }
 }
 
-// A string the pool holds twice (as other writers may store it) is found by its first id.
-TEST(StringPool, ADuplicatedStringIsFoundByItsFirstId) {
-  StringPool pool;
-  for (const char16_t* text : {u"a", u"b", u"a"})
-    pool.appendLoaded(text);
-  EXPECT_EQ(pool.find(u"a"), 1u);
-  EXPECT_EQ(pool.intern(u"a"), 1u);
-}
-
 // Rows marked temporary stay marked as rows are added and removed around them, so a save leaves
 // out exactly those rows.
 TEST(DatabaseTables, TemporaryRowsStayMarkedAsOtherRowsMove) {
