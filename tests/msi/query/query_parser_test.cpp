@@ -71,6 +71,7 @@ TEST(QueryParser, ErrorsGiveLineColumnAndTokenReadably) {
       {u"SELECT * FROM \u00e9x", "line 1, column 15: unexpected character '\u00e9'"},
       {u"SELECT * FROM \U0001F600x", "line 1, column 15: unexpected character '\U0001F600'"},
       {u"SELECT * FROM T WHERE A = \xD800", "line 1, column 27: unexpected character '\uFFFD'"},
+      {u"SELECT * FROM T WHERE A = \xD800x", "line 1, column 27: unexpected character '\uFFFD'"},
       {u"SELECT * " + std::u16string(200, u'n'),
        "line 1, column 10: expected FROM, found '" + std::string(40, 'n') + "...'"},
   };
@@ -103,6 +104,20 @@ TEST(QueryParser, RejectsMalformedStatements) {
            "SELECT * FROM T WHERE A = - 1",
            "SELECT * FROM select",
            "SELECT * FROM T;",
+           // A character no token starts with, at each point the parser reads the next token.
+           "@SELECT",
+           "SELECT DISTINCT @",
+           "SELECT *@",
+           "SELECT A,@ FROM T",
+           "SELECT T.@ FROM T",
+           "SELECT * FROM T,@",
+           "SELECT * FROM T WHERE @",
+           "SELECT * FROM T WHERE (@",
+           "SELECT * FROM T WHERE A = 1 OR @",
+           "SELECT * FROM T WHERE A = 1 OR B",
+           "SELECT * FROM T WHERE A IS @",
+           "SELECT * FROM T WHERE A IS NOT @",
+           "SELECT * FROM T ORDER BY @",
        }) {
     parseError(text);
   }
