@@ -83,14 +83,6 @@ TEST(DirectoryPathTest, KeysAreIdentifiersNeverFolderProperties) {
             std::u16string(71, u'x') + u"1");
 }
 
-TEST(DirectoryPathTest, StartsFromAnExistingDirectoryKey) {
-  MemoryDirectoryModel model;
-  const auto install = valueOf(addTargetPath(model, u"[ProgramFilesFolder]Product"));
-  const auto docs = valueOf(addTargetPath(model, u"[" + install + u"]Docs"));
-  EXPECT_EQ(display(model, docs, false), u"[ProgramFilesFolder]Product\\Docs\\");
-  EXPECT_FALSE(addTargetPath(model, u"[NOSUCHDIR]Docs"));
-}
-
 TEST(DirectoryPathTest, SourceAndTargetNamesPairUp) {
   MemoryDirectoryModel model;
   const auto leaf = valueOf(
