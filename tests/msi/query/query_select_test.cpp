@@ -101,21 +101,6 @@ class QueryTest : public ::testing::Test {
   engine::Table* item_ = nullptr;
 };
 
-TEST_F(QueryTest, ReturnsSelectedColumnsAsTypedFields) {
-  EXPECT_EQ(rows("SELECT * FROM Item"),
-            (Rows{"a|Alpha|10|1|stream:Item.a", "b|beta|-5|2|null", "c|null|null|1|null",
-                  "d|Alpha|300|null|stream:Item.d"}));
-  EXPECT_EQ(rows("SELECT `Size`, Item.Key FROM `Item` WHERE Key = 'b'"), (Rows{"-5|b"}));
-
-  engine::Error error;
-  auto query = Query::prepare(*db_, u"SELECT Data, Key FROM Item", error);
-  ASSERT_TRUE(query);
-  ASSERT_EQ(query->columns().size(), 2u);
-  EXPECT_EQ(query->columns()[0].name, u"Data");
-  EXPECT_TRUE(query->columns()[0].isBinary());
-  EXPECT_TRUE(query->columns()[1].key());
-}
-
 // Text compares exactly, integers by value; null satisfies no comparison but IS NULL and = ''.
 TEST_F(QueryTest, WhereKeepsTheRowsItsConditionHolds) {
   const std::pair<std::string, Rows> cases[] = {
@@ -154,24 +139,6 @@ TEST_F(QueryTest, WhereKeepsTheRowsItsConditionHolds) {
   };
   for (const auto& [where, keys] : cases)
     EXPECT_EQ(rows("SELECT Key FROM Item WHERE " + where), keys) << where;
-}
-
-TEST_F(QueryTest, TakesParametersInOrder) {
-  engine::Error error;
-  auto query = Query::prepare(*db_, u"SELECT Key FROM Item WHERE Name = ? AND Size > ?", error);
-  ASSERT_TRUE(query) << error.text;
-  EXPECT_EQ(query->parameterCount(), 2u);
-  std::vector<Field> parameters{Field::ofString(u"Alpha"), Field::ofInteger(0)};
-  ASSERT_EQ(query->execute(parameters, error), engine::kSuccess);
-  EXPECT_EQ(fetchAll(*query), (Rows{"a", "d"}));
-  // Re-executing replaces the rows; extra fields are ignored.
-  parameters = {Field::ofString(u"Alpha"), Field::ofInteger(100), Field::ofString(u"x")};
-  ASSERT_EQ(query->execute(parameters, error), engine::kSuccess);
-  EXPECT_EQ(fetchAll(*query), (Rows{"d"}));
-
-  EXPECT_EQ(rows("SELECT Key FROM Item WHERE Name = ?", {Field::null()}), (Rows{"c"}));
-  EXPECT_EQ(rows("SELECT Key FROM Item WHERE Size = ?", {Field::null()}), (Rows{"c"}));
-  EXPECT_EQ(rows("SELECT Key FROM Item WHERE Size < ?", {Field::null()}), Rows{});
 }
 
 TEST_F(QueryTest, SeesStringsAddedAfterPrepare) {

@@ -1,6 +1,6 @@
 // The tables the database keeps about itself, on packages written by wixl and msibuild: they
-// list what msiinfo lists, and their edits (tables, streams, storages, summary information)
-// reach the committed file as msiinfo then reads it.
+// list what msiinfo lists, and their edits (tables, streams, storages, summary information), and
+// binary cells' streams following their rows, reach the committed file as msiinfo then reads it.
 
 #include <gtest/gtest.h>
 
@@ -18,6 +18,7 @@
 #include "common/PackageTest.h"
 #include "common/Packages.h"
 #include "common/PathText.h"
+#include "common/RowText.h"
 #include "common/TempDir.h"
 #include "msi/engine/Database.h"
 #include "storage/CompoundFile.h"
@@ -183,6 +184,33 @@ TEST_F(SystemTablesTest, StreamsAreAddedReplacedAndDeleted) {
   ASSERT_TRUE(streams.Persist());
   commitAndReopen();
   EXPECT_EQ(msiinfoExtract(package_, "Extra.Payload").out, "other");
+}
+
+// Binary data written, moved with a renamed row (its data not yet read) and removed with a
+// deleted row reaches the streams of the committed file.
+TEST_F(SystemTablesTest, BinaryDataFollowsItsRow) {
+  ASSERT_NO_FATAL_FAILURE(open(PackageKind::kIdt));
+  const std::string large = msiinfoExtract(package_, "Binary.LargeData").out;
+  ASSERT_FALSE(large.empty());
+  MSITBinary binary;
+  load(binary);
+  binary.Find(u"SmallData")->SetData(bytes("replaced"));
+  binary.Add(u"Fresh")->SetData(bytes("new stream"));
+  binary.Find(u"LargeData")->SetName(u"Moved");
+  EXPECT_EQ(binary.Find(u"LargeData"), nullptr);
+  ASSERT_TRUE(binary.Persist()) << binary.GetLastError().ToUtf8();
+  commitAndReopen();
+  EXPECT_EQ(msiinfoExtract(package_, "Binary.SmallData").out, "replaced");
+  EXPECT_EQ(msiinfoExtract(package_, "Binary.Moved").out, large);
+  EXPECT_FALSE(contains(msiinfoDataStreams(package_), "Binary.LargeData"));
+
+  load(binary);
+  EXPECT_EQ(binary.Find(u"Fresh")->GetData(), bytes("new stream"));
+  binary.Find(u"Fresh")->Delete();
+  ASSERT_TRUE(binary.Persist());
+  commitAndReopen();
+  EXPECT_FALSE(contains(msiinfoDataStreams(package_), "Binary.Fresh"));
+  EXPECT_EQ(msiinfoRows(package_, "Binary").size(), 2u);
 }
 
 TEST_F(SystemTablesTest, StoragesTakeCompoundFilesOnly) {

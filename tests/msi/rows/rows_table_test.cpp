@@ -217,18 +217,6 @@ TEST(RowsMadeKeys, ComponentKeysSkipEveryHeldKeyAndFollowTheFlags) {
   EXPECT_FALSE(components.GetLastError().u16().empty());
 }
 
-TEST(RowsMadeKeys, CustomActionsByKeyOrWithAMadeKey) {
-  MSITCustomAction actions;
-  MSIECustomAction* named =
-      actions.Add(u"SetPath", static_cast<msidbCustomActionType>(msidbCustomActionTypeProperty |
-                                                                 msidbCustomActionTypeTextData));
-  ASSERT_NE(named, nullptr);
-  EXPECT_EQ(named->GetType(), 51);
-  EXPECT_EQ(actions.Add(u"SetPath", msidbCustomActionTypeDll), nullptr);
-  EXPECT_EQ(actions.Add(msidbCustomActionTypeExe)->GetActionID(), u"CustomAction1");
-  EXPECT_EQ(actions.Add(msidbCustomActionTypeExe)->GetActionID(), u"CustomAction2");
-}
-
 TEST(RowsMadeKeys, ChangeLogEntriesSortInTheOrderTheyWereMade) {
   MSITZrChangeLog log;
   for (int i = 0; i < 12; ++i)

@@ -1,13 +1,19 @@
-// Adding folder paths to a directory model and reading the paths back: the rows an installer
-// author expects, reuse of existing rows, long/short and source/target paths, and refusal of
-// hostile paths and broken tables without crashing or hanging.
+// The directory model: adding folder paths and reading the paths back (the rows an installer
+// author expects, reuse of existing rows, long/short and source/target paths, refusal of hostile
+// paths and broken tables without crashing or hanging), and folder names: DefaultDir values
+// (parsing keeps every form the installer writes exactly, the accessors pick the right side and
+// name, malformed values are refused) and the short (8.3) names made for long folder names.
 
 #include <gtest/gtest.h>
 
 #include "odlex/support/TalString.h"
 
+#include <set>
+
 #include "msi/directory/AddPath.h"
+#include "msi/directory/DefaultDir.h"
 #include "msi/directory/DirectoryPath.h"
+#include "msi/directory/ShortName.h"
 
 namespace odlex::directory {
 namespace {
@@ -77,14 +83,6 @@ TEST(DirectoryPathTest, KeysAreIdentifiersNeverFolderProperties) {
             std::u16string(71, u'x') + u"1");
 }
 
-TEST(DirectoryPathTest, StartsFromAnExistingDirectoryKey) {
-  MemoryDirectoryModel model;
-  const auto install = valueOf(addTargetPath(model, u"[ProgramFilesFolder]Product"));
-  const auto docs = valueOf(addTargetPath(model, u"[" + install + u"]Docs"));
-  EXPECT_EQ(display(model, docs, false), u"[ProgramFilesFolder]Product\\Docs\\");
-  EXPECT_FALSE(addTargetPath(model, u"[NOSUCHDIR]Docs"));
-}
-
 TEST(DirectoryPathTest, SourceAndTargetNamesPairUp) {
   MemoryDirectoryModel model;
   const auto leaf = valueOf(
@@ -152,6 +150,97 @@ TEST(DirectoryPathTest, BrokenParentLinksAreErrors) {
                              u"[D200]a\\b\\c\\d\\e\\f\\g\\h\\i\\j\\k\\l\\m\\n\\o\\p\\q\\r\\s\\"
                              u"t\\u\\v\\w\\x\\y\\z\\a\\b\\c\\d\\e\\f\\g\\h\\i\\j\\k\\l\\m\\n\\"
                              u"o\\p\\q\\r\\s\\t\\u\\v\\w\\x\\y\\z\\a\\b\\c\\d"));
+}
+
+TEST(DefaultDirTest, FormatsBackExactlyWhatWasParsed) {
+  for (std::u16string_view text :
+       {u"Vendor|Vendor Name", u".", u"SourceDir", u"a|b:c|d", u"bin", u"a:b", u".:Src", u"A|A"}) {
+    auto parsed = DefaultDir::parse(text);
+    ASSERT_TRUE(parsed) << utf8(std::u16string(text));
+    EXPECT_EQ(parsed->format(), text);
+  }
+}
+
+TEST(DefaultDirTest, SidesAndNames) {
+  auto both = DefaultDir::parse(u"a|b:c|d");
+  ASSERT_TRUE(both);
+  EXPECT_EQ(both->target().shortName(), u"a");
+  EXPECT_EQ(both->target().longName(), u"b");
+  EXPECT_EQ(both->source().shortName(), u"c");
+  EXPECT_EQ(both->source().longName(), u"d");
+
+  auto single = DefaultDir::parse(u"Vendor|Vendor Name");
+  ASSERT_TRUE(single);
+  EXPECT_FALSE(single->hasSource());
+  EXPECT_EQ(single->source().longName(), u"Vendor Name");
+  EXPECT_EQ(single->source().shortName(), u"Vendor");
+
+  auto dot = DefaultDir::parse(u".");
+  ASSERT_TRUE(dot);
+  EXPECT_TRUE(dot->target().isParent());
+  EXPECT_EQ(dot->target().shortName(), u".");
+}
+
+TEST(DefaultDirTest, ShortNameEdits) {
+  auto value = DefaultDir::parse(u"bin");
+  ASSERT_TRUE(value);
+  value->target().setShortName(u"BIN~1");
+  EXPECT_EQ(value->format(), u"BIN~1|bin");
+  value->target().setShortName(u"bin");
+  EXPECT_EQ(value->format(), u"bin");
+  value->source().setShortName(u"SRC");
+  EXPECT_EQ(value->format(), u"bin:SRC|bin");
+}
+
+TEST(DefaultDirTest, RefusesMalformedValues) {
+  for (std::u16string_view text : {u"", u"a|", u"|b", u"a|b|c", u"a:", u":b", u"a:b:c", u"a:b|"}) {
+    EXPECT_FALSE(DefaultDir::parse(text)) << utf8(std::u16string(text));
+  }
+}
+
+std::u16string shortFor(std::u16string_view longName, const std::set<std::u16string>& taken = {}) {
+  auto made = makeShortName(
+      longName, [&](std::u16string_view c) { return taken.contains(std::u16string(c)); });
+  EXPECT_TRUE(made);
+  return made ? made.value() : u"";
+}
+
+TEST(ShortNameTest, RecognisesValidShortNames) {
+  for (std::u16string_view name : {u"bin", u"BIN", u"status.txt", u"ABCDEFGH.XYZ", u"A~1", u"_"}) {
+    EXPECT_TRUE(isValidShortName(name)) << utf8(std::u16string(name));
+  }
+  for (std::u16string_view name : {u"", u"ABCDEFGHI", u"a.b.c", u"name.text", u".cfg", u"a.",
+                                   u"My App", u"a+b", u"x[1]", u"caf\u00e9"}) {
+    EXPECT_FALSE(isValidShortName(name)) << utf8(std::u16string(name));
+  }
+}
+
+// Names that already are short stay as written.
+TEST(ShortNameTest, MakesWindowsStyleNames) {
+  const std::pair<std::u16string_view, std::u16string_view> cases[] = {
+      {u"bin", u"bin"},
+      {u"Data.v2", u"Data.v2"},
+      {u"Vendor Name", u"VENDOR~1"},
+      {u"Application", u"APPLIC~1"},
+      {u"my app", u"MYAPP~1"},
+      {u"Release.Notes.text", u"RELEAS~1.TEX"},
+      {u".config", u"CONFIG~1"},
+      {u"a+b,c;d=e[f]", u"A_B_C_~1"},
+      {u"caf\u00e9 cr\u00e8me", u"CAF_CR~1"},
+      {u"...", u"_~1"},
+  };
+  for (const auto& [longName, expected] : cases)
+    EXPECT_EQ(shortFor(longName), expected) << utf8(std::u16string(longName));
+}
+
+TEST(ShortNameTest, CountsUpPastTakenNamesAndGivesUpWhenEveryNumberIsTaken) {
+  EXPECT_EQ(shortFor(u"Vendor Name", {u"VENDOR~1"}), u"VENDOR~2");
+  std::set<std::u16string> taken;
+  for (int n = 1; n <= 9; ++n) {
+    taken.insert(u"VENDOR~" + std::u16string(1, static_cast<char16_t>(u'0' + n)));
+  }
+  EXPECT_EQ(shortFor(u"Vendor Name", taken), u"VENDO~10");
+  EXPECT_FALSE(makeShortName(u"Vendor Name", [](std::u16string_view) { return true; }));
 }
 
 }  // namespace
