@@ -25,7 +25,7 @@ class InstallerRulesTest : public DatabaseTest {
 };
 
 TEST_F(InstallerRulesTest, ExpandAnswersTheFormsThePackageHolds) {
-  // Properties are formatted as the lower layer formats them (translate_test); these are the
+  // Properties are formatted as the lower layer formats them (lower_values_test); these are the
   // forms only the package can answer.
   ODLEXTProperty& properties = db_->GetProperty();
   properties.SetValue(u"PB", u"x");
