@@ -89,31 +89,30 @@ TEST_F(DatabaseFilesTest, RemovingADatabaseRemovesThatOne) {
   EXPECT_TRUE(std::filesystem::exists(dir_ / "out1.msi"));
 }
 
-TEST_F(DatabaseFilesTest, FilesThatCannotBeOpenedOrCopiedAreNotListed) {
+// A package that cannot be opened, an output file that is open or is the source, and one that
+// cannot be written are refused, each with its debug line, and nothing is listed or written.
+TEST_F(DatabaseFilesTest, PackagesThatCannotBeOpenedAndOutputFilesThatAreRefused) {
   EXPECT_EQ(thrownCode([&] { ODLEXDatabase::AddDatabaseToList(text(dir_ / "missing.msi")); }),
             Error::eDatabaseOpenFailed);
-  ODLEXOpenType intoMissingFolder(text(dir_ / "no/such/folder/out.msi").data());
-  DebugCapture debug;
-  EXPECT_EQ(thrownCode([&] { ODLEXDatabase::AddDatabaseToList(text(path_), intoMissingFolder); }),
-            Error::eDatabaseOpenFailed);
-  EXPECT_EQ(debug.lines, std::vector<std::string>{"ODLEX: Unable to copy file.\r\n"});
-  EXPECT_EQ(ODLEXDatabase::GetDatabaseList().entries(), 0u);
-}
-
-TEST_F(DatabaseFilesTest, AnOutputFileThatIsOpenOrTheSourceIsRefused) {
   const std::filesystem::path open = dir_ / "open.msi";
   writeSmallPackage(open, "Open", "open payload");
   ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(open));
   const std::string before = readFileBytes(open);
-  for (const std::filesystem::path& output : {open, path_, dir_ / "." / "p5.msi"}) {
+  const std::string refused =
+      "ODLEX: Unable to copy file: the output file is open or is the file opened.\r\n";
+  const std::pair<std::filesystem::path, std::string> outputs[] = {
+      {open, refused},
+      {path_, refused},
+      {dir_ / "." / "p5.msi", refused},
+      {dir_ / "no/such/folder/out.msi", "ODLEX: Unable to copy file.\r\n"},
+  };
+  for (const auto& [output, line] : outputs) {
     SCOPED_TRACE(output.string());
     ODLEXOpenType into(text(output).data());
     DebugCapture debug;
     EXPECT_EQ(thrownCode([&] { ODLEXDatabase::AddDatabaseToList(text(path_), into); }),
               Error::eDatabaseOpenFailed);
-    ASSERT_EQ(debug.lines.size(), 1u);
-    EXPECT_NE(debug.lines[0].find("the output file is open or is the file opened"),
-              std::string::npos);
+    EXPECT_EQ(debug.lines, std::vector<std::string>{line});
   }
   EXPECT_EQ(readFileBytes(open), before);
   EXPECT_EQ(payloadOf(db), "open payload");
