@@ -46,14 +46,6 @@ bool copyContainer(const std::filesystem::path& source, const std::filesystem::p
       source, target, [](CompoundNode&) {}, error, majorVersion);
 }
 
-std::optional<std::uint16_t> containerVersion(const std::filesystem::path& package) {
-  std::string error;
-  auto reader = openContainer(package, error);
-  if (!reader)
-    return std::nullopt;
-  return reader->majorVersion();
-}
-
 std::optional<std::vector<std::uint8_t>> rootStream(const std::filesystem::path& package,
                                                     std::u16string_view storedName) {
   std::string error;

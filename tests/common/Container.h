@@ -25,9 +25,6 @@ bool editContainer(const std::filesystem::path& source, const std::filesystem::p
 bool copyContainer(const std::filesystem::path& source, const std::filesystem::path& target,
                    std::uint16_t majorVersion, std::string& error);
 
-// The container's major version (3 or 4).
-std::optional<std::uint16_t> containerVersion(const std::filesystem::path& package);
-
 // The bytes of the stream of the root storage stored under `storedName` (nullopt when there is
 // none).
 std::optional<std::vector<std::uint8_t>> rootStream(const std::filesystem::path& package,
