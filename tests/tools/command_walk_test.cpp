@@ -279,6 +279,7 @@ struct WalkedRun {
   std::string command;
   std::vector<std::string> args;  // after the command's words, with the fixture's placeholders
   Walked walked = kJson;
+  std::string dryRunPrints = {};  // a part of the dry run's output, where its layout is checked
 };
 
 // One run of each command that offers --json or edits the package it takes -o for.
@@ -326,7 +327,10 @@ const std::vector<WalkedRun> kRuns = {
     {"file replace", {"PACKAGE", "Readme", "FILE"}, kBoth},
     {"file add", {"PACKAGE", "ReadmeDoc", "FILE"}, kBoth},
     {"compress", {"PACKAGE"}, kBoth},
-    {"merge", {"PACKAGE", "MODULE", "--feature", "Complete", "--directory", "INSTALLDIR"}, kBoth},
+    {"merge",
+     {"PACKAGE", "MODULE", "--feature", "Complete", "--directory", "INSTALLDIR"},
+     kBoth,
+     "table\tComponent\t1\n"},
     {"module show", {"MODULE"}},
     {"transform show", {"TRANSFORM", "--base", "PACKAGE"}},
     {"transform apply", {"PACKAGE", "TRANSFORM"}, kDryRun},
@@ -404,6 +408,7 @@ TEST(OdlexWalk, EditsWriteNothingOnADryRun) {
     const ProcessResult result = runOnACopy(args);
     EXPECT_EQ(result.exitCode, 0) << result.describe();
     EXPECT_NE(result.out, "") << "a dry run prints what would change";
+    EXPECT_NE(result.out.find(run.dryRunPrints), std::string::npos) << result.out;
   }
   for (const std::string& command : leafCommands()) {
     if (offers(helpOf(command), "-o,--output")) {
