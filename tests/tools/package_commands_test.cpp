@@ -36,7 +36,7 @@ class OdlexPackageCommands : public PackageCopyTest {
 };
 
 // The type fields by name, as action list prints them; where add-product places the actions and
-// what rows it makes is the library's (product_actions_test).
+// what rows it makes is the library's (sequence_tables_test).
 TEST_F(OdlexPackageCommands, AddProductTextFilesListsTheTypeFieldsByName) {
   const std::filesystem::path out = dir_ / "out.msi";
   odlexOutput({"action", "add-product", package_.string(), "--dll", dll().string(), "--text-files",
