@@ -174,22 +174,14 @@ TEST(DefaultDirTest, SidesAndNames) {
   EXPECT_FALSE(single->hasSource());
   EXPECT_EQ(single->source().longName(), u"Vendor Name");
   EXPECT_EQ(single->source().shortName(), u"Vendor");
+  // An edited source side is written beside the target from then on.
+  single->source().setShortName(u"SRC");
+  EXPECT_EQ(single->format(), u"Vendor|Vendor Name:SRC|Vendor Name");
 
   auto dot = DefaultDir::parse(u".");
   ASSERT_TRUE(dot);
   EXPECT_TRUE(dot->target().isParent());
   EXPECT_EQ(dot->target().shortName(), u".");
-}
-
-TEST(DefaultDirTest, ShortNameEdits) {
-  auto value = DefaultDir::parse(u"bin");
-  ASSERT_TRUE(value);
-  value->target().setShortName(u"BIN~1");
-  EXPECT_EQ(value->format(), u"BIN~1|bin");
-  value->target().setShortName(u"bin");
-  EXPECT_EQ(value->format(), u"bin");
-  value->source().setShortName(u"SRC");
-  EXPECT_EQ(value->format(), u"bin:SRC|bin");
 }
 
 TEST(DefaultDirTest, RefusesMalformedValues) {

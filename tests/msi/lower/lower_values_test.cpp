@@ -1,5 +1,5 @@
-// Values of the lower layer that need no package: schema versions, nullable numbers, binary
-// data, GUIDs, which characters a database's code page can hold, and formatted text.
+// Values of the lower layer that need no package: nullable numbers, binary data, GUIDs, which
+// characters a database's code page can hold, and formatted text.
 
 #include <gtest/gtest.h>
 
@@ -21,19 +21,6 @@
 
 namespace odlex::test {
 namespace {
-
-TEST(SchemaVersion, MapsBothWays) {
-  for (eSchemaVersion version :
-       {eSchema30, eSchema110, eSchema200, eSchema301, eSchema405, eSchema500}) {
-    const TalString text = MSIDatabase::MapVersion(version);
-    EXPECT_EQ(text, TalString::FromInt(version));
-    EXPECT_EQ(MSIDatabase::MapVersion(text), version);
-  }
-  EXPECT_EQ(MSIDatabase::MapVersion(eSchemaNone), TalString());
-  for (const char16_t* unknown : {u"", u"201", u"2.0", u" 200", u"200x", u"-200"})
-    EXPECT_EQ(MSIDatabase::MapVersion(TalString(unknown)), eSchemaNone);
-  EXPECT_EQ(MSIDatabase::GetMSIVersion(), eSchema500);
-}
 
 TEST(Nullable, NullValueComparisonAndConversion) {
   NullableSignedShort null;

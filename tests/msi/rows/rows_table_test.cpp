@@ -1,6 +1,6 @@
 // Table objects without a file: key order, Add/Find/FindBy, key changes, deletion, generic
 // column access and the component key; and rows the tables make themselves: generated keys, rows
-// from files, free-standing entries (sequence entries, templates, copies) handed to a table.
+// from files, free-standing entries (templates, copies) handed to a table.
 
 #include <gtest/gtest.h>
 
@@ -272,30 +272,6 @@ TEST(RowsMadeKeys, BinaryRowsReadTheirFile) {
   MSIEBinary* named = binary.Add(path("icon.bin"), path("icon.bin"), false);
   ASSERT_NE(named, nullptr);
   EXPECT_EQ(named->GetName(), u"icon.bin") << "a path names the row by its file name";
-}
-
-TEST(RowsFreeEntries, SequenceEntriesAreCopiedIntoAnySequenceTable) {
-  MSISequenceEntry entry(u"CostInitialize");
-  entry.SetSequence(NullableSignedShort(800));
-  entry.SetCondition(u"NOT Installed");
-  MSITInstallUISequence ui;
-  const MSIEntry* row = ui.AddCopy(entry);
-  ASSERT_NE(row, nullptr);
-  EXPECT_EQ(rowText(*row), "CostInitialize\tNOT Installed\t800");
-  EXPECT_EQ(ui.AddCopy(entry), nullptr) << "the key is held";
-
-  MSIModuleSequenceEntry relative(u"MyAction");
-  relative.SetBaseAction(u"InstallFiles");
-  relative.SetAfter(NullableSignedShort(1));
-  MSITModuleInstallExecuteSequence module;
-  const MSIEntry* placed = module.AddCopy(relative);
-  ASSERT_NE(placed, nullptr);
-  EXPECT_EQ(rowText(*placed), "MyAction\t\tInstallFiles\t1\t");
-
-  // An installation-sequence entry lacks BaseAction and After: they stay null.
-  const MSIEntry* copied = module.AddCopy(entry);
-  ASSERT_NE(copied, nullptr);
-  EXPECT_EQ(rowText(*copied), "CostInitialize\t800\t\t\tNOT Installed");
 }
 
 TEST(RowsFreeEntries, CopiesAreDetachedAndCarryTheirData) {
