@@ -1,8 +1,7 @@
 #pragma once
 // The schema catalog: the shape of every table the library knows (the installer's standard
 // tables, the tables the database keeps about itself and the product's own tables), built at
-// compile time from StandardTables.def. Creating a table or describing it in _Validation takes
-// its columns from here.
+// compile time from StandardTables.def. Creating a table takes its columns from here.
 
 #include <cstdint>
 #include <limits>
@@ -72,11 +71,5 @@ std::vector<engine::Column> engineColumns(const TableSchema& table);
 // name the catalog does not know or for a system table, kAlreadyExists when the database
 // already has the table; otherwise the engine's result.
 std::uint32_t createTable(engine::Database& db, std::u16string_view name, engine::Error& error);
-
-// Describes every column of the named tables in the database's _Validation table, creating
-// _Validation when it is missing and replacing rows that describe the same columns. Fails with
-// kInvalidTable, writing nothing, when a name is not in the catalog.
-std::uint32_t writeValidationRows(engine::Database& db, std::span<const std::u16string_view> tables,
-                                  engine::Error& error);
 
 }  // namespace odlex::schema

@@ -139,9 +139,9 @@ TEST(HandBuiltTransform, AddsUpdatesDeletesRowsAndAddsATable) {
 
 // Error conditions only a hand-built transform meets: one the transform's own summary information
 // suppresses, and a table added again without its columns. Unsuppressed, the transform fails and
-// changes nothing; suppressed, it applies, with the condition listed as skipped. Each condition
-// met by the transforms our writer makes is
-// TransformEngines.ApplyWithEachErrorConditionSuppressed'.
+// changes nothing; suppressed, it applies, with the condition listed as skipped. The conditions
+// that transforms our writer makes can meet are
+// TransformEngines.ApplyWithEachErrorConditionSuppressed's.
 TEST(HandBuiltTransform, ErrorConditions) {
   struct Case {
     const char* name;
