@@ -13,10 +13,8 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <fstream>
 #include <map>
 #include <memory>
-#include <sstream>
 
 #include "common/Oracle.h"
 #include "common/Packages.h"
@@ -170,10 +168,7 @@ struct TargetCase {
 };
 
 Pair buildPair(const TempDir& dir, const TargetCase& test) {
-  std::ifstream in(fixturePath("wixl/product.wxs"));
-  std::stringstream text;
-  text << in.rdbuf();
-  std::string wxs = text.str();
+  std::string wxs = readFileBytes(fixturePath("wixl/product.wxs"));
   writeWixlPayload(dir.path());
   const Pair pair{dir / "base.msi", dir / (std::string(test.name) + ".msi")};
   ProcessResult run = runProcess(

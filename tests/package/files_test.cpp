@@ -48,11 +48,8 @@ void extractAll(const fs::path& package, const fs::path& dir) {
 // the streams `streams` (name -> file).
 fs::path msibuildPackage(const fs::path& dir, const std::map<std::string, std::string>& idts,
                          const std::map<std::string, fs::path>& streams = {}) {
-  std::vector<fs::path> files;
-  for (const auto& [name, text] : idts) {
+  for (const auto& [name, text] : idts)
     writeFileBytes(dir / "idt" / (name + ".idt"), text);
-    files.push_back(dir / "idt" / (name + ".idt"));
-  }
   const fs::path package = dir / "crafted.msi";
   EXPECT_TRUE(test::msibuildImport(package, test::idtFilesIn(dir / "idt")));
   for (const auto& [name, file] : streams) {

@@ -58,6 +58,9 @@ TEST(CertificateInfo, SubjectIssuerOrError) {
     EXPECT_EQ(info.GetSubject().u16(), expected.subject);
     EXPECT_EQ(info.GetIssuer().u16(), expected.issuer);
     EXPECT_EQ(info.GetThumbprint().u16().size(), expected.valid ? 40u : 0u);
+    // The validity times as 2026-01-31T12:00:00Z.
+    EXPECT_EQ(info.GetValidFrom().u16().size(), expected.valid ? 20u : 0u);
+    EXPECT_EQ(info.GetValidTo().u16().size(), expected.valid ? 20u : 0u);
   }
 
   // A value read from a package has no file: its bytes are the certificate. Its thumbprint is

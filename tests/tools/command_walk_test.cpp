@@ -193,6 +193,7 @@ struct Fixture {
     const std::string transform = (dir / "edit.mst").string();
     EXPECT_TRUE(runOdlex({"transform", "generate", package, edited, "-o", transform}).ok());
     writeFileBytes(dir / "file.txt", "MZ some bytes");
+    writeFileBytes(dir / "empty.msi", "");
     writeFileBytes(dir / "Property.idt", "Property\tValue\r\ns72\tl0\r\nProperty\tProperty\r\n");
     writeFileBytes(dir / "Broken.idt",
                    "Key\tValue\r\ns16\ti2\r\nBroken\tKey\r\na\tnot-a-number\r\n");
@@ -202,6 +203,7 @@ struct Fixture {
              {"MODULE", buildModule(dir, baselineModule()).string()},
              {"CERT", makeCertificate(dir.path(), "signer", "/CN=Walk").der.string()},
              {"FILE", (dir / "file.txt").string()},
+             {"EMPTY", (dir / "empty.msi").string()},
              {"IDT", (dir / "Property.idt").string()},
              {"BROKEN", (dir / "Broken.idt").string()},
              {"MISSING", (dir / "missing").string()},
@@ -428,6 +430,12 @@ struct FailingRun {
 // Refusals by the library (status 1, naming the installer result code or what was asked for)
 // and by the commands' own checks of their arguments (status 2).
 const std::vector<FailingRun> kFailingRuns = {
+    // A package that is missing, or is no package: every command opens it the same way. import
+    // makes a missing package, but must not take an empty file for one.
+    {{"tables", "MISSING"}, 1, "(error 110)"},
+    {{"rows", "FILE", "Property"}, 1, "(error 1620)"},
+    {{"rewrite", "FILE", "-o", "OUT"}, 1, "(error 1620)"},
+    {{"import", "EMPTY", "IDT"}, 1, "(error 1620)"},
     {{"query", "PACKAGE", "SELECT * FORM Property"}, 1, "(error 1615)"},
     {{"query", "PACKAGE", "DELETE FROM `Nope`", "-o", "OUT"}, 1, "(error 1628)"},
     {{"rows", "PACKAGE", "property"}, 1, "(error 1628)"},
@@ -482,6 +490,8 @@ TEST(OdlexWalk, FailuresGiveTheirStatusSayWhyAndWriteNothing) {
     EXPECT_NE(result.err.find(says), std::string::npos) << result.err;
     EXPECT_NE(result.out.find(run.out), std::string::npos) << result.out;
   }
+  EXPECT_EQ(readFileBytes(fixture().paths.at("FILE")), "MZ some bytes");
+  EXPECT_EQ(readFileBytes(fixture().paths.at("EMPTY")), "");
 }
 
 }  // namespace
