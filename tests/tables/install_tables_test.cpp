@@ -169,7 +169,7 @@ TEST_F(InstallTablesTest, ChangeAndTheAttributeRecord) {
 }
 
 // The tables of newer schemas are reached only by databases that can hold them (a reach beyond
-// would throw code 60), and ModuleComponents only in a merge module.
+// throws code 60), and ModuleComponents only in a merge module.
 TEST_F(InstallTablesTest, VersionAndMergeModuleGates) {
   const struct {
     eSchemaVersion version;
@@ -188,6 +188,9 @@ TEST_F(InstallTablesTest, VersionAndMergeModuleGates) {
     SCOPED_TRACE(std::to_string(c.version) + (c.mergeModule ? " module" : ""));
     ODLEXDatabase& db = openNewDatabase("gate" + std::to_string(n++) + ".msi", c.version);
     db.SetMergeModule(c.mergeModule);
+    if (c.version == eSchema100) {
+      EXPECT_EQ(thrownCode([&] { db.GetMsiFileHash(); }), ODLEXDatabaseError::eTableNotInSchema);
+    }
     MSIEComponent& main = addRow(db.GetComponent(), MSIEComponent(u"", u"", u"TARGETDIR"));
     const TalString key = main.GetComponentID();
     MSIEntry* isolated = c.version >= eSchema110
@@ -330,7 +333,8 @@ MSIEMsiDigitalSignature signatureOf(const TalString& disk, const TalString& cert
 }
 
 // Deleting a certificate deletes exactly the live signature rows that name it (a certificate
-// whose key differs only in case is another certificate); lookups and their codes.
+// whose key differs only in case is another certificate); lookups and their codes; a certificate
+// is stored once.
 TEST_F(InstallTablesTest, CertificatesAndTheirSignatures) {
   ODLEXDatabase& db = openPackage();
   ODLEXTMsiDigitalCertificate& certificates = db.GetMsiDigitalCertificate();
@@ -363,12 +367,9 @@ TEST_F(InstallTablesTest, CertificatesAndTheirSignatures) {
   EXPECT_TRUE(disk2.IsDeleted());
   EXPECT_FALSE(disk3.IsDeleted());
   EXPECT_FALSE(other.IsDeleted());
-}
 
-// A certificate added without a key gets one from the table, and the same bytes added again
-// give the same row.
-TEST_F(InstallTablesTest, CertificateWithoutKeyIsStoredOnce) {
-  ODLEXTMsiDigitalCertificate& certificates = openPackage().GetMsiDigitalCertificate();
+  // A certificate added without a key gets one from the table, and the same bytes added again
+  // give the same row.
   MSIEMsiDigitalCertificate& added = addRow(certificates, certificateOf(TalString(), "der"));
   EXPECT_EQ(added.GetDigitalCertificate().u16(), u"Certificate1");
   EXPECT_EQ(&addRow(certificates, certificateOf(TalString(), "der")), &added);
