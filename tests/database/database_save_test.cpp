@@ -98,29 +98,6 @@ TEST_F(DatabaseSaveTest, PackageCodePolicyDecidesOnSave) {
   }
 }
 
-// Rolling back drops what was saved and what was not: an output file is the package as first
-// opened again, and a package opened in place keeps its file.
-TEST_F(DatabaseSaveTest, RollbackPutsTheFileBackAsFirstOpened) {
-  const std::string before = readFileBytes(package());
-  for (const bool intoOutput : {true, false}) {
-    SCOPED_TRACE(intoOutput ? "into an output file" : "in place");
-    ODLEXOpenType how = intoOutput ? ODLEXOpenType(text(file("out.msi")).data())
-                                   : ODLEXOpenType(MSIDatabase::ePersistDirect);
-    ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()), how);
-    addSearch(db);
-    if (intoOutput) {
-      ASSERT_TRUE(db.SaveChanges());
-      ASSERT_NE(readFileBytes(file("out.msi")), before);
-    }
-    db.Rollback();
-    EXPECT_EQ(readFileBytes(intoOutput ? file("out.msi") : package()), before);
-    EXPECT_EQ(db.GetFilePath(), text(package()));
-    EXPECT_EQ(db.GetAppSearch().GetEntries().entries(), 0u);
-    EXPECT_FALSE(db.IsModified());
-    ODLEXDatabase::KillDatabaseList();
-  }
-}
-
 // Table objects of the file-search set that record the order in which they are written.
 std::vector<RWClassID> persisted;
 
