@@ -110,25 +110,21 @@ class RecordingTable : public Table {
   }
 };
 
-template <class Table>
-void registerClass(RWUserCreator creator) {
-  rwAddToFactory(creator, Table::classIsA(), RWStringID(Table::className()));
+// Has the factory make the recording classes of the file-search tables (or the plain ones).
+template <class... Tables>
+void registerClasses(bool recording) {
+  (rwAddToFactory(recording ? &CreateDefault<RecordingTable<Tables>> : &CreateDefault<Tables>,
+                  Tables::classIsA(), RWStringID(Tables::className())),
+   ...);
+}
+
+void record(bool recording) {
+  registerClasses<ODLEXTAppSearch, ODLEXTCompLocator, ODLEXTRegLocator, ODLEXTDrLocator,
+                  ODLEXTIniLocator, ODLEXTSignature>(recording);
 }
 
 class RelatedTablesTest : public DatabaseSaveTest {
  protected:
-  // Has the factory make the recording classes of the file-search tables (or the plain ones).
-  static void record(bool recording) {
-    registerClasses<ODLEXTAppSearch, ODLEXTCompLocator, ODLEXTRegLocator, ODLEXTDrLocator,
-                    ODLEXTIniLocator, ODLEXTSignature>(recording);
-  }
-  template <class... Tables>
-  static void registerClasses(bool recording) {
-    (registerClass<Tables>(recording ? &CreateDefault<RecordingTable<Tables>>
-                                     : &CreateDefault<Tables>),
-     ...);
-  }
-
   void SetUp() override {
     DatabaseSaveTest::SetUp();
     persisted.clear();

@@ -118,19 +118,6 @@ class ProductActionsTest : public DatabaseTest {
     DatabaseTest::TearDown();
   }
 
-  // A merge module holding only `sequence`, the rows of its ModuleInstallExecuteSequence.
-  ODLEXDatabase& openModule(const std::string& sequence) {
-    const std::filesystem::path idts = dir_ / "module-idt";
-    std::filesystem::create_directories(idts);
-    writeFileBytes(idts / "ModuleInstallExecuteSequence.idt",
-                   "Action\tSequence\tBaseAction\tAfter\tCondition\r\n"
-                   "s72\tI2\tS72\tI2\tS255\r\n"
-                   "ModuleInstallExecuteSequence\tAction\r\n" +
-                       sequence);
-    EXPECT_TRUE(msibuildImport(file("module.msm"), idtFilesIn(idts)));
-    return ODLEXDatabase::AddDatabaseToList(text(file("module.msm")));
-  }
-
   void useDll() { ODLEXDatabase::SetOrvaneCustomAction(text(dll_)); }
 
   std::filesystem::path dll_;
@@ -247,7 +234,13 @@ TEST_F(ProductActionsTest, ScheduledBeforeInstallFinalizeInAPackage) {
 // A merge module places the actions relative to their anchor, adding a missing anchor at 1500
 // except for the reporting actions.
 TEST_F(ProductActionsTest, PlacedByBaseActionInAMergeModule) {
-  ODLEXDatabase& db = openModule("InstallInitialize\t1400\t\t\t\r\n");
+  writeFileBytes(file("idt/ModuleInstallExecuteSequence.idt"),
+                 "Action\tSequence\tBaseAction\tAfter\tCondition\r\n"
+                 "s72\tI2\tS72\tI2\tS255\r\n"
+                 "ModuleInstallExecuteSequence\tAction\r\n"
+                 "InstallInitialize\t1400\t\t\t\r\n");
+  ASSERT_TRUE(msibuildImport(file("module.msm"), idtFilesIn(file("idt"))));
+  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(file("module.msm")));
   ASSERT_TRUE(db.IsMergeModule());
   useDll();
   ODLEXTCustomAction& actions = db.GetCustomAction();
