@@ -1,9 +1,9 @@
-// Opening into an output file (the source is only read), the open types, and saving, closing and
-// rolling back: what reaches the file, the modified state, the package code, the order in which
-// related tables are written, and that a save writes the file only when something changed since
-// the last save wrote it. The transform members: a transform written on save while creating one,
-// generated from the changes since the file was opened, embedded and applied by name, shown in
-// _TransformView, and the error codes of each.
+// Opening into an output file (the source is only read), the open types, and saving and closing
+// (rolling back is database_faults_test's and table_object_test's): what reaches the file, the
+// modified state, the package code, the order in which related tables are written, and that a save
+// writes the file only when something changed since the last save wrote it. The transform members:
+// a transform written on save while creating one, generated from the changes since the file was
+// opened, embedded and applied by name, shown in _TransformView, and the error codes of each.
 
 #include <odlex/msi/MSIRows.h>
 #include <odlex/msi/MSISystemTables.h>
