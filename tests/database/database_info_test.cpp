@@ -225,7 +225,7 @@ TEST_F(DatabaseInfoTest, SummaryInformationIsSetAndEverySaveStampsIt) {
   EXPECT_FALSE(summary.GetLastSaveDateTime().IsNull()) << "the stamp is the row's";
 }
 
-TEST_F(DatabaseInfoTest, LookupsOfSystemTables) {
+TEST_F(DatabaseInfoTest, SystemTablesLookupsAndStreamsAndStoragesAddedFromFiles) {
   ODLEXDatabase& db = openPackage();
   ODLEXT_SummaryInformation unloaded;
   // A summary object without a row: GetEntry fails, stamping and persisting do nothing.
@@ -235,12 +235,9 @@ TEST_F(DatabaseInfoTest, LookupsOfSystemTables) {
   EXPECT_EQ(thrownCode([&] { db.Get_Storages().Get_StoragesWithID(u"none"); }), 40);
   EXPECT_EQ(thrownCode([&] { db.Get_Tables().GetTableWithID(u"NoSuchTable"); }), 32);
   EXPECT_EQ(db.Get_Tables().GetTableWithID(u"Property").GetName(), u"Property");
-}
 
-// A stream takes any file; a storage only a compound file. What is added is written on save.
-TEST_F(DatabaseInfoTest, StreamsAndStoragesAddedFromFiles) {
+  // A stream takes any file; a storage only a compound file. What is added is written on save.
   writeFileBytes(file("data.bin"), "stream data");
-  ODLEXDatabase& db = openPackage();
   db.Get_Streams().Add(u"Extra", text(file("data.bin")));
   EXPECT_EQ(db.Get_Streams().GetTempEntries().entries(), 1u);
   db.Get_Storages().Add(u"NotAStorage", text(file("data.bin")), false);

@@ -137,19 +137,6 @@ TEST_F(DatabaseTablesTest, EachTableTypeHasOneObjectLoadedOnDemand) {
             Error::eInternalFailure);
 }
 
-// Which tables a schema holds is decided in full by tableFitsSchema (checked against the
-// catalog below); a database goes by the schema it declares.
-TEST_F(DatabaseTablesTest, TablesOfNewerSchemasAreRefusedByOlderDatabases) {
-  ODLEXDatabase& schema120 = openNewDatabase("schema120.msi", eSchema120);
-  EXPECT_FALSE(ODLEXDatabase::CanCreateTable(ODLEXTObject::eMsiFileHash, schema120));
-  EXPECT_EQ(thrownCode([&] { schema120.GetMsiFileHash(); }), Error::eTableNotInSchema);
-  EXPECT_NO_THROW(schema120.GetFileSFPCatalog());
-
-  ODLEXDatabase& schema200 = openNewDatabase("schema200.msi", eSchema200);
-  EXPECT_TRUE(schema200.IsTableValid(ODLEXTObject::eMsiFileHash));
-  EXPECT_NO_THROW(schema200.GetMsiFileHash());
-}
-
 // Whether the catalog's table of that name may exist in a database of schema `version`: schemas
 // 100 to 120 hold the tables they introduced and older ones, 30 and undeclared schemas those of
 // 100 except the patch-creation tables, every other schema every table.

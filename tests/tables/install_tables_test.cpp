@@ -169,7 +169,7 @@ TEST_F(InstallTablesTest, ChangeAndTheAttributeRecord) {
 }
 
 // The tables of newer schemas are reached only by databases that can hold them (a reach beyond
-// would throw code 60), and ModuleComponents only in a merge module.
+// throws code 60), and ModuleComponents only in a merge module.
 TEST_F(InstallTablesTest, VersionAndMergeModuleGates) {
   const struct {
     eSchemaVersion version;
@@ -188,6 +188,9 @@ TEST_F(InstallTablesTest, VersionAndMergeModuleGates) {
     SCOPED_TRACE(std::to_string(c.version) + (c.mergeModule ? " module" : ""));
     ODLEXDatabase& db = openNewDatabase("gate" + std::to_string(n++) + ".msi", c.version);
     db.SetMergeModule(c.mergeModule);
+    if (c.version == eSchema100) {
+      EXPECT_EQ(thrownCode([&] { db.GetMsiFileHash(); }), ODLEXDatabaseError::eTableNotInSchema);
+    }
     MSIEComponent& main = addRow(db.GetComponent(), MSIEComponent(u"", u"", u"TARGETDIR"));
     const TalString key = main.GetComponentID();
     MSIEntry* isolated = c.version >= eSchema110
@@ -330,7 +333,8 @@ MSIEMsiDigitalSignature signatureOf(const TalString& disk, const TalString& cert
 }
 
 // Deleting a certificate deletes exactly the live signature rows that name it (a certificate
-// whose key differs only in case is another certificate); lookups and their codes.
+// whose key differs only in case is another certificate); lookups and their codes; a certificate
+// is stored once.
 TEST_F(InstallTablesTest, CertificatesAndTheirSignatures) {
   ODLEXDatabase& db = openPackage();
   ODLEXTMsiDigitalCertificate& certificates = db.GetMsiDigitalCertificate();
@@ -363,54 +367,39 @@ TEST_F(InstallTablesTest, CertificatesAndTheirSignatures) {
   EXPECT_TRUE(disk2.IsDeleted());
   EXPECT_FALSE(disk3.IsDeleted());
   EXPECT_FALSE(other.IsDeleted());
-}
 
-// A certificate added without a key gets one from the table, and the same bytes added again
-// give the same row.
-TEST_F(InstallTablesTest, CertificateWithoutKeyIsStoredOnce) {
-  ODLEXTMsiDigitalCertificate& certificates = openPackage().GetMsiDigitalCertificate();
+  // A certificate added without a key gets one from the table, and the same bytes added again
+  // give the same row.
   MSIEMsiDigitalCertificate& added = addRow(certificates, certificateOf(TalString(), "der"));
   EXPECT_EQ(added.GetDigitalCertificate().u16(), u"Certificate1");
   EXPECT_EQ(&addRow(certificates, certificateOf(TalString(), "der")), &added);
   EXPECT_NE(&addRow(certificates, certificateOf(TalString(), "other")), &added);
 }
 
-class FileHashTest : public DatabaseTest {
- protected:
-  void writeSource(const MSIEFile& file, const std::string& content) {
-    writeFileBytes(db_->GetMsiFileHash().GetSourceFile(file).ToUtf8(), content);
-  }
-
-  void SetUp() override {
-    DatabaseTest::SetUp();
-    db_ = &openPackage();
-    db_->SetSourceRoot(text(dir_ / "source"));
-  }
-
-  ODLEXDatabase* db_ = nullptr;
-};
-
 // Added when missing, with the file's MD5; changed only when the file changed; a file that cannot
 // be read gives code 50 with its status and changes nothing.
-TEST_F(FileHashTest, RefreshAddsThenChangesOnlyWhenTheFileChanged) {
-  ODLEXTMsiFileHash& hashes = db_->GetMsiFileHash();
-  const MSIEFile& readme = *db_->GetFile().Lookup(u"Readme");
-  writeSource(readme, "added text");
+TEST_F(InstallTablesTest, FileHashRefreshAddsThenChangesOnlyWhenTheFileChanged) {
+  ODLEXDatabase& db = openPackage();
+  db.SetSourceRoot(text(dir_ / "source"));
+  ODLEXTMsiFileHash& hashes = db.GetMsiFileHash();
+  const MSIEFile& readme = *db.GetFile().Lookup(u"Readme");
+  const std::string source = hashes.GetSourceFile(readme).ToUtf8();
+  writeFileBytes(source, "added text");
   hashes.RefreshFileHash(readme);
   // MD5 (md5sum: 9eababe8701fda9d8ac0304d4af095d1) as four little-endian signed parts.
   EXPECT_EQ(rowText(hashes.GetEntry(readme)),
             "Readme\t0\t-391402594\t-1646649488\t1295040650\t-778702774");
-  ASSERT_TRUE(db_->SaveChanges());
-  db_->SetModified(false);
+  ASSERT_TRUE(db.SaveChanges());
+  db.SetModified(false);
 
   hashes.RefreshFileHash(readme);
-  EXPECT_FALSE(db_->IsModified());
-  writeSource(readme, "second");
+  EXPECT_FALSE(db.IsModified());
+  writeFileBytes(source, "second");
   hashes.RefreshFileHash(readme);
-  EXPECT_TRUE(db_->IsModified());
+  EXPECT_TRUE(db.IsModified());
   EXPECT_NE(hashes.GetEntry(readme).GetHashPart1(), -391402594);
 
-  std::filesystem::remove(hashes.GetSourceFile(readme).ToUtf8());
+  std::filesystem::remove(source);
   try {
     hashes.RefreshFileHash(readme);
     ADD_FAILURE() << "nothing was thrown";

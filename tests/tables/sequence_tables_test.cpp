@@ -35,8 +35,12 @@ TEST_F(SequenceTablesTest, NeighboursAndFreeNumbers) {
     SCOPED_TRACE(type);
     auto& table = dynamic_cast<ODLEXSequence&>(db.GetTableObject(type));
     EXPECT_EQ(table.isA(), static_cast<RWClassID>(type));
-    // Tie1 and Tie2 share a number; Tie1 comes first in the table's (key) order.
-    fill(table, {{u"Early", 10},
+    // Numbers compare as signed 16-bit values: negative numbers (the UI sequences' exit dialogs)
+    // come before every positive one. Tie1 and Tie2 share a number; Tie1 comes first in the
+    // table's (key) order.
+    fill(table, {{u"First", -32767},
+                 {u"Exit", -1},
+                 {u"Early", 10},
                  {u"P", 98},
                  {u"Q", 99},
                  {u"A", 100},
@@ -44,22 +48,27 @@ TEST_F(SequenceTablesTest, NeighboursAndFreeNumbers) {
                  {u"C", 102},
                  {u"Tie2", 150},
                  {u"Tie1", 150},
-                 {u"D", 200}});
+                 {u"D", 200},
+                 {u"Welcome", 32766},
+                 {u"Last", 32767}});
     const auto action = [&](const char16_t* name) -> MSISequenceEntry& {
       return table.GetSequenceWithID(name);
     };
     EXPECT_EQ(table.GetNextSequence(action(u"C")).GetAction(), u"Tie1");
     EXPECT_EQ(table.GetPrevSequence(action(u"D")).GetAction(), u"Tie1");
     EXPECT_EQ(table.GetNextSequence(action(u"Tie1")).GetAction(), u"D");
+    EXPECT_EQ(table.GetPrevSequence(action(u"Early")).GetAction(), u"Exit");
 
     const struct {
       const char16_t* action;
       short after, before;
     } free[] = {
-        {u"A", 103, 97},    // runs 98..102 on both sides
-        {u"Q", 103, 97},    //
-        {u"D", 0, 199},     // the last action has no number after it
-        {u"Early", 11, 0},  // nor the first one before it
+        {u"A", 103, 97},         // runs 98..102 on both sides
+        {u"Q", 103, 97},         //
+        {u"Exit", 0, -2},        // below -1, not 65534
+        {u"Welcome", 0, 32765},  // the run reaches the last action
+        {u"Last", 0, 32765},     // which has no number after it
+        {u"First", -32766, 0},   // nor the first one before it
         {u"Missing", 0, 0},
     };
     for (const auto& c : free) {
@@ -67,8 +76,8 @@ TEST_F(SequenceTablesTest, NeighboursAndFreeNumbers) {
       EXPECT_EQ(table.GetGoodSequenceBefore(c.action), c.before) << TalString(c.action).ToUtf8();
     }
     EXPECT_EQ(thrownCode([&] { table.GetSequenceWithID(u"Missing"); }), 31);
-    EXPECT_EQ(thrownCode([&] { table.GetNextSequence(action(u"D")); }), 30);
-    EXPECT_EQ(thrownCode([&] { table.GetPrevSequence(action(u"Early")); }), 30);
+    EXPECT_EQ(thrownCode([&] { table.GetNextSequence(action(u"Last")); }), 30);
+    EXPECT_EQ(thrownCode([&] { table.GetPrevSequence(action(u"First")); }), 30);
 
     // A deleted row is never returned, and its number is free.
     table.Delete(action(u"C"));
@@ -77,18 +86,6 @@ TEST_F(SequenceTablesTest, NeighboursAndFreeNumbers) {
     EXPECT_EQ(table.GetGoodSequenceAfter(u"A"), 102);
     EXPECT_TRUE(table.IsModified());
   }
-}
-
-// Numbers compare as signed 16-bit values: negative numbers (the UI sequences' exit dialogs)
-// come before every positive one.
-TEST_F(SequenceTablesTest, NumbersAreSigned16Bit) {
-  ODLEXDatabase& db = openPackage();
-  ODLEXTInstallUISequence& table = db.GetInstallUISequence();
-  fill(table, {{u"Exit", -1}, {u"Welcome", 32766}, {u"Last", 32767}, {u"Early", -32767}});
-  EXPECT_EQ(thrownCode([&] { table.GetNextSequence(table.GetSequenceWithID(u"Last")); }), 30);
-  EXPECT_EQ(table.GetNextSequence(table.GetSequenceWithID(u"Early")).GetAction(), u"Exit");
-  EXPECT_EQ(table.GetGoodSequenceBefore(u"Exit"), -2);
-  EXPECT_EQ(table.GetGoodSequenceAfter(u"Welcome"), 0) << "the run reaches the last action";
 }
 
 // Change takes a free-standing entry's columns by name, into a module table too.
@@ -119,19 +116,6 @@ class ProductActionsTest : public DatabaseTest {
   void TearDown() override {
     ODLEXDatabase::SetOrvaneCustomAction(TalString());
     DatabaseTest::TearDown();
-  }
-
-  // A merge module holding only `sequence`, the rows of its ModuleInstallExecuteSequence.
-  ODLEXDatabase& openModule(const std::string& sequence) {
-    const std::filesystem::path idts = dir_ / "module-idt";
-    std::filesystem::create_directories(idts);
-    writeFileBytes(idts / "ModuleInstallExecuteSequence.idt",
-                   "Action\tSequence\tBaseAction\tAfter\tCondition\r\n"
-                   "s72\tI2\tS72\tI2\tS255\r\n"
-                   "ModuleInstallExecuteSequence\tAction\r\n" +
-                       sequence);
-    EXPECT_TRUE(msibuildImport(file("module.msm"), idtFilesIn(idts)));
-    return ODLEXDatabase::AddDatabaseToList(text(file("module.msm")));
   }
 
   void useDll() { ODLEXDatabase::SetOrvaneCustomAction(text(dll_)); }
@@ -177,7 +161,8 @@ TEST_F(ProductActionsTest, CustomActionEditsAndTypes) {
 }
 
 // Without a DLL path, or with one that has no separator, the operations add nothing anywhere.
-TEST_F(ProductActionsTest, NoDllNoActions) {
+// With a DLL but no free number next to the anchor the action row is made but stays unscheduled.
+TEST_F(ProductActionsTest, NoDllNoActionsNoFreeNumberNoScheduling) {
   ODLEXDatabase& db = openPackage();
   for (const char* path : {"", "zrca.dll"}) {
     ODLEXDatabase::SetOrvaneCustomAction(TalString::FromUtf8(path));
@@ -186,6 +171,16 @@ TEST_F(ProductActionsTest, NoDllNoActions) {
     db.GetCustomAction().AddReportInstallFailure();
     EXPECT_TRUE(db.GetCustomAction().GetEntries().isEmpty()) << path;
     EXPECT_EQ(numberOf(db.GetInstallExecuteSequence(), u"ZrTextFileInitialize"), -1);
+  }
+
+  useDll();
+  ODLEXTInstallExecuteSequence& sequence = db.GetInstallExecuteSequence();
+  fill(sequence, {{u"InstallInitialize", 1}, {u"InstallFinalize", 2}});
+  db.GetCustomAction().AddZrInstallInitialize();
+  db.GetCustomAction().AddTextFileInitialize();
+  for (const char16_t* action : {u"ZrInstallInitialize", u"ZrTextFileInitialize"}) {
+    EXPECT_EQ(numberOf(sequence, action), -1);
+    EXPECT_EQ(thrownCode([&] { db.GetCustomAction().FindCustomActionWithID(action); }), -1);
   }
 }
 
@@ -236,24 +231,16 @@ TEST_F(ProductActionsTest, ScheduledBeforeInstallFinalizeInAPackage) {
             MSIBinary(std::vector<unsigned char>(bytes.begin(), bytes.end())));
 }
 
-// With no free number next to the anchor the action row is made but stays unscheduled.
-TEST_F(ProductActionsTest, NoFreeNumberLeavesTheActionUnscheduled) {
-  ODLEXDatabase& db = openPackage();
-  useDll();
-  ODLEXTInstallExecuteSequence& sequence = db.GetInstallExecuteSequence();
-  fill(sequence, {{u"InstallInitialize", 1}, {u"InstallFinalize", 2}});
-  db.GetCustomAction().AddZrInstallInitialize();
-  db.GetCustomAction().AddTextFileInitialize();
-  for (const char16_t* action : {u"ZrInstallInitialize", u"ZrTextFileInitialize"}) {
-    EXPECT_EQ(numberOf(sequence, action), -1);
-    EXPECT_EQ(thrownCode([&] { db.GetCustomAction().FindCustomActionWithID(action); }), -1);
-  }
-}
-
 // A merge module places the actions relative to their anchor, adding a missing anchor at 1500
 // except for the reporting actions.
 TEST_F(ProductActionsTest, PlacedByBaseActionInAMergeModule) {
-  ODLEXDatabase& db = openModule("InstallInitialize\t1400\t\t\t\r\n");
+  writeFileBytes(file("idt/ModuleInstallExecuteSequence.idt"),
+                 "Action\tSequence\tBaseAction\tAfter\tCondition\r\n"
+                 "s72\tI2\tS72\tI2\tS255\r\n"
+                 "ModuleInstallExecuteSequence\tAction\r\n"
+                 "InstallInitialize\t1400\t\t\t\r\n");
+  ASSERT_TRUE(msibuildImport(file("module.msm"), idtFilesIn(file("idt"))));
+  ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(file("module.msm")));
   ASSERT_TRUE(db.IsMergeModule());
   useDll();
   ODLEXTCustomAction& actions = db.GetCustomAction();
