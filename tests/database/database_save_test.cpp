@@ -1,9 +1,9 @@
-// Opening into an output file (the source is only read), the open types, and saving and closing
-// (rolling back is database_faults_test's and table_object_test's): what reaches the file, the
-// modified state, the package code, the order in which related tables are written, and that a save
-// writes the file only when something changed since the last save wrote it. The transform members:
-// a transform written on save while creating one, generated from the changes since the file was
-// opened, embedded and applied by name, shown in _TransformView, and the error codes of each.
+// Opening into an output file (the source is only read), the open types, and saving, closing and
+// rolling back: what reaches the file, the modified state, the package code, the order in which
+// related tables are written, and that a save writes the file only when something changed since
+// the last save wrote it. The transform members: a transform written on save while creating one,
+// generated from the changes since the file was opened, embedded and applied by name, shown in
+// _TransformView, and the error codes of each.
 
 #include <odlex/msi/MSIRows.h>
 #include <odlex/msi/MSISystemTables.h>
@@ -94,6 +94,29 @@ TEST_F(DatabaseSaveTest, PackageCodePolicyDecidesOnSave) {
     db.RemoveFromList(false);
     // The file holds the code the database gave, renewed once since opening.
     EXPECT_EQ(ODLEXDatabase::AddDatabaseToList(text(copy)).GetDatabaseInfo().packageCode, saved);
+    ODLEXDatabase::KillDatabaseList();
+  }
+}
+
+// Rolling back drops what was saved and what was not: an output file is the package as first
+// opened again, and a package opened in place keeps its file.
+TEST_F(DatabaseSaveTest, RollbackPutsTheFileBackAsFirstOpened) {
+  const std::string before = readFileBytes(package());
+  for (const bool intoOutput : {true, false}) {
+    SCOPED_TRACE(intoOutput ? "into an output file" : "in place");
+    ODLEXOpenType how = intoOutput ? ODLEXOpenType(text(file("out.msi")).data())
+                                   : ODLEXOpenType(MSIDatabase::ePersistDirect);
+    ODLEXDatabase& db = ODLEXDatabase::AddDatabaseToList(text(package()), how);
+    addSearch(db);
+    if (intoOutput) {
+      ASSERT_TRUE(db.SaveChanges());
+      ASSERT_NE(readFileBytes(file("out.msi")), before);
+    }
+    db.Rollback();
+    EXPECT_EQ(readFileBytes(intoOutput ? file("out.msi") : package()), before);
+    EXPECT_EQ(db.GetFilePath(), text(package()));
+    EXPECT_EQ(db.GetAppSearch().GetEntries().entries(), 0u);
+    EXPECT_FALSE(db.IsModified());
     ODLEXDatabase::KillDatabaseList();
   }
 }
