@@ -176,6 +176,13 @@ TEST_F(OdlexPackageCommands, DiffAndTransformsWriteTheirOutputOnlyOnSuccess) {
                                      "cell\tProperty\tNEWPROP\tValue\t\tnew\n"
                                      "row\tProperty\tARPHELPLINK\tdeleted\n"),
                          sortedLines(odlexOutput({"diff", base, edited})), "odlex diff"));
+  // In --json, the cell an added row did not have before is null, not an empty text.
+  const json added = {
+      {"key", json::array({"NEWPROP"})},
+      {"change", "added"},
+      {"cells", json::array({{{"column", "Value"}, {"before", nullptr}, {"after", "new"}}})}};
+  const json rows = json::parse(odlexOutput({"diff", base, edited, "--json"}))["tables"][0]["rows"];
+  EXPECT_NE(std::find(rows.begin(), rows.end(), added), rows.end()) << rows.dump();
   const auto at = [&](const char* name) { return (dir_ / name).string(); };
   const struct {
     std::vector<std::string> args;
