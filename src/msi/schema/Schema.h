@@ -40,7 +40,6 @@ struct ColumnSchema {
   std::u16string_view description;
 
   bool key() const { return (type & engine::column_type::kKey) != 0; }
-  bool localizable() const { return (type & engine::column_type::kLocalizable) != 0; }
   engine::Column engineColumn() const { return engine::Column{std::u16string(name), type}; }
 };
 
