@@ -1,8 +1,8 @@
 // Tables made from the catalog in a database: createTable refuses what is not a table of the
 // catalog. And the catalog's tables as an independent writer makes them: the tables wixl writes
 // (from tests/oracle/fixtures/wixl/schema-probe.wxs) have the catalog's layout, as
-// StandardTables.def writes it, except where this file says why not. That msiinfo reads every table made from the
-// catalog with that layout is the row tests' (rows_catalog_test).
+// StandardTables.def writes it, except where this file says why not. That msiinfo reads every table
+// made from the catalog with that layout is the row tests' (rows_catalog_test).
 
 #include <gtest/gtest.h>
 
@@ -18,6 +18,7 @@
 #include "common/Packages.h"
 #include "common/TempDir.h"
 #include "msi/engine/Database.h"
+#include "msi/engine/EngineTest.h"
 #include "msi/engine/Text.h"
 #include "msi/schema/Schema.h"
 
@@ -32,28 +33,19 @@ std::vector<std::string> firstLines(const std::string& text, std::size_t count) 
   return lines;
 }
 
-class SchemaTables : public ::testing::Test {
- protected:
-  void SetUp() override {
-    db_ = engine::Database::open(storage::FileSystem::real(), dir_ / "schema.msi",
-                                 engine::Database::OpenMode::kCreate, error_);
-    ASSERT_TRUE(db_) << error_.text;
-  }
-
-  test::TempDir dir_;
-  engine::Error error_;
-  std::unique_ptr<engine::Database> db_;
-};
-
-TEST_F(SchemaTables, CreateTableRefusesUnknownSystemAndExistingTables) {
-  EXPECT_EQ(createTable(*db_, u"NoSuchTable", error_), engine::kInvalidTable);
-  EXPECT_EQ(createTable(*db_, u"component", error_), engine::kInvalidTable);
-  EXPECT_EQ(createTable(*db_, u"_Validation", error_), engine::kInvalidTable);
-  EXPECT_EQ(createTable(*db_, u"_Streams", error_), engine::kInvalidTable);
-  EXPECT_EQ(db_->tableCount(), 0u);
-  ASSERT_EQ(createTable(*db_, u"Component", error_), engine::kSuccess) << error_.text;
-  EXPECT_EQ(createTable(*db_, u"Component", error_), engine::kAlreadyExists);
-  EXPECT_EQ(db_->tableCount(), 1u);
+TEST(SchemaTables, CreateTableRefusesUnknownSystemAndExistingTables) {
+  test::TempDir dir;
+  auto db = engine::openOrFail(dir / "schema.msi", engine::Database::OpenMode::kCreate);
+  ASSERT_TRUE(db);
+  engine::Error error;
+  EXPECT_EQ(createTable(*db, u"NoSuchTable", error), engine::kInvalidTable);
+  EXPECT_EQ(createTable(*db, u"component", error), engine::kInvalidTable);
+  EXPECT_EQ(createTable(*db, u"_Validation", error), engine::kInvalidTable);
+  EXPECT_EQ(createTable(*db, u"_Streams", error), engine::kInvalidTable);
+  EXPECT_EQ(db->tableCount(), 0u);
+  ASSERT_EQ(createTable(*db, u"Component", error), engine::kSuccess) << error.text;
+  EXPECT_EQ(createTable(*db, u"Component", error), engine::kAlreadyExists);
+  EXPECT_EQ(db->tableCount(), 1u);
 }
 
 // Where wixl's layout differs from the catalog, and why the catalog keeps its own:
